@@ -1,0 +1,105 @@
+// Cost of the muscle step on closed spindles of about 1k, 10k and 100k
+// points, 10 iterations, with edge, shape and volume rows.
+
+#include <benchmark/benchmark.h>
+
+#include <map>
+#include <memory>
+
+#include "core/kernels/edge_constraints.h"
+#include "core/kernels/shape_constraints.h"
+#include "scenes/muscle_meshes.h"
+#include "scenes/muscle_setup.h"
+
+namespace {
+
+template <typename T>
+std::size_t Bytes(const std::vector<T>& v) {
+  return v.capacity() * sizeof(T);
+}
+
+std::size_t SolverBytes(const myo_core::MuscleSolver& s) {
+  const auto& e = *s.edge_constraints_;
+  const auto& sh = *s.shape_constraints_;
+  const auto& v = *s.volume_constraint_;
+  return sizeof(s) + Bytes(s.masses_) + Bytes(s.previous_positions_) + Bytes(s.positions_) +
+         Bytes(s.velocities_) + Bytes(s.lambdas_) + Bytes(s.damping_weights_) + sizeof(e) +
+         Bytes(e.inverse_masses_) + Bytes(e.rest_lengths_) + Bytes(e.rest_vectors_) + Bytes(e.edge_fibers_) +
+         Bytes(e.edge_tendons_) + Bytes(e.tendons_) + Bytes(e.fibers_) + Bytes(e.fiber_bary_u_) +
+         Bytes(e.fiber_bary_v_) + Bytes(e.edge_compression_) + Bytes(e.edge_stretching_) +
+         Bytes(e.edge_start_) + Bytes(e.edge_end_) + Bytes(e.fiber_triangles_) + sizeof(sh) +
+         Bytes(sh.inverse_masses_) + Bytes(sh.rest_distances_) + Bytes(sh.first_points_) +
+         Bytes(sh.centre_points_) + Bytes(sh.third_points_) + sizeof(v) + Bytes(v.inverse_masses_) +
+         Bytes(v.triangles_) + Bytes(v.gradients_);
+}
+
+// One assembled muscle per size, kept across benchmark runs.
+myo_scenes::MuscleScene& SceneWithPoints(uint32_t points) {
+  static std::map<uint32_t, std::unique_ptr<myo_scenes::MuscleScene>> scenes;
+  auto& scene = scenes[points];
+  if (!scene) {
+    scene = std::make_unique<myo_scenes::MuscleScene>();
+    myo_scenes::MuscleSetupOptions options;
+    options.shape_preservation = 1.0f;
+    options.tendon_ends = 1.0f;
+    std::string error;
+    myo_scenes::AssembleMuscle(myo_scenes::MakeSpindleWithPoints(points, 20.0f, 3.0f), options, *scene, error);
+  }
+  return *scene;
+}
+
+void BM_MuscleStep(benchmark::State& state) {
+  myo_scenes::MuscleScene& scene = SceneWithPoints(static_cast<uint32_t>(state.range(0)));
+  myo_core::MuscleSolver& solver = scene.solver;
+  myo_scenes::FrameSettings frame;
+  frame.activation = 0.3f;
+  frame.global_damping = 0.1f;
+  myo_scenes::ApplyFrameSettings(frame, solver);
+  for (auto _ : state) {
+    myo_core::Step(solver);
+    benchmark::ClobberMemory();
+  }
+  const double n = solver.point_count_;
+  state.counters["points"] = n;
+  state.counters["edge_rows"] = solver.edge_constraints_->RowCount();
+  state.counters["shape_rows"] = solver.shape_constraints_->RowCount();
+  state.counters["bytes_per_point"] = static_cast<double>(SolverBytes(solver)) / n;
+  state.counters["ms_per_step"] =
+      benchmark::Counter(1e-3 * state.iterations(), benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
+}
+BENCHMARK(BM_MuscleStep)->Arg(1000)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond);
+
+// One Gauss-Seidel pass over the edge rows alone.
+void BM_EdgeRows(benchmark::State& state) {
+  myo_scenes::MuscleScene& scene = SceneWithPoints(static_cast<uint32_t>(state.range(0)));
+  myo_core::MuscleSolver& solver = scene.solver;
+  myo_scenes::ApplyFrameSettings(myo_scenes::FrameSettings{}, solver);
+  const auto& edges = *solver.edge_constraints_;
+  for (auto _ : state) {
+    myo_core::SolveEdgeRows(edges, solver.compliance_, 0.0f, solver.positions_.data(), solver.lambdas_.data());
+    benchmark::ClobberMemory();
+  }
+  state.counters["ns_per_edge_row"] = benchmark::Counter(
+      static_cast<double>(edges.RowCount()) * state.iterations() * 1e-9,
+      benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
+  std::fill(solver.lambdas_.begin(), solver.lambdas_.end(), 0.0f);
+}
+BENCHMARK(BM_EdgeRows)->Arg(1000)->Arg(10000)->Arg(100000)->Unit(benchmark::kMicrosecond);
+
+void BM_ShapeRows(benchmark::State& state) {
+  myo_scenes::MuscleScene& scene = SceneWithPoints(static_cast<uint32_t>(state.range(0)));
+  myo_core::MuscleSolver& solver = scene.solver;
+  myo_scenes::ApplyFrameSettings(myo_scenes::FrameSettings{}, solver);
+  const auto& shape = *solver.shape_constraints_;
+  for (auto _ : state) {
+    myo_core::SolveShapeRows(shape, solver.positions_.data(), solver.lambdas_.data());
+    benchmark::ClobberMemory();
+  }
+  state.counters["ns_per_shape_row"] = benchmark::Counter(
+      static_cast<double>(shape.RowCount()) * state.iterations() * 1e-9,
+      benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
+  std::fill(solver.lambdas_.begin(), solver.lambdas_.end(), 0.0f);
+}
+BENCHMARK(BM_ShapeRows)->Arg(10000)->Unit(benchmark::kMicrosecond);
+
+}  // namespace

@@ -1,0 +1,73 @@
+#include "core/kernels/shape_constraints.h"
+
+#include <algorithm>
+
+namespace myo_core {
+
+void BuildShapeConstraints(ShapeConstraints& group, const std::vector<float>& positions,
+                           const std::vector<float>& weights, const std::vector<int32_t>& neighbour_lists,
+                           const std::vector<int32_t>& neighbour_counts,
+                           const std::vector<int32_t>& neighbour_offsets, std::vector<float>& lambdas) {
+  group.inverse_masses_.assign(weights.size(), 0.0f);
+  group.rest_distances_.clear();
+  group.first_points_.clear();
+  group.centre_points_.clear();
+  group.third_points_.clear();
+  group.lambda_base_ = static_cast<uint32_t>(lambdas.size());
+
+  const float* p = positions.data();
+  const uint32_t point_count = static_cast<uint32_t>(
+      std::min({weights.size(), positions.size() / 3, neighbour_counts.size(), neighbour_offsets.size()}));
+  std::vector<std::pair<int32_t, int32_t>> taken;  // pairs of the current centre
+  for (uint32_t i = 0; i < point_count; ++i) {
+    taken.clear();
+    const int32_t* list = neighbour_lists.data() + neighbour_offsets[i];
+    const int32_t count = neighbour_counts[i];
+    const Vec3 pi = Load3(p, i);
+    for (int32_t jn = 0; jn < count; ++jn) {
+      const int32_t j = list[jn];
+      if (j == static_cast<int32_t>(i)) continue;
+      const Vec3 v = Load3(p, j) - pi;
+      int32_t k = j;
+      float least_cosine = 0.0f;
+      for (int32_t kn = 0; kn < count; ++kn) {
+        const int32_t candidate = list[kn];
+        if (candidate == static_cast<int32_t>(i) || candidate == j) continue;
+        const Vec3 u = Load3(p, candidate) - pi;
+        const float product = Length(u) * Length(v);
+        if (product < kEpsilon) continue;
+        const float cosine = Dot(u, v) / product;
+        if (cosine < least_cosine) {
+          least_cosine = cosine;
+          k = candidate;
+        }
+      }
+      if (k == j) continue;
+      const bool seen = std::any_of(taken.begin(), taken.end(), [&](const auto& pair) {
+        return (pair.first == j && pair.second == k) || (pair.first == k && pair.second == j);
+      });
+      if (seen) continue;
+      if (weights[j] < kEpsilon || weights[i] < kEpsilon || weights[k] < kEpsilon) continue;
+      taken.emplace_back(j, k);
+      const Vec3 m = (pi + Load3(p, j) + Load3(p, k)) * 0.33333334f;
+      group.first_points_.push_back(j);
+      group.centre_points_.push_back(static_cast<int32_t>(i));
+      group.third_points_.push_back(k);
+      group.rest_distances_.push_back(Length(pi - m));
+    }
+  }
+  ReserveLambdaRows(lambdas, group.RowCount());
+}
+
+void SetShapeCompliance(ShapeConstraints& group, float dt_squared, float compliance,
+                        float shape_stiffness, bool override_stiffness) {
+  if (!override_stiffness) {
+    group.disabled_ = false;
+    group.group_compliance_ = compliance;
+    return;
+  }
+  group.group_compliance_ = (1.0f / std::max(shape_stiffness, 0.0001f)) / dt_squared;
+  group.disabled_ = shape_stiffness < kEpsilon;
+}
+
+}  // namespace myo_core

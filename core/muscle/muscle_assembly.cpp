@@ -1,0 +1,96 @@
+#include "core/muscle/muscle_assembly.h"
+
+#include <algorithm>
+
+#include "core/kernels/edge_constraints_build.h"
+#include "core/log/logger.h"
+#include "core/log/stream_text.h"
+#include "core/muscle/mesh_volume.h"
+#include "core/solver/mass_weights.h"
+#include "core/solver/masses.h"
+
+namespace myo_core {
+
+namespace {
+
+// A point surely outside the mesh: the far corner of the bounding box pushed
+// out by the box's size again, in the space of the world matrix.
+Vec3 OutsidePoint(const std::vector<float>& points, const Matrix& world_matrix) {
+  if (points.size() < 3) return {0.0f, 0.0f, 0.0f};
+  Vec3 low = Load3(points.data(), 0), high = low;
+  const uint32_t count = static_cast<uint32_t>(points.size() / 3);
+  for (uint32_t i = 1; i < count; ++i) {
+    const Vec3 p = Load3(points.data(), i);
+    low = {std::min(low.x, p.x), std::min(low.y, p.y), std::min(low.z, p.z)};
+    high = {std::max(high.x, p.x), std::max(high.y, p.y), std::max(high.z, p.z)};
+  }
+  low = TransformPoint(low, world_matrix);
+  high = TransformPoint(high, world_matrix);
+  const Vec3 size = high - low;
+  return size + size + low;
+}
+
+void ReadMassMap(const MapPort& maps, uint32_t index, uint32_t count, std::vector<float>& out) {
+  maps.ReadFloats("massList", "mass", index, count, 1.0f, out);
+  bool replaced = false;
+  for (float& value : out)
+    if (value < kEpsilon) {
+      value = kEpsilon;
+      replaced = true;
+    }
+  if (replaced) {
+    const std::string minimum = StreamText(kEpsilon);
+    LogWarning("Mass values lower than " + minimum +
+               " are not supported by the Muscle solver. Non supported mass values are replaced with " +
+               minimum + " minimum mass values.");
+  }
+}
+
+}  // namespace
+
+void InitializeSolverBase(const MeshData& mesh, MapPort& maps, const MuscleAssemblyInputs& inputs,
+                          MuscleNodeState& node, SolverData& solver) {
+  const uint32_t n = solver.point_count_;
+  solver.world_matrix_ = inputs.world_matrix;
+  solver.masses_.assign(n, 1.0f);
+  solver.velocities_.assign(3 * static_cast<std::size_t>(n), 0.0f);
+  maps.ReadFloats("globalDampingList", "globalDamping", inputs.map_index, n, 1.0f, solver.damping_weights_);
+  if (inputs.reset_positions) {
+    solver.positions_ = mesh.points;
+    solver.positions_.resize(3 * static_cast<std::size_t>(n), 0.0f);
+    solver.previous_positions_ = solver.positions_;
+  }
+  const Vec3 outside = OutsidePoint(mesh.points, inputs.world_matrix);
+  ReadMeshTopology(mesh, node);
+  solver.mesh_measure_ = MeshVolume(solver.positions_, node.triangle_vertices_, outside);
+
+  solver.masses_.assign(n, 1.0f);
+  ReadMassMap(maps, inputs.map_index, n, node.masses_map_);
+  EvaluateMasses(solver.point_mass_mode_, solver.space_scale_mode_, solver.mesh_dimension_, solver.density_,
+                 solver.mesh_measure_, solver.global_mass_multiplier_, solver.space_scale_, inputs.warn,
+                 true, node.masses_map_, solver.masses_);
+
+  solver.attenuation_matrix_ = inputs.attenuation_matrix;
+  solver.previous_attenuation_matrix_ = inputs.attenuation_matrix;
+  solver.lambdas_.clear();
+}
+
+void InitializeSolver(const MeshData& mesh, MapPort& maps, const MuscleAssemblyInputs& inputs,
+                      MuscleNodeState& node, MuscleSolver& solver) {
+  LogDebug("Initializing " + inputs.node_name + " data...");
+  solver.point_count_ = mesh.PointCount();
+  InitializeSolverBase(mesh, maps, inputs, node, solver);
+  BuildEdgeConstraints(mesh, maps, inputs.map_index, inputs.fibers_scale, node, solver,
+                       *solver.edge_constraints_);
+  maps.ReadFloats("shapePreservationList", "shapePreservation", inputs.map_index, solver.point_count_, 0.0f,
+                  node.shape_map_);
+  BuildShapeConstraints(*solver.shape_constraints_, solver.positions_, node.shape_map_, node.vertex_neighbors_,
+                        node.vertex_neighbor_counts_, node.vertex_neighbor_offsets_, solver.lambdas_);
+  BuildVolumeConstraint(node.triangle_vertices_, solver.positions_, solver.point_count_, solver.lambdas_,
+                        *solver.volume_constraint_);
+  ApplyMassesToWeights(solver, node.shape_map_, node.attachment_map_, node.attachment_to_geo_map_,
+                       node.slide_on_segment_map_, node.slide_on_geometry_map_);
+  LogDebug(inputs.node_name + " data initialized.");
+}
+
+}  // namespace myo_core

@@ -1,0 +1,44 @@
+#pragma once
+// What a muscle node keeps beside its solver for the solver's life: the mesh
+// topology of the last initialisation, the closest-point query on it, and the
+// painted maps as float arrays, so that repainting reaches the solver without
+// a rebuild.
+
+#include <cstdint>
+#include <vector>
+
+#include "core/mesh/closest_point_query.h"
+#include "core/mesh/mesh_data.h"
+
+namespace myo_core {
+
+struct MuscleNodeState {
+  // Topology of the mesh at initialisation.
+  std::vector<int32_t> vertex_neighbor_offsets_;  // N+1
+  std::vector<int32_t> vertex_neighbor_counts_;   // N
+  std::vector<int32_t> vertex_neighbors_;         // points across the connected edges, edge order
+  std::vector<int32_t> triangle_vertices_;        // 3T
+  std::vector<int32_t> polygon_triangle_counts_;  // P when the triangulation is whole
+  std::vector<int32_t> polygon_first_triangles_;  // P, running sums of the counts
+  ClosestPointQuery reference_mesh_query_;        // on the mesh of the last initialisation
+
+  // Derive the fibers from the tendons instead of reading "fibersList".
+  bool consolidate_fibers_ = false;
+
+  // Painted maps, N values each (sets times N for the maps over sets).
+  std::vector<float> masses_map_;
+  std::vector<float> compression_map_;
+  std::vector<float> stretching_map_;
+  std::vector<float> shape_map_;
+  std::vector<float> attachment_map_;
+  std::vector<float> slide_on_segment_map_;
+  std::vector<float> attachment_to_geo_map_;
+  std::vector<float> slide_on_geometry_map_;
+  std::vector<float> max_sliding_map_;
+};
+
+// Takes the triangulation, the neighbour lists and the closest-point query
+// from the mesh, as every initialisation does before the tables are built.
+void ReadMeshTopology(const MeshData& mesh, MuscleNodeState& node);
+
+}  // namespace myo_core

@@ -1,0 +1,27 @@
+#pragma once
+// Folds the point masses into the per-row weights of every constraint group:
+// a heavy point gets a small weight in every soft constraint, while a hard
+// constraint blends by the painted value alone.
+
+#include <cstdint>
+#include <vector>
+
+#include "core/solver/muscle_solver.h"
+
+namespace myo_core {
+
+// weight[s N + point] = map[s N + point] * inverse_mass for every set s; a map
+// value below 1e-6 is copied unscaled.
+void ScaleWeightsByInverseMass(uint32_t point, uint32_t point_count, uint32_t set_count,
+                               float inverse_mass, const std::vector<float>& map,
+                               ConstraintGroup& group);
+
+// Runs after assembly and before every step. Leaves all weights unchanged,
+// with a debug message, when any table does not fit its map.
+void ApplyMassesToWeights(MuscleSolver& solver, const std::vector<float>& shape_map,
+                          const std::vector<float>& attachment_map,
+                          const std::vector<float>& attachment_to_geo_map,
+                          const std::vector<float>& slide_on_segment_map,
+                          const std::vector<float>& slide_on_geometry_map);
+
+}  // namespace myo_core

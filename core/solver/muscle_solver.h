@@ -1,0 +1,46 @@
+#pragma once
+// The closed muscle: SolverData followed by its constraint groups, and its step.
+
+#include <cstdint>
+#include <memory>
+
+#include "core/kernels/attachment_constraints.h"
+#include "core/kernels/edge_constraints.h"
+#include "core/kernels/geometry_constraints.h"
+#include "core/kernels/shape_constraints.h"
+#include "core/kernels/slide_on_segment_constraints.h"
+#include "core/kernels/volume_constraint.h"
+#include "core/solver/solver_data.h"
+
+namespace myo_core {
+
+enum SlidingConstraintsMode : int32_t { kSlidingFast = 0, kSlidingQuality = 1 };
+
+struct MuscleSolver : SolverData {
+  // Groups, in the order their rows stand in lambdas_ after assembly: edges,
+  // shape, attachments, slide on segment, attachments to geometry, slide on
+  // geometry, volume.
+  std::unique_ptr<EdgeConstraints> edge_constraints_ = std::make_unique<EdgeConstraints>();
+  std::unique_ptr<ShapeConstraints> shape_constraints_ = std::make_unique<ShapeConstraints>();
+  std::unique_ptr<AttachmentConstraints> attachment_constraints_ = std::make_unique<AttachmentConstraints>();
+  std::unique_ptr<SlideOnSegmentConstraints> slide_on_segment_constraints_ =
+      std::make_unique<SlideOnSegmentConstraints>();
+  std::unique_ptr<AttachmentToGeoConstraints> attachment_to_geo_constraints_ =
+      std::make_unique<AttachmentToGeoConstraints>();
+  std::unique_ptr<SlideOnGeometryConstraints> slide_on_geometry_constraints_ =
+      std::make_unique<SlideOnGeometryConstraints>();
+  std::unique_ptr<VolumeConstraint> volume_constraint_ = std::make_unique<VolumeConstraint>();
+  int32_t sliding_constraints_mode_ = kSlidingFast;
+};
+
+// One simulation step: attenuation, damping, prediction, the constraint rows
+// iterations_ times in Gauss-Seidel order, velocity update, then the
+// multipliers are cleared and the state becomes the previous state.
+void Step(MuscleSolver& solver);
+
+// The rest activation that the edge rows divide by, capped below 1.
+inline float ClampRestActivation(float rest_activation) {
+  return rest_activation > 0.999f ? 0.999f : rest_activation;
+}
+
+}  // namespace myo_core

@@ -1,0 +1,115 @@
+#include "core/solver/solver_stages.h"
+
+#include <cmath>
+
+#include "core/math/vec3.h"
+
+namespace myo_core {
+
+namespace {
+
+bool IsNearIdentity(const Matrix& m) {
+  for (int row = 0; row < 4; ++row)
+    for (int col = 0; col < 4; ++col) {
+      const double target = row == col ? 1.0 : 0.0;
+      if (std::fabs(static_cast<double>(m[4 * row + col]) - target) > kEpsilonDouble) return false;
+    }
+  return true;
+}
+
+}  // namespace
+
+void ApplyAttenuation(std::vector<float>& positions, std::vector<float>& previous_positions,
+                      const Matrix& matrix, const Matrix& previous_matrix, float factor) {
+  if (kEpsilon >= factor) return;
+  if (positions.size() != previous_positions.size()) return;
+  const Matrix inverse = InvertMatrix(previous_matrix);
+  if (IsNearIdentity(MultiplyMatrices(matrix, inverse))) return;
+  const uint32_t count = static_cast<uint32_t>(positions.size() / 3);
+  for (uint32_t i = 0; i < count; ++i) {
+    const Vec3 q = Load3(previous_positions.data(), i);
+    const Vec3 b = TransformPoint(TransformPoint(q, inverse), matrix);
+    const Vec3 d = (b - q) * factor;
+    Store3(positions.data(), i, q + d);
+    Store3(previous_positions.data(), i, q + d);
+  }
+}
+
+void ApplyDamping(std::vector<float>& velocities, const std::vector<float>& positions,
+                  const std::vector<float>& masses, const std::vector<float>& weights,
+                  float rigid, float inertia) {
+  const uint32_t count = static_cast<uint32_t>(masses.size());
+  float total = 0.0f;
+  for (uint32_t i = 0; i < count; ++i) total += masses[i];
+  if (!(total > 0.0f)) return;
+  const float inv = static_cast<float>(1.0 / static_cast<double>(total));
+
+  // Momentum and centre of mass. The momenta m v are recomputed below rather
+  // than stored; the products are the same.
+  Vec3 sum_momentum{0.0f, 0.0f, 0.0f};
+  Vec3 sum_position{0.0f, 0.0f, 0.0f};
+  for (uint32_t i = 0; i < count; ++i) {
+    const float m = masses[i];
+    sum_momentum += Load3(velocities.data(), i) * m;
+    sum_position += Load3(positions.data(), i) * m;
+  }
+  const Vec3 centre_velocity = sum_momentum * inv;
+  const Vec3 centre = sum_position * inv;
+
+  // Inertia tensor around the centre, starting from the identity, which
+  // keeps a single point or a flat body invertible; angular momentum L.
+  Matrix inertia_tensor = IdentityMatrix();
+  Vec3 angular{0.0f, 0.0f, 0.0f};
+  for (uint32_t i = 0; i < count; ++i) {
+    const float m = masses[i];
+    const Vec3 r = Load3(positions.data(), i) - centre;
+    angular += Cross(r, Load3(velocities.data(), i) * m);
+    inertia_tensor[0] += (r.y * r.y + r.z * r.z) * m;
+    inertia_tensor[5] += (r.z * r.z + r.x * r.x) * m;
+    inertia_tensor[10] += (r.x * r.x + r.y * r.y) * m;
+    const float xy = r.x * r.y * m, xz = r.x * r.z * m, yz = r.y * r.z * m;
+    inertia_tensor[1] -= xy;
+    inertia_tensor[4] -= xy;
+    inertia_tensor[2] -= xz;
+    inertia_tensor[8] -= xz;
+    inertia_tensor[6] -= yz;
+    inertia_tensor[9] -= yz;
+  }
+  const Vec3 omega = TransformColumn(InvertMatrix(inertia_tensor), angular);
+
+  // A point without a weight entry keeps its velocity.
+  const uint32_t weighted = weights.size() < count ? static_cast<uint32_t>(weights.size()) : count;
+  for (uint32_t i = 0; i < weighted; ++i) {
+    const float c = rigid * weights[i];
+    const Vec3 r = Load3(positions.data(), i) - centre;
+    const Vec3 v = Load3(velocities.data(), i);
+    const Vec3 g = centre_velocity + Cross(omega, r);
+    Store3(velocities.data(), i, v + (g - v) * c);
+  }
+
+  if (inertia > kEpsilon) {
+    const float s = static_cast<float>(1.0 - static_cast<double>(inertia));
+    for (float& v : velocities) v *= s;
+  }
+}
+
+void PredictPositions(std::vector<float>& positions, std::vector<float>& velocities,
+                      const float gravity[3], float dt) {
+  const Vec3 g{dt * gravity[0], dt * gravity[1], dt * gravity[2]};
+  const uint32_t count = static_cast<uint32_t>(positions.size() / 3);
+  for (uint32_t i = 0; i < count; ++i) {
+    const Vec3 v = Load3(velocities.data(), i) + g;
+    Store3(velocities.data(), i, v);
+    Store3(positions.data(), i, Load3(positions.data(), i) + v * dt);
+  }
+}
+
+void UpdateVelocities(float dt, const std::vector<float>& positions,
+                      const std::vector<float>& previous_positions, std::vector<float>& velocities) {
+  const float k = static_cast<float>(1.0 / static_cast<double>(dt));
+  const uint32_t count = static_cast<uint32_t>(positions.size() / 3);
+  for (uint32_t i = 0; i < count; ++i)
+    Store3(velocities.data(), i, (Load3(positions.data(), i) - Load3(previous_positions.data(), i)) * k);
+}
+
+}  // namespace myo_core

@@ -1,0 +1,217 @@
+// Building the muscle's tables from a mesh and its maps.
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <vector>
+
+#include "core/kernels/edge_constraints_build.h"
+#include "core/mesh/mesh_data.h"
+#include "core/muscle/muscle_assembly.h"
+#include "core/solver/mass_weights.h"
+#include "scenes/muscle_meshes.h"
+#include "scenes/muscle_setup.h"
+#include "support/log_capture.h"
+
+using namespace myo_core;
+using namespace myo_scenes;
+
+namespace {
+
+MeshData SpindleData(uint32_t rings = 6, uint32_t segments = 8) {
+  const PolygonMesh mesh = MakeSpindle(rings, segments, 10.0f, 2.0f);
+  MeshData data;
+  std::string error;
+  EXPECT_TRUE(BuildMeshData(mesh.points, mesh.vertex_counts, mesh.vertices, data, error)) << error;
+  return data;
+}
+
+const std::vector<std::string> kFiberChildren{"fibersX", "fibersY", "fibersZ"};
+
+}  // namespace
+
+TEST(EdgeBuildTest, RowsFollowEdgeIdsWithMeanResistances) {
+  MeshData mesh = SpindleData();
+  const uint32_t n = mesh.PointCount();
+  MapStore maps;
+  std::vector<float> compression(n, 0.4f);
+  compression[mesh.edge_vertices[0]] = 3.0f;  // clamped to 1
+  maps.SetAll("compressionResistanceList", "compressionResistance", 0, compression);
+  MuscleScene scene;
+  MuscleAssemblyInputs inputs;
+  InitializeSolver(mesh, maps, inputs, scene.node, scene.solver);
+  const EdgeConstraints& edges = *scene.solver.edge_constraints_;
+  ASSERT_EQ(edges.RowCount(), mesh.EdgeCount());
+  float shortest = 1e10f;
+  for (uint32_t e = 0; e < mesh.EdgeCount(); ++e) {
+    const int32_t a = mesh.edge_vertices[2 * e], b = mesh.edge_vertices[2 * e + 1];
+    ASSERT_EQ(edges.edge_start_[e], a);
+    ASSERT_EQ(edges.edge_end_[e], b);
+    EXPECT_EQ(edges.rest_vectors_[3 * e], mesh.points[3 * b] - mesh.points[3 * a]);
+    shortest = std::fmin(shortest, edges.rest_lengths_[e]);
+  }
+  EXPECT_EQ(edges.min_edge_length_, shortest);
+  EXPECT_FLOAT_EQ(edges.edge_compression_[0], (1.0f + 0.4f) * 0.5f);
+  EXPECT_EQ(edges.edge_stretching_[0], 1.0f);
+}
+
+TEST(EdgeBuildTest, FibersFromTendonsRunFromEndToEndAndAreStored) {
+  MeshData mesh = SpindleData(12, 8);
+  const uint32_t n = mesh.PointCount();
+  MapStore maps;
+  std::vector<float> tendons(n, 0.0f);
+  for (uint32_t i : EndPoints(mesh.points)) tendons[i] = 1.0f;
+  maps.SetAll("tendonsList", "tendons", 0, tendons);
+  MuscleScene scene;
+  InitializeSolver(mesh, maps, MuscleAssemblyInputs{}, scene.node, scene.solver);
+  const EdgeConstraints& edges = *scene.solver.edge_constraints_;
+  EXPECT_TRUE(scene.node.consolidate_fibers_);
+  // The derived fibers were written to the list so that the next build finds them.
+  EXPECT_EQ(maps.ElementCount("fibersList", "fibers", 0), n);
+  // Fibers lie along the muscle and have the display length.
+  for (uint32_t i = 0; i < n; ++i) {
+    const float* f = &edges.fibers_[3 * i];
+    const float length = std::sqrt(f[0] * f[0] + f[1] * f[1] + f[2] * f[2]);
+    if (length == 0.0f) continue;
+    EXPECT_NEAR(length, edges.fibers_scale_ * edges.min_edge_length_, 1e-4f);
+  }
+  float along = 0.0f;
+  for (uint32_t e = 0; e < edges.RowCount(); ++e) along += std::fabs(edges.edge_fibers_[3 * e]);
+  EXPECT_GT(along / edges.RowCount(), 0.7f);
+  EXPECT_EQ(edges.edge_tendons_[0], (tendons[edges.edge_start_[0]] + tendons[edges.edge_end_[0]]) * 0.5f);
+}
+
+TEST(EdgeBuildTest, ACompleteStoredFiberListIsTakenAsItStands) {
+  MeshData mesh = SpindleData();
+  const uint32_t n = mesh.PointCount();
+  MapStore maps;
+  std::vector<float> stored;
+  for (uint32_t i = 0; i < n; ++i) stored.insert(stored.end(), {0.0f, 0.0f, 1.0f});
+  maps.WriteVectors("fibersList", "fibers", kFiberChildren, 0, stored);
+  MuscleScene scene;
+  InitializeSolver(mesh, maps, MuscleAssemblyInputs{}, scene.node, scene.solver);
+  EXPECT_FALSE(scene.node.consolidate_fibers_);
+  // Projected on the surface: the ring points' fibers keep their z direction.
+  const EdgeConstraints& edges = *scene.solver.edge_constraints_;
+  const uint32_t ring_point = 1;  // on the first ring, at angle 0: z is tangent there
+  EXPECT_GT(edges.fibers_[3 * ring_point + 2], 0.0f);
+
+  // An incomplete list at the first build means: derive from the tendons.
+  MapStore partial;
+  partial.SetElement("fibersList", "fibers", 0, 0, {1.0f, 0.0f, 0.0f});
+  MuscleScene derived;
+  InitializeSolver(mesh, partial, MuscleAssemblyInputs{}, derived.node, derived.solver);
+  EXPECT_TRUE(derived.node.consolidate_fibers_);
+}
+
+TEST(EdgeBuildTest, FiberScaleBelowTheMinimumIsRaisedWithAWarning) {
+  myo_test::LogCapture log;
+  MeshData mesh = SpindleData();
+  MapStore maps;
+  MuscleScene scene;
+  MuscleAssemblyInputs inputs;
+  inputs.fibers_scale = 0.0f;
+  InitializeSolver(mesh, maps, inputs, scene.node, scene.solver);
+  EXPECT_EQ(scene.solver.edge_constraints_->fibers_scale_, 0.001f);
+  EXPECT_EQ(log.Count("[MyoForge][Warning] Unsupported fiber scale value provided. Minimum supported value will "
+                      "be used instead (0.001)."),
+            1u);
+}
+
+TEST(EdgeBuildTest, ATriangulationMissingPolygonsIsReportedAndLeavesEmptyRows) {
+  myo_test::LogCapture log;
+  MeshData mesh = SpindleData();
+  mesh.polygon_triangle_counts.pop_back();
+  MapStore maps;
+  MuscleScene scene;
+  InitializeSolver(mesh, maps, MuscleAssemblyInputs{}, scene.node, scene.solver);
+  EXPECT_EQ(log.Count("[MyoForge][Error] Unexpected number of polygons during reference mesh processing"), 1u);
+  const EdgeConstraints& edges = *scene.solver.edge_constraints_;
+  EXPECT_EQ(edges.RowCount(), mesh.EdgeCount());
+  for (float r : edges.rest_vectors_) ASSERT_EQ(r, 0.0f);
+  // The rest of the build still ran, and a step does not crash.
+  EXPECT_EQ(scene.solver.lambdas_.size(), mesh.EdgeCount() + 1u);
+  ApplyFrameSettings(FrameSettings{}, scene.solver);
+  Step(scene.solver);
+}
+
+TEST(ComputeFibersTest, DiffusionStopsOnMeshesTendonsCannotReach) {
+  // Two separate triangles; tendons on the first only. The second never gets
+  // a tendon value, and the diffusion must still end.
+  EdgeConstraints edges;
+  edges.edge_start_ = {0, 1, 2, 3, 4, 5};
+  edges.edge_end_ = {1, 2, 0, 4, 5, 3};
+  edges.rest_vectors_ = {1, 0, 0, -1, 1, 0, 0, -1, 0, 1, 0, 0, -1, 1, 0, 0, -1, 0};
+  edges.tendons_ = {1, 0, 0, 0, 0, 0};
+  ComputeFibersFromTendons(edges, 6);
+  ASSERT_EQ(edges.fibers_.size(), 18u);
+  for (int k = 9; k < 18; ++k) EXPECT_EQ(edges.fibers_[k], 0.0f);
+  EXPECT_NE(edges.fibers_[0], 0.0f);
+
+  // No tendons at all: one pass, all fibers zero.
+  edges.tendons_.assign(6, 0.0f);
+  ComputeFibersFromTendons(edges, 6);
+  for (float f : edges.fibers_) EXPECT_EQ(f, 0.0f);
+}
+
+TEST(MassWeightsTest, MassesFoldIntoSoftWeightsOnly) {
+  MuscleScene scene;
+  std::string error;
+  MuscleSetupOptions options;
+  options.shape_preservation = 0.5f;
+  ASSERT_TRUE(AssembleMuscle(MakeSpindle(4, 6, 10.0f, 2.0f), options, scene, error));
+  MuscleSolver& solver = scene.solver;
+  const uint32_t n = solver.point_count_;
+  solver.masses_.assign(n, 2.0f);
+  // Two attachment sets, hard, and one slide set.
+  solver.attachment_constraints_->inverse_masses_.assign(2 * n, 9.0f);
+  solver.attachment_constraints_->hard_ = true;
+  solver.slide_on_geometry_constraints_->inverse_masses_.assign(n, 9.0f);
+  std::vector<float> attachments(2 * n, 0.5f), slides(n, 0.5f);
+  slides[1] = 0.0f;
+  ApplyMassesToWeights(solver, scene.node.shape_map_, attachments, {}, {}, slides);
+  EXPECT_EQ(solver.edge_constraints_->inverse_masses_[3], 0.5f);
+  EXPECT_EQ(solver.volume_constraint_->inverse_masses_[3], 0.5f);
+  EXPECT_EQ(solver.shape_constraints_->inverse_masses_[3], 0.25f);
+  EXPECT_EQ(solver.attachment_constraints_->inverse_masses_[n + 3], 0.5f);  // hard: the map as it is
+  EXPECT_EQ(solver.slide_on_geometry_constraints_->inverse_masses_[3], 0.25f);
+  EXPECT_EQ(solver.slide_on_geometry_constraints_->inverse_masses_[1], 0.0f);
+
+  // A map of the wrong size changes nothing and says so.
+  myo_test::LogCapture log;
+  solver.masses_.assign(n, 4.0f);
+  ApplyMassesToWeights(solver, scene.node.shape_map_, attachments, {}, {}, std::vector<float>(n + 1, 1.0f));
+  EXPECT_EQ(solver.edge_constraints_->inverse_masses_[3], 0.5f);
+  EXPECT_EQ(log.Count("[MyoForge][Debug] Could not apply masses to weights because of incorrect weight sizes."), 1u);
+}
+
+TEST(MuscleAssemblyTest, MassesByDensityUseTheMeshVolume) {
+  MeshData mesh = SpindleData(10, 12);
+  MapStore maps;
+  MuscleScene scene;
+  scene.solver.point_mass_mode_ = 0;
+  scene.solver.density_ = 1.06f;
+  InitializeSolver(mesh, maps, MuscleAssemblyInputs{}, scene.node, scene.solver);
+  const float measure = scene.solver.mesh_measure_;
+  // The measure is the enclosed volume: six times it is the volume row's sum.
+  EXPECT_NEAR(measure * 6.0f, scene.solver.volume_constraint_->rest_volume_, 1e-3f * measure * 6.0f);
+  float total = 0.0f;
+  for (float m : scene.solver.masses_) total += m;
+  EXPECT_NEAR(total, 1.06f * measure, 1e-3f * total);
+}
+
+TEST(MuscleAssemblyTest, AMassMapWithAZeroWarnsOnce) {
+  myo_test::LogCapture log;
+  MeshData mesh = SpindleData();
+  MapStore maps;
+  std::vector<float> masses(mesh.PointCount(), 1.0f);
+  masses[0] = 0.0f;
+  masses[3] = -1.0f;
+  maps.SetAll("massList", "mass", 0, masses);
+  MuscleScene scene;
+  InitializeSolver(mesh, maps, MuscleAssemblyInputs{}, scene.node, scene.solver);
+  EXPECT_EQ(scene.node.masses_map_[0], 0.000001f);
+  EXPECT_EQ(log.Count("[MyoForge][Warning] Mass values lower than 1e-06 are not supported by the Muscle solver. "
+                      "Non supported mass values are replaced with 1e-06 minimum mass values."),
+            1u);
+}

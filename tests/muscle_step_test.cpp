@@ -1,0 +1,157 @@
+// The muscle step as a whole, on assembled spindles.
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <vector>
+
+#include "core/kernels/volume_constraint.h"
+#include "scenes/muscle_meshes.h"
+#include "scenes/muscle_setup.h"
+
+using namespace myo_core;
+using namespace myo_scenes;
+
+namespace {
+
+MuscleScene& Assemble(MuscleScene& scene, const PolygonMesh& mesh, MuscleSetupOptions options = {}) {
+  std::string error;
+  EXPECT_TRUE(AssembleMuscle(mesh, options, scene, error)) << error;
+  return scene;
+}
+
+float MaxDistanceFrom(const std::vector<float>& a, const std::vector<float>& b) {
+  float worst = 0.0f;
+  for (std::size_t k = 0; k < a.size(); ++k) worst = std::fmax(worst, std::fabs(a[k] - b[k]));
+  return worst;
+}
+
+// Extent of the points along an axis.
+float Extent(const std::vector<float>& points, int axis) {
+  float low = points[axis], high = low;
+  for (std::size_t k = axis; k < points.size(); k += 3) {
+    low = std::fmin(low, points[k]);
+    high = std::fmax(high, points[k]);
+  }
+  return high - low;
+}
+
+}  // namespace
+
+TEST(MuscleStepTest, LambdasAreLaidOutByGroupAndClearedAfterEachStep) {
+  MuscleScene scene;
+  MuscleSetupOptions options;
+  options.shape_preservation = 1.0f;
+  Assemble(scene, MakeSpindle(6, 8, 10.0f, 2.0f), options);
+  MuscleSolver& solver = scene.solver;
+  const uint32_t edges = solver.edge_constraints_->RowCount();
+  const uint32_t shapes = solver.shape_constraints_->RowCount();
+  EXPECT_EQ(edges, scene.mesh.EdgeCount());
+  EXPECT_GT(shapes, 0u);
+  EXPECT_EQ(solver.edge_constraints_->lambda_base_, 0u);
+  EXPECT_EQ(solver.shape_constraints_->lambda_base_, edges);
+  EXPECT_EQ(solver.volume_constraint_->lambda_base_, edges + shapes);
+  EXPECT_EQ(solver.lambdas_.size(), edges + shapes + 1u);
+
+  FrameSettings frame;
+  frame.activation = 0.5f;
+  ApplyFrameSettings(frame, solver);
+  Step(solver);
+  for (float lambda : solver.lambdas_) ASSERT_EQ(lambda, 0.0f);
+  EXPECT_EQ(solver.positions_, solver.previous_positions_);
+}
+
+TEST(MuscleStepTest, AMeshAtRestStaysAtRest) {
+  MuscleScene scene;
+  MuscleSetupOptions options;
+  options.shape_preservation = 1.0f;
+  options.tendon_ends = 1.0f;
+  Assemble(scene, MakeSpindle(10, 12, 10.0f, 2.0f), options);
+  FrameSettings frame;
+  frame.gravity_y = 0.0f;
+  frame.global_damping = 0.5f;
+  ApplyFrameSettings(frame, scene.solver);
+  const std::vector<float> rest = scene.solver.positions_;
+  for (int step = 0; step < 20; ++step) Step(scene.solver);
+  EXPECT_LT(MaxDistanceFrom(rest, scene.solver.positions_), 1e-4f);
+}
+
+TEST(MuscleStepTest, ZeroIterationsIsAFreeFall) {
+  MuscleScene scene;
+  Assemble(scene, MakeSpindle(4, 6, 10.0f, 2.0f));
+  FrameSettings frame;
+  frame.iterations = 0;
+  frame.dt = 0.5f;
+  frame.gravity_y = -8.0f;
+  ApplyFrameSettings(frame, scene.solver);
+  const std::vector<float> rest = scene.solver.positions_;
+  Step(scene.solver);
+  for (uint32_t i = 0; i < scene.solver.point_count_; ++i) {
+    EXPECT_EQ(scene.solver.positions_[3 * i], rest[3 * i]);
+    EXPECT_FLOAT_EQ(scene.solver.positions_[3 * i + 1], rest[3 * i + 1] - 2.0f);
+    EXPECT_FLOAT_EQ(scene.solver.velocities_[3 * i + 1], -4.0f);
+  }
+  for (float lambda : scene.solver.lambdas_) EXPECT_EQ(lambda, 0.0f);
+}
+
+TEST(MusclePhysicsTest, HangingMuscleKeepsItsVolumeWithinOnePercent) {
+  MuscleScene scene;
+  Assemble(scene, MakeSpindleWithPoints(1000, 20.0f, 3.0f));
+  MuscleSolver& solver = scene.solver;
+  const PointHold hold(solver, EndPoints(scene.mesh.points));
+  hold.Weigh(solver);
+  FrameSettings frame;
+  frame.iterations = 10;
+  ApplyFrameSettings(frame, solver);
+  const float rest = solver.volume_constraint_->rest_volume_;
+  const std::vector<float> start = solver.positions_;
+  float worst = 0.0f;
+  for (int step = 0; step < 100; ++step) {
+    Step(solver);
+    hold.Restore(solver);
+    const float volume = SixTimesVolume(solver.volume_constraint_->triangles_, solver.positions_.data());
+    worst = std::fmax(worst, std::fabs(volume / rest - 1.0f));
+  }
+  EXPECT_LT(worst, 0.01f);
+  // It did hang: the belly sagged under gravity.
+  EXPECT_GT(MaxDistanceFrom(start, solver.positions_), 0.05f);
+}
+
+TEST(MusclePhysicsTest, ActivationShortensAlongTheFibersAndNotAcross) {
+  // Tendons at both ends along x give fibers along x.
+  MuscleScene scene;
+  MuscleSetupOptions options;
+  options.tendon_ends = 1.0f;
+  Assemble(scene, MakeSpindle(16, 12, 20.0f, 3.0f), options);
+  MuscleSolver& solver = scene.solver;
+  const std::vector<float>& fibers = solver.edge_constraints_->edge_fibers_;
+  float along = 0.0f;
+  for (std::size_t e = 0; e < fibers.size() / 3; ++e) along += std::fabs(fibers[3 * e]);
+  EXPECT_GT(along / (fibers.size() / 3), 0.6f);
+
+  FrameSettings frame;
+  frame.gravity_y = 0.0f;
+  frame.activation = 0.5f;
+  frame.volume_preservation = 0.0f;
+  frame.global_damping = 1.0f;
+  ApplyFrameSettings(frame, solver);
+  const float length = Extent(solver.positions_, 0), width = Extent(solver.positions_, 1);
+  for (int step = 0; step < 60; ++step) Step(solver);
+  EXPECT_LT(Extent(solver.positions_, 0), 0.8f * length);
+  EXPECT_NEAR(Extent(solver.positions_, 1), width, 0.1f * width);
+}
+
+TEST(MuscleRobustnessTest, NonFinitePointsDoNotCrashAssemblyOrStep) {
+  PolygonMesh mesh = MakeSpindle(4, 6, 10.0f, 2.0f);
+  mesh.points[4] = std::numeric_limits<float>::quiet_NaN();
+  mesh.points[8] = std::numeric_limits<float>::infinity();
+  MuscleScene scene;
+  MuscleSetupOptions options;
+  options.shape_preservation = 1.0f;
+  options.tendon_ends = 1.0f;
+  Assemble(scene, mesh, options);
+  ApplyFrameSettings(FrameSettings{}, scene.solver);
+  for (int step = 0; step < 3; ++step) Step(scene.solver);
+  EXPECT_EQ(scene.solver.positions_.size(), mesh.points.size());
+}
