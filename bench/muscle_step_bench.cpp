@@ -30,7 +30,8 @@ std::size_t SolverBytes(const myo_core::MuscleSolver& s) {
          Bytes(e.edge_start_) + Bytes(e.edge_end_) + Bytes(e.fiber_triangles_) + sizeof(sh) +
          Bytes(sh.inverse_masses_) + Bytes(sh.rest_distances_) + Bytes(sh.first_points_) +
          Bytes(sh.centre_points_) + Bytes(sh.third_points_) + sizeof(v) + Bytes(v.inverse_masses_) +
-         Bytes(v.triangles_) + Bytes(v.gradients_);
+         Bytes(v.triangles_) + Bytes(v.gradients_) + Bytes(e.schedule_) +
+         Bytes(e.schedule_levels_) + Bytes(e.frame_rows_) + Bytes(sh.schedule_);
 }
 
 // One assembled muscle per size, kept across benchmark runs.
@@ -74,9 +75,10 @@ void BM_EdgeRows(benchmark::State& state) {
   myo_scenes::MuscleScene& scene = SceneWithPoints(static_cast<uint32_t>(state.range(0)));
   myo_core::MuscleSolver& solver = scene.solver;
   myo_scenes::ApplyFrameSettings(myo_scenes::FrameSettings{}, solver);
-  const auto& edges = *solver.edge_constraints_;
+  auto& edges = *solver.edge_constraints_;
+  myo_core::PrepareEdgeRows(edges, 0.0f);
   for (auto _ : state) {
-    myo_core::SolveEdgeRows(edges, solver.compliance_, 0.0f, solver.positions_.data(), solver.lambdas_.data());
+    myo_core::SolveEdgeRows(edges, solver.compliance_, solver.positions_.data(), solver.lambdas_.data());
     benchmark::ClobberMemory();
   }
   state.counters["ns_per_edge_row"] = benchmark::Counter(
@@ -101,5 +103,26 @@ void BM_ShapeRows(benchmark::State& state) {
   std::fill(solver.lambdas_.begin(), solver.lambdas_.end(), 0.0f);
 }
 BENCHMARK(BM_ShapeRows)->Arg(10000)->Unit(benchmark::kMicrosecond);
+
+}  // namespace
+
+namespace {
+
+void BM_VolumeRow(benchmark::State& state) {
+  myo_scenes::MuscleScene& scene = SceneWithPoints(static_cast<uint32_t>(state.range(0)));
+  myo_core::MuscleSolver& solver = scene.solver;
+  auto& volume = *solver.volume_constraint_;
+  for (auto _ : state) {
+    // A goal away from rest, so that every call does the whole work.
+    myo_core::SolveVolumeConstraint(volume.lambda_base_, volume.rest_volume_, 0.0f, 1.01f, 1e-4f,
+                                    volume.inverse_masses_, volume.triangles_, solver.positions_,
+                                    solver.lambdas_, volume.gradients_);
+    benchmark::ClobberMemory();
+  }
+  state.counters["ns_per_point"] = benchmark::Counter(static_cast<double>(solver.point_count_) * state.iterations() * 1e-9,
+      benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
+  std::fill(solver.lambdas_.begin(), solver.lambdas_.end(), 0.0f);
+}
+BENCHMARK(BM_VolumeRow)->Arg(10000)->Unit(benchmark::kMicrosecond);
 
 }  // namespace

@@ -146,7 +146,8 @@ TEST(EdgeKernelTest, RowsReadTheirResistanceCappedAtOne) {
   edges.stretching_multiplier_ = 5.0f;  // 4, capped at 1
   edges.lambda_base_ = 1;
   std::vector<float> positions{0, 0, 0, 3, 0, 0}, lambdas{0.0f, 0.0f};
-  SolveEdgeRows(edges, 0.0f, 0.0f, positions.data(), lambdas.data());
+  PrepareEdgeRows(edges, 0.0f);
+  SolveEdgeRows(edges, 0.0f, positions.data(), lambdas.data());
   EXPECT_FLOAT_EQ(positions[3] - positions[0], 1.0f);
   EXPECT_EQ(lambdas[0], 0.0f);
   EXPECT_FLOAT_EQ(lambdas[1], -1.0f);

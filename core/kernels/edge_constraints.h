@@ -2,7 +2,6 @@
 // Edge rows: one distance constraint per mesh edge whose target length
 // follows the muscle's activation along the fiber direction only.
 
-#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <vector>
@@ -11,6 +10,15 @@
 #include "core/math/vec3.h"
 
 namespace myo_core {
+
+// What one edge row needs during a step, packed in solving order.
+struct EdgeRowFrame {
+  uint32_t i, j;        // end points
+  uint32_t lambda_row;  // the row's multiplier
+  float target;         // activated rest length of this step
+  float compression;    // min(1, mean resistance times multiplier)
+  float stretching;
+};
 
 struct EdgeConstraints : ConstraintGroup {
   // inverse_masses_: N, 1 / mass of each point, 1 at construction.
@@ -41,20 +49,32 @@ struct EdgeConstraints : ConstraintGroup {
   float min_edge_length_ = 0.0f;  // shortest edge at rest
   float fibers_scale_ = 1.0f;     // display length of fibers, in shortest edges
 
+  std::vector<uint32_t> schedule_;          // E, solving order (ScheduleEdgeRows)
+  std::vector<uint32_t> schedule_levels_;   // levels + 1, ranges of independent rows in schedule_
+  std::vector<EdgeRowFrame> frame_rows_;    // E, per-step values in solving order (PrepareEdgeRows)
+
   uint32_t RowCount() const { return static_cast<uint32_t>(edge_start_.size()); }
 };
 
-// C = |p_j - p_i| - |c|, where c is the rest vector shortened per axis by the
-// activation along the absolute fiber components:
-//   c_k = r_k / (1 - f_k rest_activation) * rest_length_multiplier * (1 - f_k activation).
-// Gradient n = (p_j - p_i) / |p_j - p_i| for j, -n for i. The violation is
-// scaled by the compression resistance when C < 0, by the stretching one
-// otherwise; the compliance is the solver's.
-inline void SolveEdgeConstraint(uint32_t lambda_row, uint32_t edge, uint32_t i, uint32_t j,
-                                float w_i, float w_j, float compliance, float activation,
-                                float rest_activation, float rest_length_multiplier,
-                                float compression, float stretching, const float* rest_vectors,
-                                const float* fibers, float* positions, float* lambdas) {
+// The target length of an edge: the rest vector shortened per axis by the
+// activation along the absolute fiber components,
+//   c_k = r_k / (1 - f_k rest_activation) * rest_length_multiplier * (1 - f_k activation),
+// target = |c|. The first factor takes back the rest activation built into
+// the rest shape.
+inline float ActivatedRestLength(Vec3 rest, Vec3 fiber, float activation, float rest_activation,
+                                 float rest_length_multiplier) {
+  const Vec3 f{std::fabs(fiber.x), std::fabs(fiber.y), std::fabs(fiber.z)};
+  const Vec3 c{rest.x / (1.0f - f.x * rest_activation) * rest_length_multiplier * (1.0f - f.x * activation),
+               rest.y / (1.0f - f.y * rest_activation) * rest_length_multiplier * (1.0f - f.y * activation),
+               rest.z / (1.0f - f.z * rest_activation) * rest_length_multiplier * (1.0f - f.z * activation)};
+  return Length(c);
+}
+
+// C = |p_j - p_i| - target, gradient n = (p_j - p_i) / |p_j - p_i| for j and
+// -n for i. The violation alone is scaled by k, the compression resistance
+// when C < 0 and the stretching one otherwise; the compliance is the solver's.
+inline void SolveEdgeRow(uint32_t lambda_row, uint32_t i, uint32_t j, float w_i, float w_j, float compliance,
+                         float target, float compression, float stretching, float* positions, float* lambdas) {
   const float w = w_i + w_j;
   if (w < kEpsilon) return;
   const Vec3 pi = Load3(positions, i);
@@ -62,14 +82,7 @@ inline void SolveEdgeConstraint(uint32_t lambda_row, uint32_t edge, uint32_t i, 
   const Vec3 d = pj - pi;
   const float length = Length(d);
   const Vec3 n = NormalizeSafe(d, length);
-
-  const Vec3 f = Load3(fibers, edge);
-  const Vec3 r = Load3(rest_vectors, edge);
-  const Vec3 fa{std::fabs(f.x), std::fabs(f.y), std::fabs(f.z)};
-  const Vec3 c{r.x / (1.0f - fa.x * rest_activation) * rest_length_multiplier * (1.0f - fa.x * activation),
-               r.y / (1.0f - fa.y * rest_activation) * rest_length_multiplier * (1.0f - fa.y * activation),
-               r.z / (1.0f - fa.z * rest_activation) * rest_length_multiplier * (1.0f - fa.z * activation)};
-  const float violation = length - Length(c);
+  const float violation = length - target;
   const float k = violation < 0.0f ? compression : stretching;
 
   float& lambda = lambdas[lambda_row];
@@ -80,20 +93,28 @@ inline void SolveEdgeConstraint(uint32_t lambda_row, uint32_t edge, uint32_t i, 
   if (w_j >= kEpsilon) Store3(positions, j, Load3(positions, j) + n * (delta * w_j));
 }
 
-// Runs every edge row once, in table order, with the frame's scalars.
-inline void SolveEdgeRows(const EdgeConstraints& edges, float compliance, float rest_activation,
-                          float* positions, float* lambdas) {
-  const uint32_t rows = edges.RowCount();
-  const float* w = edges.inverse_masses_.data();
-  for (uint32_t e = 0; e < rows; ++e) {
-    const uint32_t i = static_cast<uint32_t>(edges.edge_start_[e]);
-    const uint32_t j = static_cast<uint32_t>(edges.edge_end_[e]);
-    SolveEdgeConstraint(edges.lambda_base_ + e, e, i, j, w[i], w[j], compliance, edges.activation_,
-                        rest_activation, edges.rest_length_multiplier_,
-                        std::min(1.0f, edges.edge_compression_[e] * edges.compression_multiplier_),
-                        std::min(1.0f, edges.edge_stretching_[e] * edges.stretching_multiplier_),
-                        edges.rest_vectors_.data(), edges.edge_fibers_.data(), positions, lambdas);
-  }
+// One edge row with its activation formed on the call.
+inline void SolveEdgeConstraint(uint32_t lambda_row, uint32_t edge, uint32_t i, uint32_t j, float w_i, float w_j,
+                                float compliance, float activation, float rest_activation,
+                                float rest_length_multiplier, float compression, float stretching,
+                                const float* rest_vectors, const float* fibers, float* positions,
+                                float* lambdas) {
+  const float target = ActivatedRestLength(Load3(rest_vectors, edge), Load3(fibers, edge), activation,
+                                           rest_activation, rest_length_multiplier);
+  SolveEdgeRow(lambda_row, i, j, w_i, w_j, compliance, target, compression, stretching, positions, lambdas);
 }
+
+// Orders the rows for solving (see RowSchedule); run after the tables change.
+void ScheduleEdgeRows(EdgeConstraints& edges, uint32_t point_count);
+
+// Forms the values of each row that stay fixed during a step (target length
+// and the two resistances capped at 1), in solving order.
+void PrepareEdgeRows(EdgeConstraints& edges, float rest_activation);
+
+// Runs every edge row once with the values of PrepareEdgeRows. Rows run in
+// the schedule's order, which gives the same result as table order; the rows
+// of one level share no point, so they are solved several at a time with the
+// arithmetic of SolveEdgeRow in every lane.
+void SolveEdgeRows(const EdgeConstraints& edges, float compliance, float* positions, float* lambdas);
 
 }  // namespace myo_core

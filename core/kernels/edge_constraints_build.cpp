@@ -56,6 +56,7 @@ void BuildEdgeConstraints(const MeshData& mesh, MapPort& maps, uint32_t map_inde
 
   if (node.polygon_triangle_counts_.size() != mesh.PolygonCount()) {
     ReportError("Unexpected number of polygons during reference mesh processing", "");
+    ScheduleEdgeRows(edges, n);
     return;
   }
   node.polygon_first_triangles_.resize(node.polygon_triangle_counts_.size());
@@ -81,6 +82,7 @@ void BuildEdgeConstraints(const MeshData& mesh, MapPort& maps, uint32_t map_inde
     edges.edge_stretching_[e] = (node.stretching_map_[a] + node.stretching_map_[b]) * 0.5f;
     edges.min_edge_length_ = std::min(edges.min_edge_length_, length);
   }
+  ScheduleEdgeRows(edges, n);
 
   maps.ReadFloats("tendonsList", "tendons", map_index, n, 0.0f, edges.tendons_);
   for (uint32_t e = 0; e < edge_count; ++e)

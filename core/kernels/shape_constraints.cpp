@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "core/kernels/row_schedule.h"
+
 namespace myo_core {
 
 void BuildShapeConstraints(ShapeConstraints& group, const std::vector<float>& positions,
@@ -57,6 +59,9 @@ void BuildShapeConstraints(ShapeConstraints& group, const std::vector<float>& po
     }
   }
   ReserveLambdaRows(lambdas, group.RowCount());
+  group.schedule_ = BuildRowSchedule({&group.first_points_, &group.centre_points_, &group.third_points_},
+                                     static_cast<uint32_t>(weights.size()))
+                        .order;
 }
 
 void SetShapeCompliance(ShapeConstraints& group, float dt_squared, float compliance,

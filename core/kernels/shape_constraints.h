@@ -18,6 +18,7 @@ struct ShapeConstraints : ConstraintGroup {
   std::vector<int32_t> first_points_;   // R
   std::vector<int32_t> centre_points_;  // R
   std::vector<int32_t> third_points_;   // R
+  std::vector<uint32_t> schedule_;      // R, solving order (BuildShapeConstraints)
 
   uint32_t RowCount() const { return static_cast<uint32_t>(centre_points_.size()); }
 };
@@ -46,12 +47,16 @@ inline void SolveShapeConstraint(uint32_t lambda_row, uint32_t a, uint32_t b, ui
   if (w_c >= kEpsilon) Store3(positions, c, Load3(positions, c) - n * (2.0f * w_c * delta));
 }
 
-// Runs every row once in table order, unless the group is disabled.
+// Runs every row once, unless the group is disabled. Rows run in the
+// schedule's order, which gives the same result as table order; a table
+// without a schedule runs in table order.
 inline void SolveShapeRows(const ShapeConstraints& shape, float* positions, float* lambdas) {
   if (shape.disabled_) return;
   const uint32_t rows = shape.RowCount();
+  const bool scheduled = shape.schedule_.size() == rows;
   const float* w = shape.inverse_masses_.data();
-  for (uint32_t r = 0; r < rows; ++r) {
+  for (uint32_t k = 0; k < rows; ++k) {
+    const uint32_t r = scheduled ? shape.schedule_[k] : k;
     const uint32_t a = static_cast<uint32_t>(shape.first_points_[r]);
     const uint32_t b = static_cast<uint32_t>(shape.centre_points_[r]);
     const uint32_t c = static_cast<uint32_t>(shape.third_points_[r]);

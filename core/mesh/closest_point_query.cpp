@@ -48,10 +48,16 @@ bool AllFinite(const float* values, int count) {
 
 }  // namespace
 
+// One triangle during the build. Items are permuted in place, so each level
+// of the build reads them sequentially.
+struct BuildItem {
+  Bounds box;
+  float centroid[3];  // centre of the box
+  int32_t triangle;   // global triangle index
+};
+
 struct ClosestPointQuery::BuildInput {
-  std::vector<Bounds> bounds;     // T, box of each triangle
-  std::vector<double> centroids;  // 3T, box centre of each triangle
-  std::vector<int32_t> order;     // usable triangles, permuted into leaf order by the build
+  std::vector<BuildItem> items;  // usable triangles, permuted into leaf order by the build
 };
 
 void ClosestPointQuery::Clear() {
@@ -97,39 +103,39 @@ void ClosestPointQuery::Build(const std::vector<float>& points,
 
   // Boxes and centroids of the triangles whose corners are all finite.
   BuildInput input;
-  input.bounds.resize(triangle_count);
-  input.centroids.resize(3 * static_cast<size_t>(triangle_count));
-  input.order.reserve(triangle_count);
+  input.items.reserve(triangle_count);
   for (int32_t t = 0; t < triangle_count; ++t) {
-    Bounds& box = input.bounds[t];
+    BuildItem item;
     bool finite = true;
     for (int corner = 0; corner < 3; ++corner) {
       const float* p = points.data() + 3 * static_cast<size_t>(triangle_vertices[3 * t + corner]);
       finite = finite && AllFinite(p, 3);
       for (int k = 0; k < 3; ++k) {
-        box.min[k] = std::min(box.min[k], p[k]);
-        box.max[k] = std::max(box.max[k], p[k]);
+        item.box.min[k] = std::min(item.box.min[k], p[k]);
+        item.box.max[k] = std::max(item.box.max[k], p[k]);
       }
     }
     if (!finite) continue;
-    for (int k = 0; k < 3; ++k)
-      input.centroids[3 * t + k] = 0.5 * (static_cast<double>(box.min[k]) + box.max[k]);
-    input.order.push_back(t);
+    for (int k = 0; k < 3; ++k) item.centroid[k] = 0.5f * item.box.min[k] + 0.5f * item.box.max[k];
+    item.triangle = t;
+    input.items.push_back(item);
   }
-  if (input.order.empty()) {
+  if (input.items.empty()) {
     Clear();
     return;
   }
 
-  nodes_.reserve(input.order.size());
+  nodes_.reserve(input.items.size());
   nodes_.emplace_back();
-  BuildNode(input, 0, 0, static_cast<int32_t>(input.order.size()), 0);
+  BuildNode(input, 0, 0, static_cast<int32_t>(input.items.size()), 0);
+  nodes_.shrink_to_fit();
 
   // Triangle corners in leaf order, so that a leaf reads one contiguous block.
-  slot_triangles_ = input.order;
-  slot_corners_.resize(9 * slot_triangles_.size());
-  for (size_t slot = 0; slot < slot_triangles_.size(); ++slot) {
-    const int32_t t = slot_triangles_[slot];
+  slot_triangles_.resize(input.items.size());
+  slot_corners_.resize(9 * input.items.size());
+  for (size_t slot = 0; slot < input.items.size(); ++slot) {
+    const int32_t t = input.items[slot].triangle;
+    slot_triangles_[slot] = t;
     for (int corner = 0; corner < 3; ++corner) {
       const float* p = points.data() + 3 * static_cast<size_t>(triangle_vertices[3 * t + corner]);
       std::copy(p, p + 3, slot_corners_.begin() + 9 * slot + 3 * corner);
@@ -139,19 +145,18 @@ void ClosestPointQuery::Build(const std::vector<float>& points,
 
 void ClosestPointQuery::BuildNode(BuildInput& input, int32_t node, int32_t begin, int32_t end,
                                   int32_t depth) {
-  int32_t* order = input.order.data();
-  const double* centroids = input.centroids.data();
+  BuildItem* items = input.items.data();
 
   // Box of the triangles and box of their centroids.
   Bounds box;
-  double centroid_min[3] = {std::numeric_limits<double>::max(), std::numeric_limits<double>::max(),
-                            std::numeric_limits<double>::max()};
-  double centroid_max[3] = {-centroid_min[0], -centroid_min[1], -centroid_min[2]};
+  float centroid_min[3] = {std::numeric_limits<float>::max(), std::numeric_limits<float>::max(),
+                           std::numeric_limits<float>::max()};
+  float centroid_max[3] = {-centroid_min[0], -centroid_min[1], -centroid_min[2]};
   for (int32_t i = begin; i < end; ++i) {
-    box.Grow(input.bounds[order[i]]);
+    box.Grow(items[i].box);
     for (int k = 0; k < 3; ++k) {
-      centroid_min[k] = std::min(centroid_min[k], centroids[3 * order[i] + k]);
-      centroid_max[k] = std::max(centroid_max[k], centroids[3 * order[i] + k]);
+      centroid_min[k] = std::min(centroid_min[k], items[i].centroid[k]);
+      centroid_max[k] = std::max(centroid_max[k], items[i].centroid[k]);
     }
   }
 
@@ -180,41 +185,50 @@ void ClosestPointQuery::BuildNode(BuildInput& input, int32_t node, int32_t begin
     return;
   }
 
-  // Binned surface area split over the three axes.
+  // Centroid bin along each axis; the extents are formed in double so that
+  // huge coordinates cannot overflow.
+  double scale[3];
+  for (int k = 0; k < 3; ++k) {
+    const double extent = static_cast<double>(centroid_max[k]) - centroid_min[k];
+    scale[k] = extent > 0.0 ? kBinCount / extent : 0.0;
+  }
+  auto bin_of = [&](const BuildItem& item, int axis) {
+    const double offset = static_cast<double>(item.centroid[axis]) - centroid_min[axis];
+    return std::min(kBinCount - 1, static_cast<int>(offset * scale[axis]));
+  };
+
+  // Binned surface area split over the three axes at once.
   int32_t middle = -1;
   if (depth < kSahDepth) {
+    Bounds bin_bounds[3][kBinCount];
+    int32_t bin_counts[3][kBinCount] = {};
+    for (int32_t i = begin; i < end; ++i)
+      for (int axis = 0; axis < 3; ++axis) {
+        const int bin = bin_of(items[i], axis);
+        ++bin_counts[axis][bin];
+        bin_bounds[axis][bin].Grow(items[i].box);
+      }
     double best_cost = std::numeric_limits<double>::infinity();
     int best_axis = -1;
     int best_bin = -1;
     for (int axis = 0; axis < 3; ++axis) {
-      const double extent = centroid_max[axis] - centroid_min[axis];
-      if (!(extent > 0.0)) continue;
-      const double scale = kBinCount / extent;
-      Bounds bin_bounds[kBinCount];
-      int32_t bin_counts[kBinCount] = {};
-      for (int32_t i = begin; i < end; ++i) {
-        const int bin = std::min(
-            kBinCount - 1,
-            static_cast<int>((centroids[3 * order[i] + axis] - centroid_min[axis]) * scale));
-        ++bin_counts[bin];
-        bin_bounds[bin].Grow(input.bounds[order[i]]);
-      }
+      if (scale[axis] == 0.0) continue;
       // right_area[b], right_count[b]: bins b .. kBinCount-1.
       double right_area[kBinCount];
       int32_t right_count[kBinCount];
       Bounds accumulated;
       int32_t accumulated_count = 0;
       for (int bin = kBinCount - 1; bin > 0; --bin) {
-        accumulated.Grow(bin_bounds[bin]);
-        accumulated_count += bin_counts[bin];
+        accumulated.Grow(bin_bounds[axis][bin]);
+        accumulated_count += bin_counts[axis][bin];
         right_area[bin] = accumulated.HalfArea();
         right_count[bin] = accumulated_count;
       }
       accumulated = Bounds();
       accumulated_count = 0;
       for (int bin = 0; bin + 1 < kBinCount; ++bin) {
-        accumulated.Grow(bin_bounds[bin]);
-        accumulated_count += bin_counts[bin];
+        accumulated.Grow(bin_bounds[axis][bin]);
+        accumulated_count += bin_counts[axis][bin];
         if (accumulated_count == 0 || right_count[bin + 1] == 0) continue;
         const double cost = accumulated_count * accumulated.HalfArea() +
                             right_count[bin + 1] * right_area[bin + 1];
@@ -226,29 +240,27 @@ void ClosestPointQuery::BuildNode(BuildInput& input, int32_t node, int32_t begin
       }
     }
     if (best_axis >= 0) {
-      const double scale = kBinCount / (centroid_max[best_axis] - centroid_min[best_axis]);
-      const double low = centroid_min[best_axis];
-      int32_t* split = std::partition(order + begin, order + end, [&](int32_t t) {
-        const int bin = std::min(
-            kBinCount - 1, static_cast<int>((centroids[3 * t + best_axis] - low) * scale));
-        return bin <= best_bin;
+      BuildItem* split = std::partition(items + begin, items + end, [&](const BuildItem& item) {
+        return bin_of(item, best_axis) <= best_bin;
       });
-      middle = static_cast<int32_t>(split - order);
+      middle = static_cast<int32_t>(split - items);
     }
   }
 
-  // Median split along the widest centroid axis (order of ids when all
-  // centroids coincide): balanced, so the depth stays bounded.
+  // Median split along the widest centroid axis (order of triangle ids when
+  // all centroids coincide): balanced, so the depth stays bounded.
   if (middle <= begin || middle >= end) {
     int axis = 0;
     for (int k = 1; k < 3; ++k)
-      if (centroid_max[k] - centroid_min[k] > centroid_max[axis] - centroid_min[axis]) axis = k;
+      if (static_cast<double>(centroid_max[k]) - centroid_min[k] >
+          static_cast<double>(centroid_max[axis]) - centroid_min[axis])
+        axis = k;
     middle = begin + count / 2;
-    std::nth_element(order + begin, order + middle, order + end, [&](int32_t a, int32_t b) {
-      const double ca = centroids[3 * a + axis];
-      const double cb = centroids[3 * b + axis];
-      return ca < cb || (ca == cb && a < b);
-    });
+    std::nth_element(items + begin, items + middle, items + end,
+                     [&](const BuildItem& a, const BuildItem& b) {
+                       return a.centroid[axis] < b.centroid[axis] ||
+                              (a.centroid[axis] == b.centroid[axis] && a.triangle < b.triangle);
+                     });
   }
 
   const int32_t left = static_cast<int32_t>(nodes_.size());

@@ -138,7 +138,8 @@ TriangleClosestPoint ClosestPointOnTriangle(const double p[3], const float a_in[
   const double w = denominator > 0.0 ? vc / denominator : -1.0;
   if (!(v >= 0.0 && w >= 0.0 && v + w <= 1.0)) return ClosestOnEdges(p, a, b, c);
   for (int k = 0; k < 3; ++k) point[k] = a[k] + ab[k] * v + ac[k] * w;
-  return Finish(p, point, 1.0 - v - w, v);
+  const double u = 1.0 - v - w;
+  return Finish(p, point, u > 0.0 ? u : 0.0, v);
 }
 
 }  // namespace myo_core

@@ -13,14 +13,14 @@ void Step(MuscleSolver& solver) {
                solver.global_damping_multiplier_, solver.inertia_damper_);
   PredictPositions(solver.positions_, solver.velocities_, solver.gravity_, solver.time_step_);
 
-  const EdgeConstraints& edges = *solver.edge_constraints_;
-  const float rest_activation = ClampRestActivation(edges.rest_activation_);
+  EdgeConstraints& edges = *solver.edge_constraints_;
+  PrepareEdgeRows(edges, ClampRestActivation(edges.rest_activation_));
   VolumeConstraint& volume = *solver.volume_constraint_;
   float* positions = solver.positions_.data();
   float* lambdas = solver.lambdas_.data();
 
   for (uint32_t iteration = 0; iteration < solver.iterations_; ++iteration) {
-    SolveEdgeRows(edges, solver.compliance_, rest_activation, positions, lambdas);
+    SolveEdgeRows(edges, solver.compliance_, positions, lambdas);
     SolveShapeRows(*solver.shape_constraints_, positions, lambdas);
     if (!volume.triangles_.empty())
       SolveVolumeConstraint(volume.lambda_base_, volume.rest_volume_, volume.volume_preservation_,

@@ -1,0 +1,30 @@
+#pragma once
+// An order of constraint rows that solves to the same bits as table order
+// but lets independent rows overlap.
+//
+// Gauss-Seidel makes each row read what earlier rows wrote. Two rows that
+// share no point do not see each other, so only the order of rows that share
+// a point matters. The schedule puts every row at the level one above the
+// last earlier row that touches any of its points, and lists rows level by
+// level, in table order within a level: each point still meets its rows in
+// table order, so positions and multipliers come out bit for bit the same,
+// while the rows of one level carry no dependency between them.
+
+#include <cstdint>
+#include <initializer_list>
+#include <vector>
+
+namespace myo_core {
+
+struct RowSchedule {
+  std::vector<uint32_t> order;          // R, rows in solving order
+  std::vector<uint32_t> level_offsets;  // levels + 1, ranges into order
+};
+
+// rows_points: the arrays of point indices of the rows, one array per corner
+// (e.g. starts and ends of edges), each of R entries. Indices outside
+// [0, point_count) make the row depend on everything before it.
+RowSchedule BuildRowSchedule(std::initializer_list<const std::vector<int32_t>*> rows_points,
+                             uint32_t point_count);
+
+}  // namespace myo_core

@@ -1,0 +1,392 @@
+#include "core/mesh/closest_point_query.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <random>
+#include <thread>
+
+#include "core/mesh/mesh_data.h"
+#include "core/mesh/point_triangle_closest.h"
+#include "scenes/muscle_meshes.h"
+
+namespace myo_core {
+namespace {
+
+struct TriangleSoup {
+  std::vector<float> points;           // 3V
+  std::vector<int32_t> triangles;      // 3T
+  std::vector<int32_t> counts;         // P
+};
+
+struct Reference {
+  bool found = false;
+  int32_t triangle = -1;
+  TriangleClosestPoint closest;
+};
+
+// Every triangle in index order; the first at the smallest distance wins.
+Reference BruteForce(const TriangleSoup& mesh, const float p[3], float max_distance) {
+  const double query[3] = {p[0], p[1], p[2]};
+  double best = max_distance >= 0.0f ? static_cast<double>(max_distance) * max_distance
+                                     : std::numeric_limits<double>::infinity();
+  Reference result;
+  for (size_t t = 0; t < mesh.triangles.size() / 3; ++t) {
+    const float* corners[3];
+    bool finite = true;
+    for (int k = 0; k < 3; ++k) {
+      corners[k] = &mesh.points[3 * mesh.triangles[3 * t + k]];
+      for (int axis = 0; axis < 3; ++axis) finite = finite && std::isfinite(corners[k][axis]);
+    }
+    if (!finite) continue;
+    const TriangleClosestPoint c = ClosestPointOnTriangle(query, corners[0], corners[1], corners[2]);
+    if (c.distance2 < best || (!result.found && c.distance2 == best)) {
+      best = c.distance2;
+      result = {true, static_cast<int32_t>(t), c};
+    }
+  }
+  return result;
+}
+
+void ExpectSameAsBruteForce(const ClosestPointQuery& query, const TriangleSoup& mesh,
+                            const float p[3], float max_distance) {
+  const Reference expected = BruteForce(mesh, p, max_distance);
+  ClosestPointHit hit;
+  const bool found = query.Closest(p, max_distance, hit);
+  ASSERT_EQ(found, expected.found) << "at " << p[0] << " " << p[1] << " " << p[2];
+  if (!found) return;
+  EXPECT_EQ(hit.triangle, expected.triangle);
+  EXPECT_EQ(hit.distance, static_cast<float>(std::sqrt(expected.closest.distance2)));
+  if (max_distance >= 0.0f) {
+    EXPECT_LE(hit.distance, max_distance);
+  }
+  for (int k = 0; k < 3; ++k) {
+    EXPECT_EQ(hit.point[k], static_cast<float>(expected.closest.point[k]));
+  }
+  // The weights rebuild the point.
+  const float* a = &mesh.points[3 * mesh.triangles[3 * hit.triangle]];
+  const float* b = &mesh.points[3 * mesh.triangles[3 * hit.triangle + 1]];
+  const float* c = &mesh.points[3 * mesh.triangles[3 * hit.triangle + 2]];
+  const float w = 1.0f - hit.bary_u - hit.bary_v;
+  EXPECT_GE(hit.bary_u, 0.0f);
+  EXPECT_GE(hit.bary_v, 0.0f);
+  EXPECT_GE(w, -1e-6f);
+  for (int k = 0; k < 3; ++k) {
+    const float scale = 1.0f + std::fabs(a[k]) + std::fabs(b[k]) + std::fabs(c[k]);
+    EXPECT_NEAR(hit.bary_u * a[k] + hit.bary_v * b[k] + w * c[k], hit.point[k], 1e-5f * scale);
+  }
+}
+
+TriangleSoup FromPolygons(const myo_scenes::PolygonMesh& polygons) {
+  MeshData mesh;
+  std::string error;
+  EXPECT_TRUE(BuildMeshData(polygons.points, polygons.vertex_counts, polygons.vertices, mesh, error))
+      << error;
+  return {mesh.points, mesh.triangle_vertices, mesh.polygon_triangle_counts};
+}
+
+TriangleSoup RandomSoup(std::mt19937& random, int triangle_count, float spread, float size) {
+  std::uniform_real_distribution<float> centre(-spread, spread);
+  std::uniform_real_distribution<float> offset(-size, size);
+  TriangleSoup soup;
+  for (int t = 0; t < triangle_count; ++t) {
+    const float cx = centre(random), cy = centre(random), cz = centre(random);
+    for (int k = 0; k < 3; ++k) {
+      soup.points.insert(soup.points.end(),
+                         {cx + offset(random), cy + offset(random), cz + offset(random)});
+      soup.triangles.push_back(3 * t + k);
+    }
+    soup.counts.push_back(1);
+  }
+  return soup;
+}
+
+// Random points: near the surface, in the box, far away, and exactly on
+// corners and edge midpoints.
+std::vector<float> QueryPoints(std::mt19937& random, const TriangleSoup& mesh, int count) {
+  std::uniform_real_distribution<float> unit(-1.0f, 1.0f);
+  std::uniform_int_distribution<size_t> pick_triangle(0, mesh.triangles.size() / 3 - 1);
+  std::vector<float> points;
+  for (int i = 0; i < count; ++i) {
+    const size_t t = pick_triangle(random);
+    const float* a = &mesh.points[3 * mesh.triangles[3 * t]];
+    const float* b = &mesh.points[3 * mesh.triangles[3 * t + 1]];
+    switch (i % 5) {
+      case 0:  // near a corner
+        for (int k = 0; k < 3; ++k) points.push_back(a[k] + 0.05f * unit(random));
+        break;
+      case 1:  // in and around the mesh
+        for (int k = 0; k < 3; ++k) points.push_back(3.0f * unit(random));
+        break;
+      case 2:  // far away
+        for (int k = 0; k < 3; ++k) points.push_back(1000.0f * unit(random));
+        break;
+      case 3:  // exactly on a corner
+        points.insert(points.end(), a, a + 3);
+        break;
+      default:  // on an edge midpoint
+        for (int k = 0; k < 3; ++k) points.push_back(0.5f * (a[k] + b[k]));
+    }
+  }
+  return points;
+}
+
+TEST(ClosestPointQueryTest, TriangleRoutineMatchesDenseSampling) {
+  struct Case {
+    const char* name;
+    float a[3], b[3], c[3];
+  };
+  const Case cases[] = {
+      {"regular", {0, 0, 0}, {1, 0, 0}, {0, 1, 0}},
+      {"obtuse tilted", {0, 0, 0}, {2, 0.3f, 0.5f}, {1.8f, 0.4f, 0.7f}},
+      {"collinear", {0, 0, 0}, {1, 1, 0}, {3, 3, 0}},
+      {"repeated corner", {0, 0, 0}, {0, 0, 0}, {2, 1, 0}},
+      {"repeated last", {1, 0, 0}, {-1, 2, 0}, {-1, 2, 0}},
+      {"point", {0.5f, 0.5f, 0.5f}, {0.5f, 0.5f, 0.5f}, {0.5f, 0.5f, 0.5f}},
+      {"needle", {0, 0, 0}, {1, 0, 0}, {0.5f, 1e-9f, 0}},
+  };
+  std::mt19937 random(7);
+  std::uniform_real_distribution<float> unit(-2.0f, 2.0f);
+  const int steps = 300;
+  for (const Case& t : cases) {
+    SCOPED_TRACE(t.name);
+    for (int q = 0; q < 40; ++q) {
+      const double p[3] = {unit(random), unit(random), unit(random)};
+      const TriangleClosestPoint c = ClosestPointOnTriangle(p, t.a, t.b, t.c);
+      ASSERT_TRUE(std::isfinite(c.distance2));
+      const double w = 1.0 - c.u - c.v;
+      EXPECT_GE(c.u, 0.0);
+      EXPECT_GE(c.v, 0.0);
+      EXPECT_GE(w, -1e-12);
+      for (int k = 0; k < 3; ++k)
+        EXPECT_NEAR(c.u * t.a[k] + c.v * t.b[k] + w * t.c[k], c.point[k], 1e-12);
+      // Sample the triangle on a barycentric grid; the routine may not lose to
+      // any sample, and the nearest sample is within the grid spacing of it.
+      double sampled = std::numeric_limits<double>::infinity();
+      double longest = 0.0;
+      for (int k = 0; k < 3; ++k)
+        longest = std::max({longest, std::fabs(static_cast<double>(t.a[k]) - t.b[k]),
+                            std::fabs(static_cast<double>(t.b[k]) - t.c[k]),
+                            std::fabs(static_cast<double>(t.c[k]) - t.a[k])});
+      for (int i = 0; i <= steps; ++i)
+        for (int j = 0; i + j <= steps; ++j) {
+          const double u = static_cast<double>(i) / steps, v = static_cast<double>(j) / steps;
+          double d2 = 0.0;
+          for (int k = 0; k < 3; ++k) {
+            const double s = u * t.a[k] + v * t.b[k] + (1.0 - u - v) * t.c[k];
+            d2 += (s - p[k]) * (s - p[k]);
+          }
+          sampled = std::min(sampled, d2);
+        }
+      const double distance = std::sqrt(c.distance2);
+      EXPECT_LE(distance, std::sqrt(sampled) + 1e-9);
+      EXPECT_GE(distance, std::sqrt(sampled) - 3.0 * longest / steps - 1e-9);
+    }
+  }
+}
+
+TEST(ClosestPointQueryTest, AgreesWithBruteForceOnRandomMeshes) {
+  std::mt19937 random(1234);
+  std::vector<std::pair<const char*, TriangleSoup>> meshes;
+  meshes.emplace_back("spindle", FromPolygons(myo_scenes::MakeSpindle(12, 16, 4.0f, 1.0f)));
+  meshes.emplace_back("grid", FromPolygons(myo_scenes::MakeGrid(20, 15, 3.0f, 2.0f)));
+  meshes.emplace_back("sparse soup", RandomSoup(random, 300, 2.0f, 0.4f));
+  meshes.emplace_back("dense soup", RandomSoup(random, 2000, 1.0f, 0.05f));
+  meshes.emplace_back("tiny soup", RandomSoup(random, 5, 1.0f, 0.5f));
+  for (const auto& [name, mesh] : meshes) {
+    SCOPED_TRACE(name);
+    ClosestPointQuery query;
+    query.Build(mesh.points, mesh.triangles, mesh.counts);
+    ASSERT_FALSE(query.Empty());
+    const std::vector<float> points = QueryPoints(random, mesh, 1500);
+    for (size_t i = 0; i < points.size(); i += 3) {
+      ExpectSameAsBruteForce(query, mesh, &points[i], -1.0f);
+      ExpectSameAsBruteForce(query, mesh, &points[i], 0.1f);
+    }
+  }
+}
+
+// A flat grid has many exact ties (points above shared edges and corners):
+// the lowest triangle index must win, as in the brute-force loop.
+TEST(ClosestPointQueryTest, TiesGoToTheLowestTriangle) {
+  const TriangleSoup grid = FromPolygons(myo_scenes::MakeGrid(8, 8, 8.0f, 8.0f));
+  ClosestPointQuery query;
+  query.Build(grid.points, grid.triangles, grid.counts);
+  for (float x = -4.5f; x <= 4.5f; x += 0.5f)
+    for (float z = -4.5f; z <= 4.5f; z += 0.5f) {
+      const float p[3] = {x, 0.25f, z};
+      ExpectSameAsBruteForce(query, grid, p, -1.0f);
+    }
+}
+
+TEST(ClosestPointQueryTest, MaxDistanceLimitsTheReach) {
+  const TriangleSoup grid = FromPolygons(myo_scenes::MakeGrid(4, 4, 2.0f, 2.0f));
+  ClosestPointQuery query;
+  query.Build(grid.points, grid.triangles, grid.counts);
+  ClosestPointHit hit;
+  const float above[3] = {0.1f, 0.5f, 0.2f};
+  EXPECT_TRUE(query.Closest(above, 0.5f, hit));
+  EXPECT_EQ(hit.distance, 0.5f);
+  EXPECT_FALSE(query.Closest(above, std::nextafter(0.5f, 0.0f), hit));
+  const float just_beyond[3] = {0.1f, std::nextafter(0.5f, 1.0f), 0.2f};
+  EXPECT_FALSE(query.Closest(just_beyond, 0.5f, hit));
+  EXPECT_TRUE(query.Closest(above, -1.0f, hit));
+  EXPECT_TRUE(query.Closest(above, std::numeric_limits<float>::infinity(), hit));
+  // On the surface, a reach of zero is enough.
+  const float on[3] = {0.1f, 0.0f, 0.2f};
+  EXPECT_TRUE(query.Closest(on, 0.0f, hit));
+  EXPECT_EQ(hit.distance, 0.0f);
+  // Beyond the corner the distance runs diagonally.
+  const float corner[3] = {1.3f, 0.4f, 1.0f};
+  const float diagonal = static_cast<float>(std::sqrt(0.3 * 0.3 + 0.4 * 0.4));
+  EXPECT_FALSE(query.Closest(corner, 0.45f, hit));
+  EXPECT_TRUE(query.Closest(corner, 0.55f, hit));
+  EXPECT_NEAR(hit.distance, diagonal, 1e-6f);
+  EXPECT_FLOAT_EQ(hit.point[0], 1.0f);
+  EXPECT_FLOAT_EQ(hit.point[1], 0.0f);
+}
+
+TEST(ClosestPointQueryTest, DegenerateAndNonFiniteTriangles) {
+  const float nan = std::numeric_limits<float>::quiet_NaN();
+  TriangleSoup mesh;
+  mesh.points = {0, 0, 0,  2, 0, 0,  4, 0, 0,     // 0-2 collinear along x
+                 0, 3, 0,  0, 3, 0,  0, 5, 0,     // 3-5 repeated point, segment along y
+                 7, 7, 7,                         // 6 lone point
+                 nan, 0, 0, 9, 9, 9};             // 7 not finite, 8
+  mesh.triangles = {0, 1, 2, 3, 4, 5, 6, 6, 6, 7, 8, 8};
+  mesh.counts = {1, 1, 1, 1};
+  ClosestPointQuery query;
+  query.Build(mesh.points, mesh.triangles, mesh.counts);
+  ASSERT_FALSE(query.Empty());
+
+  ClosestPointHit hit;
+  const float above_segment[3] = {3.0f, -1.0f, 0.0f};
+  ASSERT_TRUE(query.Closest(above_segment, -1.0f, hit));
+  EXPECT_EQ(hit.triangle, 0);
+  EXPECT_FLOAT_EQ(hit.point[0], 3.0f);
+  EXPECT_FLOAT_EQ(hit.distance, 1.0f);
+  const float beside_repeated[3] = {-0.5f, 4.0f, 0.0f};
+  ASSERT_TRUE(query.Closest(beside_repeated, -1.0f, hit));
+  EXPECT_EQ(hit.triangle, 1);
+  EXPECT_FLOAT_EQ(hit.point[1], 4.0f);
+  EXPECT_FLOAT_EQ(hit.distance, 0.5f);
+  const float near_lone[3] = {7.0f, 7.0f, 8.0f};
+  ASSERT_TRUE(query.Closest(near_lone, -1.0f, hit));
+  EXPECT_EQ(hit.triangle, 2);
+  EXPECT_FLOAT_EQ(hit.distance, 1.0f);
+  // The triangle with a NaN corner is never hit, even right at its finite corner.
+  const float at_bad[3] = {9.0f, 9.0f, 9.0f};
+  ASSERT_TRUE(query.Closest(at_bad, -1.0f, hit));
+  EXPECT_NE(hit.triangle, 3);
+  EXPECT_TRUE(std::isfinite(hit.distance));
+
+  std::mt19937 random(5);
+  std::uniform_real_distribution<float> unit(-10.0f, 10.0f);
+  for (int i = 0; i < 500; ++i) {
+    const float p[3] = {unit(random), unit(random), unit(random)};
+    ExpectSameAsBruteForce(query, mesh, p, -1.0f);
+  }
+  const float nan_point[3] = {nan, 0.0f, 0.0f};
+  EXPECT_FALSE(query.Closest(nan_point, -1.0f, hit));
+}
+
+TEST(ClosestPointQueryTest, EmptyOrInconsistentInputGivesAnEmptyQuery) {
+  const std::vector<float> points = {0, 0, 0, 1, 0, 0, 0, 1, 0};
+  const float p[3] = {0.0f, 0.0f, 1.0f};
+  ClosestPointHit hit;
+  ClosestPointQuery query;
+  EXPECT_TRUE(query.Empty());
+  EXPECT_FALSE(query.Closest(p, -1.0f, hit));
+
+  query.Build(points, {0, 1, 2}, {1});
+  EXPECT_FALSE(query.Empty());
+  query.Build(points, {0, 1, 2}, {2});  // counts exceed the triangles
+  EXPECT_TRUE(query.Empty());
+  EXPECT_FALSE(query.Closest(p, -1.0f, hit));
+  query.Build(points, {0, 1, 3}, {1});  // index out of range
+  EXPECT_TRUE(query.Empty());
+  query.Build(points, {0, 1}, {});  // not whole triangles
+  EXPECT_TRUE(query.Empty());
+  query.Build(points, {}, {});
+  EXPECT_TRUE(query.Empty());
+  const float nan = std::numeric_limits<float>::quiet_NaN();
+  query.Build({nan, 0, 0, 1, 0, 0, 0, 1, 0}, {0, 1, 2}, {1});  // nothing usable
+  EXPECT_TRUE(query.Empty());
+}
+
+// Quads and pentagons side by side in the xy plane: a point above each
+// triangle's centroid must report that triangle, its polygon and its place
+// within the polygon.
+TEST(ClosestPointQueryTest, ReportsPolygonAndTriangleWithinIt) {
+  myo_scenes::PolygonMesh polygons;
+  std::vector<int32_t> expected_polygon, expected_in_polygon;
+  for (int i = 0; i < 12; ++i) {
+    const float x = 1.5f * i;
+    const int32_t base = static_cast<int32_t>(polygons.points.size() / 3);
+    if (i % 2 == 0) {
+      polygons.points.insert(polygons.points.end(), {x, 0, 0, x + 1, 0, 0, x + 1, 1, 0, x, 1, 0});
+      polygons.vertex_counts.push_back(4);
+      polygons.vertices.insert(polygons.vertices.end(), {base, base + 1, base + 2, base + 3});
+    } else {
+      // A house with its roof dented in: concave pentagon.
+      polygons.points.insert(polygons.points.end(),
+                             {x, 0, 0, x + 1, 0, 0, x + 1, 1, 0, x + 0.5f, 0.6f, 0, x, 1, 0});
+      polygons.vertex_counts.push_back(5);
+      polygons.vertices.insert(polygons.vertices.end(),
+                               {base, base + 1, base + 2, base + 3, base + 4});
+    }
+    for (int k = 0; k < polygons.vertex_counts.back() - 2; ++k) {
+      expected_polygon.push_back(i);
+      expected_in_polygon.push_back(k);
+    }
+  }
+  const TriangleSoup mesh = FromPolygons(polygons);
+  ASSERT_EQ(mesh.triangles.size(), 3 * expected_polygon.size());
+  ClosestPointQuery query;
+  query.Build(mesh.points, mesh.triangles, mesh.counts);
+  for (size_t t = 0; t < expected_polygon.size(); ++t) {
+    float p[3] = {0.0f, 0.0f, 0.3f};
+    for (int k = 0; k < 3; ++k)
+      for (int axis = 0; axis < 2; ++axis) p[axis] += mesh.points[3 * mesh.triangles[3 * t + k] + axis] / 3.0f;
+    ClosestPointHit hit;
+    ASSERT_TRUE(query.Closest(p, -1.0f, hit));
+    EXPECT_EQ(hit.triangle, static_cast<int32_t>(t));
+    EXPECT_EQ(hit.polygon, expected_polygon[t]);
+    EXPECT_EQ(hit.triangle_in_polygon, expected_in_polygon[t]);
+    EXPECT_FLOAT_EQ(hit.distance, 0.3f);
+    EXPECT_GT(hit.bary_u, 0.0f);
+    EXPECT_GT(hit.bary_v, 0.0f);
+    EXPECT_GT(1.0f - hit.bary_u - hit.bary_v, 0.0f);
+  }
+}
+
+TEST(ClosestPointQueryTest, ConcurrentQueriesGiveTheSameAnswers) {
+  const TriangleSoup mesh = FromPolygons(myo_scenes::MakeSpindle(30, 40, 4.0f, 1.0f));
+  ClosestPointQuery query;
+  query.Build(mesh.points, mesh.triangles, mesh.counts);
+  std::mt19937 random(99);
+  const std::vector<float> points = QueryPoints(random, mesh, 4000);
+  const size_t count = points.size() / 3;
+  std::vector<ClosestPointHit> serial(count);
+  for (size_t i = 0; i < count; ++i) query.Closest(&points[3 * i], -1.0f, serial[i]);
+
+  const int thread_count = 4;
+  std::vector<std::vector<ClosestPointHit>> parallel(thread_count,
+                                                     std::vector<ClosestPointHit>(count));
+  std::vector<std::thread> threads;
+  for (int t = 0; t < thread_count; ++t)
+    threads.emplace_back([&, t] {
+      for (size_t i = 0; i < count; ++i) query.Closest(&points[3 * i], -1.0f, parallel[t][i]);
+    });
+  for (std::thread& thread : threads) thread.join();
+  for (int t = 0; t < thread_count; ++t)
+    for (size_t i = 0; i < count; ++i) {
+      ASSERT_EQ(parallel[t][i].triangle, serial[i].triangle);
+      ASSERT_EQ(parallel[t][i].distance, serial[i].distance);
+    }
+}
+
+}  // namespace
+}  // namespace myo_core

@@ -1,0 +1,288 @@
+#include "core/mesh/mesh_data.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <map>
+#include <set>
+#include <utility>
+
+#include "scenes/muscle_meshes.h"
+
+namespace myo_core {
+namespace {
+
+MeshData Build(const std::vector<float>& points, const std::vector<int32_t>& counts,
+               const std::vector<int32_t>& vertices) {
+  MeshData mesh;
+  std::string error;
+  EXPECT_TRUE(BuildMeshData(points, counts, vertices, mesh, error)) << error;
+  EXPECT_TRUE(error.empty());
+  return mesh;
+}
+
+std::vector<int32_t> Range(const std::vector<int32_t>& offsets, const std::vector<int32_t>& values,
+                           int32_t v) {
+  return std::vector<int32_t>(values.begin() + offsets[v], values.begin() + offsets[v + 1]);
+}
+
+// Twice the signed area of a triangle of the xy plane.
+double SignedArea2(const MeshData& mesh, const int32_t* tri) {
+  const float* a = &mesh.points[3 * tri[0]];
+  const float* b = &mesh.points[3 * tri[1]];
+  const float* c = &mesh.points[3 * tri[2]];
+  return (static_cast<double>(b[0]) - a[0]) * (static_cast<double>(c[1]) - a[1]) -
+         (static_cast<double>(b[1]) - a[1]) * (static_cast<double>(c[0]) - a[0]);
+}
+
+// Even-odd test of a point against a polygon of the xy plane.
+bool InsidePolygon(const std::vector<float>& points, const std::vector<int32_t>& loop, double x,
+                   double y) {
+  bool inside = false;
+  for (size_t i = 0, j = loop.size() - 1; i < loop.size(); j = i++) {
+    const double xi = points[3 * loop[i]], yi = points[3 * loop[i] + 1];
+    const double xj = points[3 * loop[j]], yj = points[3 * loop[j] + 1];
+    if ((yi > y) != (yj > y) && x < (xj - xi) * (y - yi) / (yj - yi) + xi) inside = !inside;
+  }
+  return inside;
+}
+
+// Two unit quads side by side, sharing the edge 1-4:
+//   3 -- 4 -- 5
+//   |    |    |
+//   0 -- 1 -- 2
+TEST(MeshDataTest, TwoQuadsNumberEdgesByFirstAppearance) {
+  const std::vector<float> points = {0, 0, 0, 1, 0, 0, 2, 0, 0, 0, 1, 0, 1, 1, 0, 2, 1, 0};
+  const MeshData mesh = Build(points, {4, 4}, {0, 1, 4, 3, 1, 2, 5, 4});
+
+  EXPECT_EQ(mesh.PointCount(), 6u);
+  EXPECT_EQ(mesh.polygon_vertex_offsets, (std::vector<int32_t>{0, 4}));
+  // Second quad walks 1-2, 2-5, 5-4 (new) and 4-1, which is edge 1 (1-4).
+  EXPECT_EQ(mesh.edge_vertices,
+            (std::vector<int32_t>{0, 1, 1, 4, 4, 3, 3, 0, 1, 2, 2, 5, 5, 4}));
+  EXPECT_EQ(mesh.vertex_edge_offsets, (std::vector<int32_t>{0, 2, 5, 7, 9, 12, 14}));
+  EXPECT_EQ(Range(mesh.vertex_edge_offsets, mesh.vertex_edges, 1), (std::vector<int32_t>{0, 1, 4}));
+  EXPECT_EQ(Range(mesh.vertex_edge_offsets, mesh.vertex_neighbors, 1),
+            (std::vector<int32_t>{0, 4, 2}));
+  EXPECT_EQ(Range(mesh.vertex_edge_offsets, mesh.vertex_edges, 4), (std::vector<int32_t>{1, 2, 6}));
+  EXPECT_EQ(Range(mesh.vertex_edge_offsets, mesh.vertex_neighbors, 4),
+            (std::vector<int32_t>{1, 3, 5}));
+  EXPECT_EQ(mesh.vertex_face_offsets, (std::vector<int32_t>{0, 1, 3, 4, 5, 7, 8}));
+  EXPECT_EQ(Range(mesh.vertex_face_offsets, mesh.vertex_faces, 1), (std::vector<int32_t>{0, 1}));
+  EXPECT_EQ(Range(mesh.vertex_face_offsets, mesh.vertex_faces, 5), (std::vector<int32_t>{1}));
+  // Convex quads become the fan from their first vertex.
+  EXPECT_EQ(mesh.polygon_triangle_counts, (std::vector<int32_t>{2, 2}));
+  EXPECT_EQ(mesh.triangle_vertices, (std::vector<int32_t>{0, 1, 4, 0, 4, 3, 1, 2, 5, 1, 5, 4}));
+}
+
+TEST(MeshDataTest, TriangleFanAndUnusedPoint) {
+  // Centre 0, rim 1..4 (a closed fan), point 5 unused.
+  const std::vector<float> points = {0, 0, 0, 1, 0, 0, 0, 1, 0, -1, 0, 0, 0, -1, 0, 5, 5, 5};
+  const MeshData mesh = Build(points, {3, 3, 3, 3}, {0, 1, 2, 0, 2, 3, 0, 3, 4, 0, 4, 1});
+
+  EXPECT_EQ(mesh.edge_vertices, (std::vector<int32_t>{0, 1, 1, 2, 2, 0, 2, 3, 3, 0, 3, 4, 4, 0,
+                                                      4, 1}));
+  // Each triangle kept exactly, in order.
+  EXPECT_EQ(mesh.triangle_vertices,
+            (std::vector<int32_t>{0, 1, 2, 0, 2, 3, 0, 3, 4, 0, 4, 1}));
+  EXPECT_EQ(Range(mesh.vertex_edge_offsets, mesh.vertex_edges, 0),
+            (std::vector<int32_t>{0, 2, 4, 6}));
+  EXPECT_EQ(Range(mesh.vertex_edge_offsets, mesh.vertex_neighbors, 0),
+            (std::vector<int32_t>{1, 2, 3, 4}));
+  EXPECT_EQ(Range(mesh.vertex_face_offsets, mesh.vertex_faces, 0),
+            (std::vector<int32_t>{0, 1, 2, 3}));
+  EXPECT_EQ(Range(mesh.vertex_face_offsets, mesh.vertex_faces, 1), (std::vector<int32_t>{0, 3}));
+  EXPECT_TRUE(Range(mesh.vertex_edge_offsets, mesh.vertex_edges, 5).empty());
+  EXPECT_TRUE(Range(mesh.vertex_face_offsets, mesh.vertex_faces, 5).empty());
+  EXPECT_EQ(mesh.vertex_edge_offsets.size(), 7u);
+  EXPECT_EQ(mesh.vertex_face_offsets.size(), 7u);
+}
+
+// Concave polygons: the triangles must cover exactly the polygon, keep its
+// winding, and each lie inside it.
+TEST(MeshDataTest, ConcavePolygonsAreTriangulatedInside) {
+  struct Shape {
+    const char* name;
+    std::vector<float> xy;
+  };
+  const std::vector<Shape> shapes = {
+      // Reflex vertex at position 1: a fan from vertex 0 would leave the polygon.
+      {"arrow", {0, 0, 2, 1, 4, 0, 2, 4}},
+      {"L", {0, 0, 3, 0, 3, 1, 1, 1, 1, 3, 0, 3}},
+      {"comb", {0, 0, 5, 0, 5, 3, 4, 3, 4, 1, 3, 1, 3, 3, 2, 3, 2, 1, 1, 1, 1, 3, 0, 3}},
+      {"star", {0, 3, 1, 1, 3, 1, 1.5f, -0.5f, 2, -3, 0, -1.5f, -2, -3, -1.5f, -0.5f, -3, 1, -1, 1}},
+  };
+  for (const Shape& shape : shapes) {
+    for (bool reversed : {false, true}) {
+      SCOPED_TRACE(std::string(shape.name) + (reversed ? " clockwise" : " counter-clockwise"));
+      const int32_t n = static_cast<int32_t>(shape.xy.size() / 2);
+      std::vector<float> points;
+      for (int32_t i = 0; i < n; ++i) points.insert(points.end(), {shape.xy[2 * i], shape.xy[2 * i + 1], 0.0f});
+      std::vector<int32_t> loop(n);
+      for (int32_t i = 0; i < n; ++i) loop[i] = reversed ? n - 1 - i : i;
+      const MeshData mesh = Build(points, {n}, loop);
+
+      ASSERT_EQ(mesh.polygon_triangle_counts, (std::vector<int32_t>{n - 2}));
+      ASSERT_EQ(mesh.TriangleCount(), static_cast<uint32_t>(n - 2));
+      double polygon_area2 = 0.0;
+      for (int32_t i = 0; i < n; ++i) {
+        const int32_t a = loop[i], b = loop[(i + 1) % n];
+        polygon_area2 += static_cast<double>(points[3 * a]) * points[3 * b + 1] -
+                         static_cast<double>(points[3 * b]) * points[3 * a + 1];
+      }
+      double total2 = 0.0;
+      for (uint32_t t = 0; t < mesh.TriangleCount(); ++t) {
+        const int32_t* tri = &mesh.triangle_vertices[3 * t];
+        const double area2 = SignedArea2(mesh, tri);
+        EXPECT_GT(area2 * polygon_area2, 0.0) << "triangle " << t << " flips the winding";
+        total2 += area2;
+        const double cx = (points[3 * tri[0]] + points[3 * tri[1]] + points[3 * tri[2]]) / 3.0;
+        const double cy =
+            (points[3 * tri[0] + 1] + points[3 * tri[1] + 1] + points[3 * tri[2] + 1]) / 3.0;
+        EXPECT_TRUE(InsidePolygon(points, loop, cx, cy)) << "triangle " << t << " lies outside";
+      }
+      EXPECT_NEAR(total2, polygon_area2, 1e-9 * std::fabs(polygon_area2));
+    }
+  }
+}
+
+// The same concave polygon tilted out of every axis plane triangulates as in
+// its own plane: the plane comes from the Newell normal, not a fixed axis.
+TEST(MeshDataTest, TiltedConcavePolygonMatchesFlatOne) {
+  const std::vector<float> xy = {0, 0, 3, 0, 3, 1, 1, 1, 1, 3, 0, 3};
+  std::vector<float> flat, tilted;
+  const double c = std::cos(0.7), s = std::sin(0.7);
+  for (size_t i = 0; i < xy.size(); i += 2) {
+    flat.insert(flat.end(), {xy[i], xy[i + 1], 0.0f});
+    // Rotate about x, then about z.
+    const double y1 = c * xy[i + 1], z1 = s * xy[i + 1];
+    tilted.insert(tilted.end(), {static_cast<float>(c * xy[i] - s * y1),
+                                 static_cast<float>(s * xy[i] + c * y1), static_cast<float>(z1)});
+  }
+  const std::vector<int32_t> loop = {0, 1, 2, 3, 4, 5};
+  EXPECT_EQ(Build(tilted, {6}, loop).triangle_vertices, Build(flat, {6}, loop).triangle_vertices);
+}
+
+TEST(MeshDataTest, DegenerateLoopsFallBackToFan) {
+  const std::vector<int32_t> fan = {0, 1, 2, 0, 2, 3, 0, 3, 4};
+  const float nan = std::numeric_limits<float>::quiet_NaN();
+  const float inf = std::numeric_limits<float>::infinity();
+  // All points on one line: no plane.
+  EXPECT_EQ(Build({0, 0, 0, 1, 0, 0, 2, 0, 0, 3, 0, 0, 4, 0, 0}, {5}, {0, 1, 2, 3, 4}).triangle_vertices,
+            fan);
+  // All points coincide.
+  EXPECT_EQ(Build(std::vector<float>(15, 1.0f), {5}, {0, 1, 2, 3, 4}).triangle_vertices, fan);
+  // Non-finite coordinates are accepted and give the fan.
+  EXPECT_EQ(Build({0, 0, 0, 1, 0, 0, nan, 1, 0, 1, 2, 0, 0, 1, 0}, {5}, {0, 1, 2, 3, 4})
+                .triangle_vertices,
+            fan);
+  EXPECT_EQ(Build({0, 0, 0, inf, 0, 0, 1, 1, 0, 1, 2, 0, 0, 1, 0}, {5}, {0, 1, 2, 3, 4})
+                .triangle_vertices,
+            fan);
+  // A self-intersecting bow tie still yields two triangles per quad.
+  const MeshData bow = Build({0, 0, 0, 1, 1, 0, 1, 0, 0, 0, 1, 0}, {4}, {0, 1, 2, 3});
+  EXPECT_EQ(bow.polygon_triangle_counts, (std::vector<int32_t>{2}));
+  EXPECT_EQ(bow.TriangleCount(), 2u);
+}
+
+TEST(MeshDataTest, RejectsBadInputWithOneMessageAndLeavesMeshAlone) {
+  const std::vector<float> square = {0, 0, 0, 1, 0, 0, 1, 1, 0, 0, 1, 0};
+  struct Case {
+    std::vector<float> points;
+    std::vector<int32_t> counts;
+    std::vector<int32_t> vertices;
+    std::string message;
+  };
+  const std::vector<Case> cases = {
+      {{0, 0, 0, 1}, {}, {}, "The point array holds 4 floats, which is not a multiple of 3."},
+      {square, {3, 2}, {0, 1, 2, 0, 1}, "Polygon 1 has 2 vertices; a polygon needs at least 3."},
+      {square, {3, -1}, {0, 1, 2}, "Polygon 1 has -1 vertices; a polygon needs at least 3."},
+      {square, {3, 4}, {0, 1, 2, 0, 1, 2},
+       "Polygon 1 needs vertex list entries 3 to 6, but the vertex list holds only 6 indices."},
+      {square, {3}, {0, 1, 2, 3},
+       "The vertex list holds 4 indices, but the polygon vertex counts cover only 3."},
+      {square, {3, 3}, {0, 1, 2, 0, 2, 4},
+       "Polygon 1 refers to vertex 4, outside the 4 points of the mesh."},
+      {square, {3, 3}, {0, 1, 2, -1, 2, 3},
+       "Polygon 1 refers to vertex -1, outside the 4 points of the mesh."},
+      {square, {3, 4}, {0, 1, 2, 0, 2, 3, 2}, "Polygon 1 lists vertex 2 twice."},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.message);
+    MeshData mesh = Build(square, {4}, {0, 1, 2, 3});
+    const MeshData before = mesh;
+    std::string error;
+    EXPECT_FALSE(BuildMeshData(c.points, c.counts, c.vertices, mesh, error));
+    EXPECT_EQ(error, c.message);
+    EXPECT_EQ(mesh.points, before.points);
+    EXPECT_EQ(mesh.edge_vertices, before.edge_vertices);
+    EXPECT_EQ(mesh.triangle_vertices, before.triangle_vertices);
+    EXPECT_EQ(mesh.vertex_faces, before.vertex_faces);
+  }
+}
+
+// Consistency of every table on a large closed mesh, checked against maps
+// built independently from the polygon loops.
+TEST(MeshDataTest, SpindleIsClosedWithEulerCharacteristicTwo) {
+  const myo_scenes::PolygonMesh spindle = myo_scenes::MakeSpindle(7, 9, 4.0f, 1.0f);
+  const MeshData mesh = Build(spindle.points, spindle.vertex_counts, spindle.vertices);
+
+  const int64_t v = mesh.PointCount(), e = mesh.EdgeCount(), f = mesh.PolygonCount();
+  EXPECT_EQ(v - e + f, 2);
+
+  std::map<std::pair<int32_t, int32_t>, int> polygons_per_edge;
+  std::map<std::pair<int32_t, int32_t>, int> directed_uses;
+  size_t offset = 0;
+  for (int32_t count : spindle.vertex_counts) {
+    for (int32_t k = 0; k < count; ++k) {
+      const int32_t a = spindle.vertices[offset + k];
+      const int32_t b = spindle.vertices[offset + (k + 1) % count];
+      ++polygons_per_edge[{std::min(a, b), std::max(a, b)}];
+      ++directed_uses[{a, b}];
+    }
+    offset += count;
+  }
+  ASSERT_EQ(polygons_per_edge.size(), static_cast<size_t>(e));
+  for (const auto& entry : polygons_per_edge) EXPECT_EQ(entry.second, 2);
+  // Consistently oriented: each directed edge appears once.
+  for (const auto& entry : directed_uses) EXPECT_EQ(entry.second, 1);
+
+  // Each edge id appears in exactly its two points' ranges, with the other end as neighbour.
+  for (uint32_t point = 0; point < mesh.PointCount(); ++point) {
+    const std::vector<int32_t> edges = Range(mesh.vertex_edge_offsets, mesh.vertex_edges, point);
+    const std::vector<int32_t> neighbours =
+        Range(mesh.vertex_edge_offsets, mesh.vertex_neighbors, point);
+    EXPECT_TRUE(std::is_sorted(edges.begin(), edges.end()));
+    for (size_t i = 0; i < edges.size(); ++i) {
+      const int32_t a = mesh.edge_vertices[2 * edges[i]];
+      const int32_t b = mesh.edge_vertices[2 * edges[i] + 1];
+      EXPECT_TRUE((a == static_cast<int32_t>(point) && b == neighbours[i]) ||
+                  (b == static_cast<int32_t>(point) && a == neighbours[i]));
+    }
+    const std::vector<int32_t> faces = Range(mesh.vertex_face_offsets, mesh.vertex_faces, point);
+    EXPECT_TRUE(std::is_sorted(faces.begin(), faces.end()));
+    EXPECT_EQ(std::set<int32_t>(faces.begin(), faces.end()).size(), faces.size());
+    // On a closed manifold a point has as many faces as edges.
+    EXPECT_EQ(faces.size(), edges.size());
+  }
+  EXPECT_EQ(mesh.vertex_edges.size(), static_cast<size_t>(2 * e));
+
+  // Triangulation of a closed mesh: 2 triangles per quad, still closed.
+  int64_t expected_triangles = 0;
+  for (int32_t count : spindle.vertex_counts) expected_triangles += count - 2;
+  EXPECT_EQ(static_cast<int64_t>(mesh.TriangleCount()), expected_triangles);
+  std::map<std::pair<int32_t, int32_t>, int> triangle_directed;
+  for (uint32_t t = 0; t < mesh.TriangleCount(); ++t)
+    for (int k = 0; k < 3; ++k)
+      ++triangle_directed[{mesh.triangle_vertices[3 * t + k],
+                           mesh.triangle_vertices[3 * t + (k + 1) % 3]}];
+  for (const auto& entry : triangle_directed) {
+    EXPECT_EQ(entry.second, 1);
+    EXPECT_EQ(triangle_directed.count({entry.first.second, entry.first.first}), 1u);
+  }
+}
+
+}  // namespace
+}  // namespace myo_core

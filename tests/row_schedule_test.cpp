@@ -1,0 +1,90 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstring>
+#include <random>
+#include <vector>
+
+#include "core/kernels/edge_constraints.h"
+#include "core/kernels/row_schedule.h"
+#include "core/kernels/shape_constraints.h"
+#include "scenes/muscle_meshes.h"
+#include "scenes/muscle_setup.h"
+
+using namespace myo_core;
+
+TEST(RowScheduleTest, RowsOfOneLevelShareNoPointAndKeepTableOrder) {
+  const std::vector<int32_t> starts{0, 1, 2, 0, 3, 4}, ends{1, 2, 3, 4, 5, 5};
+  const RowSchedule schedule = BuildRowSchedule({&starts, &ends}, 6);
+  ASSERT_EQ(schedule.order.size(), 6u);
+  EXPECT_EQ(schedule.level_offsets.front(), 0u);
+  EXPECT_EQ(schedule.level_offsets.back(), 6u);
+  std::vector<uint32_t> level_of(6);
+  for (std::size_t l = 0; l + 1 < schedule.level_offsets.size(); ++l)
+    for (uint32_t k = schedule.level_offsets[l]; k < schedule.level_offsets[l + 1]; ++k)
+      level_of[schedule.order[k]] = static_cast<uint32_t>(l);
+  for (int a = 0; a < 6; ++a)
+    for (int b = a + 1; b < 6; ++b) {
+      const bool share = starts[a] == starts[b] || starts[a] == ends[b] || ends[a] == starts[b] || ends[a] == ends[b];
+      if (share) {
+        EXPECT_LT(level_of[a], level_of[b]) << a << " " << b;
+      }
+    }
+  // Row 3 ({0, 4}) only waits for row 0, so it runs beside row 1 ({1, 2}).
+  EXPECT_EQ(level_of[3], 1u);
+  EXPECT_EQ(level_of[1], 1u);
+  EXPECT_EQ(schedule.level_offsets.size(), 6u);
+}
+
+// The whole point of the schedule: the same bits as solving in table order.
+TEST(RowScheduleTest, ScheduledRowsGiveTheBitsOfTableOrder) {
+  myo_scenes::MuscleScene scene;
+  myo_scenes::MuscleSetupOptions options;
+  options.shape_preservation = 1.0f;
+  options.tendon_ends = 1.0f;
+  std::string error;
+  ASSERT_TRUE(myo_scenes::AssembleMuscle(myo_scenes::MakeSpindle(24, 24, 10.0f, 2.0f), options, scene, error));
+  MuscleSolver& solver = scene.solver;
+  EdgeConstraints& edges = *solver.edge_constraints_;
+  ShapeConstraints& shape = *solver.shape_constraints_;
+  edges.activation_ = 0.4f;
+  edges.rest_activation_ = 0.1f;
+  edges.stretching_multiplier_ = 0.7f;
+  shape.group_compliance_ = 0.001f;
+  // Disturb the points so that every row does something.
+  std::mt19937 random(7);
+  std::uniform_real_distribution<float> jitter(-0.2f, 0.2f);
+  for (float& p : solver.positions_) p += jitter(random);
+  for (uint32_t i = 0; i < solver.point_count_; ++i) {
+    edges.inverse_masses_[i] = 0.5f + (i % 3) * 0.25f;
+    shape.inverse_masses_[i] = i % 5 == 0 ? 0.0f : 0.5f;
+  }
+
+  std::vector<float> table_positions = solver.positions_, table_lambdas(solver.lambdas_.size(), 0.0f);
+  for (int iteration = 0; iteration < 3; ++iteration) {
+    for (uint32_t e = 0; e < edges.RowCount(); ++e) {
+      const uint32_t i = edges.edge_start_[e], j = edges.edge_end_[e];
+      SolveEdgeConstraint(edges.lambda_base_ + e, e, i, j, edges.inverse_masses_[i], edges.inverse_masses_[j], 0.01f,
+                          edges.activation_, edges.rest_activation_, edges.rest_length_multiplier_,
+                          std::min(1.0f, edges.edge_compression_[e] * edges.compression_multiplier_),
+                          std::min(1.0f, edges.edge_stretching_[e] * edges.stretching_multiplier_),
+                          edges.rest_vectors_.data(), edges.edge_fibers_.data(), table_positions.data(),
+                          table_lambdas.data());
+    }
+    for (uint32_t r = 0; r < shape.RowCount(); ++r) {
+      const uint32_t a = shape.first_points_[r], b = shape.centre_points_[r], c = shape.third_points_[r];
+      SolveShapeConstraint(shape.lambda_base_ + r, a, b, c, shape.inverse_masses_[a], shape.inverse_masses_[b],
+                           shape.inverse_masses_[c], shape.group_compliance_, shape.rest_distances_[r],
+                           table_positions.data(), table_lambdas.data());
+    }
+  }
+
+  PrepareEdgeRows(edges, edges.rest_activation_);
+  for (int iteration = 0; iteration < 3; ++iteration) {
+    SolveEdgeRows(edges, 0.01f, solver.positions_.data(), solver.lambdas_.data());
+    SolveShapeRows(shape, solver.positions_.data(), solver.lambdas_.data());
+  }
+  ASSERT_EQ(table_positions.size(), solver.positions_.size());
+  EXPECT_EQ(0, std::memcmp(table_positions.data(), solver.positions_.data(), 4 * table_positions.size()));
+  EXPECT_EQ(0, std::memcmp(table_lambdas.data(), solver.lambdas_.data(), 4 * table_lambdas.size()));
+}
