@@ -41,7 +41,7 @@ Reference BruteForce(const TriangleSoup& mesh, const float p[3], float max_dista
       for (int axis = 0; axis < 3; ++axis) finite = finite && std::isfinite(corners[k][axis]);
     }
     if (!finite) continue;
-    const TriangleClosestPoint c = ClosestPointOnTriangle(query, corners[0], corners[1], corners[2]);
+    const TriangleClosestPoint c = ExactClosestPointOnTriangle(query, corners[0], corners[1], corners[2]);
     if (c.distance2 < best || (!result.found && c.distance2 == best)) {
       best = c.distance2;
       result = {true, static_cast<int32_t>(t), c};
@@ -154,7 +154,7 @@ TEST(ClosestPointQueryTest, TriangleRoutineMatchesDenseSampling) {
     SCOPED_TRACE(t.name);
     for (int q = 0; q < 40; ++q) {
       const double p[3] = {unit(random), unit(random), unit(random)};
-      const TriangleClosestPoint c = ClosestPointOnTriangle(p, t.a, t.b, t.c);
+      const TriangleClosestPoint c = ExactClosestPointOnTriangle(p, t.a, t.b, t.c);
       ASSERT_TRUE(std::isfinite(c.distance2));
       const double w = 1.0 - c.u - c.v;
       EXPECT_GE(c.u, 0.0);

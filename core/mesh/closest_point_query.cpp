@@ -11,8 +11,10 @@ namespace {
 
 constexpr int32_t kLeafSize = 4;    // a node of at most this many triangles is a leaf
 constexpr int32_t kBinCount = 16;   // centroid bins per axis for the surface area split
-constexpr int32_t kSahDepth = 40;   // below this depth, splits are median splits
-constexpr int32_t kStackSize = 96;  // > kSahDepth + 32 + 2, the deepest possible stack
+constexpr int32_t kSahDepth = 40;   // from this depth on, splits are median splits
+// The traversal stack holds at most one entry per level plus one; median
+// splits from kSahDepth on halve the count, so no path is longer than kSahDepth + 31.
+constexpr int32_t kStackSize = 96;
 
 // Pruning slack: a box is skipped only when it is farther than the best
 // distance by more than rounding could explain.
@@ -46,8 +48,6 @@ bool AllFinite(const float* values, int count) {
   return true;
 }
 
-}  // namespace
-
 // One triangle during the build. Items are permuted in place, so each level
 // of the build reads them sequentially.
 struct BuildItem {
@@ -56,11 +56,14 @@ struct BuildItem {
   int32_t triangle;   // global triangle index
 };
 
+}  // namespace
+
 struct ClosestPointQuery::BuildInput {
   std::vector<BuildItem> items;  // usable triangles, permuted into leaf order by the build
 };
 
 void ClosestPointQuery::Clear() {
+  root_ = Child();
   nodes_.clear();
   slot_corners_.clear();
   slot_triangles_.clear();
@@ -68,7 +71,7 @@ void ClosestPointQuery::Clear() {
   polygon_first_triangles_.clear();
 }
 
-bool ClosestPointQuery::Empty() const { return nodes_.empty(); }
+bool ClosestPointQuery::Empty() const { return slot_triangles_.empty(); }
 
 void ClosestPointQuery::Build(const std::vector<float>& points,
                               const std::vector<int32_t>& triangle_vertices,
@@ -125,9 +128,10 @@ void ClosestPointQuery::Build(const std::vector<float>& points,
     return;
   }
 
-  nodes_.reserve(input.items.size());
-  nodes_.emplace_back();
-  BuildNode(input, 0, 0, static_cast<int32_t>(input.items.size()), 0);
+  nodes_.reserve(input.items.size() / 2);
+  float root_min[3];
+  float root_max[3];
+  root_ = BuildSubtree(input, 0, static_cast<int32_t>(input.items.size()), 0, root_min, root_max);
   nodes_.shrink_to_fit();
 
   // Triangle corners in leaf order, so that a leaf reads one contiguous block.
@@ -143,8 +147,9 @@ void ClosestPointQuery::Build(const std::vector<float>& points,
   }
 }
 
-void ClosestPointQuery::BuildNode(BuildInput& input, int32_t node, int32_t begin, int32_t end,
-                                  int32_t depth) {
+ClosestPointQuery::Child ClosestPointQuery::BuildSubtree(BuildInput& input, int32_t begin,
+                                                        int32_t end, int32_t depth,
+                                                        float box_min[3], float box_max[3]) {
   BuildItem* items = input.items.data();
 
   // Box of the triangles and box of their centroids.
@@ -166,7 +171,6 @@ void ClosestPointQuery::BuildNode(BuildInput& input, int32_t node, int32_t begin
     magnitude = std::max({magnitude, std::fabs(static_cast<double>(box.min[k])),
                           std::fabs(static_cast<double>(box.max[k]))});
   const double widen = magnitude * (1.0 / 1048576.0);
-  Node& target = nodes_[node];
   for (int k = 0; k < 3; ++k) {
     const double low = box.min[k] - widen;
     const double high = box.max[k] + widen;
@@ -174,15 +178,16 @@ void ClosestPointQuery::BuildNode(BuildInput& input, int32_t node, int32_t begin
     float high_f = static_cast<float>(high);
     if (low_f > low) low_f = std::nextafter(low_f, -std::numeric_limits<float>::infinity());
     if (high_f < high) high_f = std::nextafter(high_f, std::numeric_limits<float>::infinity());
-    target.box_min[k] = low_f;
-    target.box_max[k] = high_f;
+    box_min[k] = low_f;
+    box_max[k] = high_f;
   }
 
   const int32_t count = end - begin;
   if (count <= kLeafSize) {
-    target.first = begin;
-    target.count = count;
-    return;
+    Child leaf;
+    leaf.first = begin;
+    leaf.count = count;
+    return leaf;
   }
 
   // Centroid bin along each axis; the extents are formed in double so that
@@ -263,13 +268,17 @@ void ClosestPointQuery::BuildNode(BuildInput& input, int32_t node, int32_t begin
                      });
   }
 
-  const int32_t left = static_cast<int32_t>(nodes_.size());
+  // Parent before children: the left subtree follows its parent in memory.
+  const int32_t index = static_cast<int32_t>(nodes_.size());
   nodes_.emplace_back();
-  nodes_.emplace_back();
-  nodes_[node].first = left;
-  nodes_[node].count = 0;
-  BuildNode(input, left, begin, middle, depth + 1);
-  BuildNode(input, left + 1, middle, end, depth + 1);
+  Node node;
+  node.child[0] = BuildSubtree(input, begin, middle, depth + 1, node.child_min[0], node.child_max[0]);
+  node.child[1] = BuildSubtree(input, middle, end, depth + 1, node.child_min[1], node.child_max[1]);
+  nodes_[index] = node;
+  Child internal;
+  internal.first = index;
+  internal.count = 0;
+  return internal;
 }
 
 namespace {
@@ -277,11 +286,7 @@ namespace {
 double BoxDistance2(const float* box_min, const float* box_max, const double* p) {
   double sum = 0.0;
   for (int k = 0; k < 3; ++k) {
-    double d = 0.0;
-    if (p[k] < box_min[k])
-      d = box_min[k] - p[k];
-    else if (p[k] > box_max[k])
-      d = p[k] - box_max[k];
+    const double d = std::max({0.0, box_min[k] - p[k], p[k] - box_max[k]});
     sum += d * d;
   }
   return sum;
@@ -290,7 +295,7 @@ double BoxDistance2(const float* box_min, const float* box_max, const double* p)
 }  // namespace
 
 bool ClosestPointQuery::Closest(const float p[3], float max_distance, ClosestPointHit& hit) const {
-  if (nodes_.empty() || !AllFinite(p, 3)) return false;
+  if (slot_triangles_.empty() || !AllFinite(p, 3)) return false;
   const double query[3] = {p[0], p[1], p[2]};
   // max_distance * max_distance is exact in double, so d2 <= it means the
   // float distance reported is <= max_distance.
@@ -300,23 +305,22 @@ bool ClosestPointQuery::Closest(const float p[3], float max_distance, ClosestPoi
   TriangleClosestPoint best;
 
   struct Pending {
-    int32_t node;
-    double distance2;
+    Child subtree;
+    double distance2;  // from the query point to the subtree's box
   };
   Pending stack[kStackSize];
   int32_t size = 0;
-  const Node& root = nodes_[0];
-  stack[size++] = {0, BoxDistance2(root.box_min, root.box_max, query)};
+  stack[size++] = {root_, 0.0};
 
   while (size > 0) {
     const Pending pending = stack[--size];
     if (pending.distance2 > best_distance2 * kPruneSlack) continue;
-    const Node& node = nodes_[pending.node];
-    if (node.count > 0) {
-      for (int32_t slot = node.first; slot < node.first + node.count; ++slot) {
+    if (pending.subtree.count > 0) {
+      const int32_t end = pending.subtree.first + pending.subtree.count;
+      for (int32_t slot = pending.subtree.first; slot < end; ++slot) {
         const float* corners = slot_corners_.data() + 9 * static_cast<size_t>(slot);
         const TriangleClosestPoint candidate =
-            ClosestPointOnTriangle(query, corners, corners + 3, corners + 6);
+            ExactClosestPointOnTriangle(query, corners, corners + 3, corners + 6);
         const int32_t triangle = slot_triangles_[slot];
         if (candidate.distance2 < best_distance2 ||
             (candidate.distance2 == best_distance2 && triangle < best_triangle)) {
@@ -328,10 +332,9 @@ bool ClosestPointQuery::Closest(const float p[3], float max_distance, ClosestPoi
       continue;
     }
     // Visit the nearer child first: push it last.
-    const Node& left = nodes_[node.first];
-    const Node& right = nodes_[node.first + 1];
-    Pending near{node.first, BoxDistance2(left.box_min, left.box_max, query)};
-    Pending far{node.first + 1, BoxDistance2(right.box_min, right.box_max, query)};
+    const Node& node = nodes_[pending.subtree.first];
+    Pending near{node.child[0], BoxDistance2(node.child_min[0], node.child_max[0], query)};
+    Pending far{node.child[1], BoxDistance2(node.child_min[1], node.child_max[1], query)};
     if (far.distance2 < near.distance2) std::swap(near, far);
     const double limit = best_distance2 * kPruneSlack;
     if (far.distance2 <= limit) stack[size++] = far;

@@ -22,10 +22,11 @@ class ClosestPointQuery {
   // points: 3V floats; triangle_vertices: 3T indices in polygon order;
   // polygon_triangle_counts: triangles per polygon (their sum must be T).
   // Rebuilding replaces the former hierarchy. An inconsistent triangulation
-  // (an index count not a multiple of 3, an index outside the points, a negative count,
-  // counts not summing to T) leaves the query empty. Triangles with a
-  // non-finite corner coordinate are left out of the hierarchy: they are never
-  // hit.
+  // (an index count not a multiple of 3, an index outside the points, a
+  // negative count, counts not summing to T) leaves the query empty. Triangles
+  // with a non-finite corner coordinate are left out of the hierarchy: they
+  // are never hit. The hierarchy splits by binned surface area heuristic down
+  // to leaves of at most four triangles.
   void Build(const std::vector<float>& points,
              const std::vector<int32_t>& triangle_vertices,
              const std::vector<int32_t>& polygon_triangle_counts);
@@ -34,7 +35,7 @@ class ClosestPointQuery {
 
   // Closest point within max_distance (a negative value means unlimited).
   // Among triangles at the same distance the lowest global index wins.
-  // Distances are compared squared in double, as ClosestPointOnTriangle gives
+  // Distances are compared squared in double, as ExactClosestPointOnTriangle gives
   // them, so the answer equals a loop over all triangles. A hit has
   // distance <= max_distance. Returns false (hit untouched) when the mesh is
   // empty, p is not finite, or nothing lies within reach. Safe to call from
@@ -42,20 +43,28 @@ class ClosestPointQuery {
   bool Closest(const float p[3], float max_distance, ClosestPointHit& hit) const;
 
  private:
-  // Node boxes hold their triangles' corners, widened by a hair so that
-  // rounding in the closest-point arithmetic never lands outside them.
-  struct Node {
-    float box_min[3];
-    float box_max[3];
-    int32_t first;  // internal: left child (the right one follows); leaf: first slot
-    int32_t count;  // triangles of a leaf; 0 for an internal node
+  // A subtree: an internal node, or a leaf as a range of slots.
+  struct Child {
+    int32_t first = 0;  // internal: node index; leaf: first slot
+    int32_t count = 0;  // triangles of a leaf; 0 for an internal node
+  };
+  // An internal node carries the boxes of both children, so one visit reads
+  // one cache line. Boxes hold their triangles' corners, widened by a hair so
+  // that rounding in the closest-point arithmetic never lands outside them.
+  struct alignas(64) Node {
+    float child_min[2][3];
+    float child_max[2][3];
+    Child child[2];
   };
   struct BuildInput;
 
   void Clear();
-  void BuildNode(BuildInput& input, int32_t node, int32_t begin, int32_t end, int32_t depth);
+  // Builds the subtree over input items [begin, end) and returns it with its box.
+  Child BuildSubtree(BuildInput& input, int32_t begin, int32_t end, int32_t depth,
+                     float box_min[3], float box_max[3]);
 
-  std::vector<Node> nodes_;                        // node 0 is the root
+  Child root_;                                     // the whole hierarchy
+  std::vector<Node> nodes_;                        // internal nodes, parents before children
   std::vector<float> slot_corners_;                // 9S, corners of the triangles in leaf order
   std::vector<int32_t> slot_triangles_;            // S, global triangle of each slot
   std::vector<int32_t> triangle_polygons_;         // T, polygon of each triangle

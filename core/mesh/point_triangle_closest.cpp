@@ -64,7 +64,7 @@ TriangleClosestPoint ClosestOnEdges(const double* p, const double* a, const doub
 
 }  // namespace
 
-TriangleClosestPoint ClosestPointOnTriangle(const double p[3], const float a_in[3],
+TriangleClosestPoint ExactClosestPointOnTriangle(const double p[3], const float a_in[3],
                                             const float b_in[3], const float c_in[3]) {
   const double a[3] = {a_in[0], a_in[1], a_in[2]};
   const double b[3] = {b_in[0], b_in[1], b_in[2]};

@@ -19,7 +19,7 @@ struct TriangleClosestPoint {
 // result is finite, lies on the triangle, and satisfies
 // point = u * a + v * b + (1 - u - v) * c up to rounding, with u, v, 1 - u - v
 // all in [0, 1].
-TriangleClosestPoint ClosestPointOnTriangle(const double p[3], const float a[3],
+TriangleClosestPoint ExactClosestPointOnTriangle(const double p[3], const float a[3],
                                             const float b[3], const float c[3]);
 
 }  // namespace myo_core

@@ -1,5 +1,6 @@
 #include "core/mesh/polygon_triangulation.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace myo_core {
@@ -93,24 +94,26 @@ bool AppendEarClipped(const int32_t* loop, int32_t n, PolygonTriangulationScratc
   auto turns_left = [&](int32_t corner) {
     return Orientation(xy + 2 * previous[corner], xy + 2 * corner, xy + 2 * next[corner]) > 0.0;
   };
-  int32_t not_convex_count = 0;
   for (int32_t k = 0; k < n; ++k) {
     next[k] = (k + 1) % n;
     previous[k] = (k + n - 1) % n;
   }
+  // Only corners that do not turn strictly left can lie inside an ear, so
+  // only they are tested; the list is kept compact after each clip.
+  std::vector<int32_t>& not_convex = scratch.not_convex;
+  not_convex.clear();
   for (int32_t k = 0; k < n; ++k) {
     convex[k] = turns_left(k) ? 1 : 0;
-    not_convex_count += convex[k] ? 0 : 1;
+    if (!convex[k]) not_convex.push_back(k);
   }
 
   auto is_ear = [&](int32_t corner) {
     if (!convex[corner]) return false;
     const int32_t p = previous[corner];
     const int32_t q = next[corner];
-    const int32_t blockers = not_convex_count - (convex[p] ? 0 : 1) - (convex[q] ? 0 : 1);
-    if (blockers == 0) return true;
-    for (int32_t v = next[q]; v != p; v = next[v]) {
-      if (!convex[v] && InsideOrOnTriangle(xy + 2 * p, xy + 2 * corner, xy + 2 * q, xy + 2 * v))
+    for (int32_t v : not_convex) {
+      if (v != p && v != q &&
+          InsideOrOnTriangle(xy + 2 * p, xy + 2 * corner, xy + 2 * q, xy + 2 * v))
         return false;
     }
     return true;
@@ -135,11 +138,16 @@ bool AppendEarClipped(const int32_t* loop, int32_t n, PolygonTriangulationScratc
     next[p] = q;
     previous[q] = p;
     --remaining;
+    // Only the two neighbours change their turn. A neighbour that stops
+    // turning left (possible in degenerate loops) joins the list.
     for (int32_t neighbour : {p, q}) {
-      not_convex_count -= convex[neighbour] ? 0 : 1;
+      const bool was_convex = convex[neighbour] != 0;
       convex[neighbour] = turns_left(neighbour) ? 1 : 0;
-      not_convex_count += convex[neighbour] ? 0 : 1;
+      if (was_convex && !convex[neighbour]) not_convex.push_back(neighbour);
     }
+    not_convex.erase(std::remove_if(not_convex.begin(), not_convex.end(),
+                                    [&](int32_t v) { return convex[v] != 0; }),
+                     not_convex.end());
     corner = q;
     misses = 0;
   }

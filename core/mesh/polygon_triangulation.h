@@ -28,10 +28,11 @@ namespace myo_core {
 // Reusable buffers, so that triangulating many polygons does not allocate per
 // polygon.
 struct PolygonTriangulationScratch {
-  std::vector<double> projected;      // 2n, loop points in the polygon plane
-  std::vector<int32_t> next;          // n, remaining corners as a cycle
-  std::vector<int32_t> previous;      // n
+  std::vector<double> projected;         // 2n, loop points in the polygon plane
+  std::vector<int32_t> next;             // n, remaining corners as a cycle
+  std::vector<int32_t> previous;         // n
   std::vector<uint8_t> strictly_convex;  // n, corner turns strictly left
+  std::vector<int32_t> not_convex;       // remaining corners that do not turn strictly left
 };
 
 // Appends the n - 2 triangles of `loop` (n point indices into `points`, 3 floats
