@@ -3,6 +3,7 @@
 
 #include <benchmark/benchmark.h>
 
+#include <chrono>
 #include <map>
 #include <memory>
 
@@ -34,6 +35,18 @@ std::size_t SolverBytes(const myo_core::MuscleSolver& s) {
          Bytes(e.schedule_levels_) + Bytes(e.frame_rows_) + Bytes(sh.schedule_);
 }
 
+// Wall time of the benchmark loop, for per-row and per-step counters.
+class LoopClock {
+ public:
+  LoopClock() : start_(std::chrono::steady_clock::now()) {}
+  double Nanoseconds() const {
+    return std::chrono::duration<double, std::nano>(std::chrono::steady_clock::now() - start_).count();
+  }
+
+ private:
+  std::chrono::steady_clock::time_point start_;
+};
+
 // One assembled muscle per size, kept across benchmark runs.
 myo_scenes::MuscleScene& SceneWithPoints(uint32_t points) {
   static std::map<uint32_t, std::unique_ptr<myo_scenes::MuscleScene>> scenes;
@@ -56,19 +69,38 @@ void BM_MuscleStep(benchmark::State& state) {
   frame.activation = 0.3f;
   frame.global_damping = 0.1f;
   myo_scenes::ApplyFrameSettings(frame, solver);
+  const LoopClock clock;
   for (auto _ : state) {
     myo_core::Step(solver);
     benchmark::ClobberMemory();
   }
+  const double ns = clock.Nanoseconds();
   const double n = solver.point_count_;
   state.counters["points"] = n;
   state.counters["edge_rows"] = solver.edge_constraints_->RowCount();
   state.counters["shape_rows"] = solver.shape_constraints_->RowCount();
   state.counters["bytes_per_point"] = static_cast<double>(SolverBytes(solver)) / n;
-  state.counters["ms_per_step"] =
-      benchmark::Counter(1e-3 * state.iterations(), benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
+  state.counters["ms_per_step"] = ns * 1e-6 / state.iterations();
 }
 BENCHMARK(BM_MuscleStep)->Arg(1000)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond);
+
+// The same step with the shape group switched off: edges and volume only.
+void BM_MuscleStepEdgesAndVolume(benchmark::State& state) {
+  myo_scenes::MuscleScene& scene = SceneWithPoints(static_cast<uint32_t>(state.range(0)));
+  myo_core::MuscleSolver& solver = scene.solver;
+  myo_scenes::FrameSettings frame;
+  frame.activation = 0.3f;
+  frame.global_damping = 0.1f;
+  myo_scenes::ApplyFrameSettings(frame, solver);
+  myo_core::SetShapeCompliance(*solver.shape_constraints_, frame.dt * frame.dt, solver.compliance_, 0.0f, true);
+  const LoopClock clock;
+  for (auto _ : state) {
+    myo_core::Step(solver);
+    benchmark::ClobberMemory();
+  }
+  state.counters["ms_per_step"] = clock.Nanoseconds() * 1e-6 / state.iterations();
+}
+BENCHMARK(BM_MuscleStepEdgesAndVolume)->Arg(10000)->Unit(benchmark::kMillisecond);
 
 // One Gauss-Seidel pass over the edge rows alone.
 void BM_EdgeRows(benchmark::State& state) {
@@ -77,13 +109,12 @@ void BM_EdgeRows(benchmark::State& state) {
   myo_scenes::ApplyFrameSettings(myo_scenes::FrameSettings{}, solver);
   auto& edges = *solver.edge_constraints_;
   myo_core::PrepareEdgeRows(edges, 0.0f);
+  const LoopClock clock;
   for (auto _ : state) {
     myo_core::SolveEdgeRows(edges, solver.compliance_, solver.positions_.data(), solver.lambdas_.data());
     benchmark::ClobberMemory();
   }
-  state.counters["ns_per_edge_row"] = benchmark::Counter(
-      static_cast<double>(edges.RowCount()) * state.iterations() * 1e-9,
-      benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
+  state.counters["ns_per_edge_row"] = clock.Nanoseconds() / (static_cast<double>(edges.RowCount()) * state.iterations());
   std::fill(solver.lambdas_.begin(), solver.lambdas_.end(), 0.0f);
 }
 BENCHMARK(BM_EdgeRows)->Arg(1000)->Arg(10000)->Arg(100000)->Unit(benchmark::kMicrosecond);
@@ -93,13 +124,12 @@ void BM_ShapeRows(benchmark::State& state) {
   myo_core::MuscleSolver& solver = scene.solver;
   myo_scenes::ApplyFrameSettings(myo_scenes::FrameSettings{}, solver);
   const auto& shape = *solver.shape_constraints_;
+  const LoopClock clock;
   for (auto _ : state) {
     myo_core::SolveShapeRows(shape, solver.positions_.data(), solver.lambdas_.data());
     benchmark::ClobberMemory();
   }
-  state.counters["ns_per_shape_row"] = benchmark::Counter(
-      static_cast<double>(shape.RowCount()) * state.iterations() * 1e-9,
-      benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
+  state.counters["ns_per_shape_row"] = clock.Nanoseconds() / (static_cast<double>(shape.RowCount()) * state.iterations());
   std::fill(solver.lambdas_.begin(), solver.lambdas_.end(), 0.0f);
 }
 BENCHMARK(BM_ShapeRows)->Arg(10000)->Unit(benchmark::kMicrosecond);
@@ -112,6 +142,7 @@ void BM_VolumeRow(benchmark::State& state) {
   myo_scenes::MuscleScene& scene = SceneWithPoints(static_cast<uint32_t>(state.range(0)));
   myo_core::MuscleSolver& solver = scene.solver;
   auto& volume = *solver.volume_constraint_;
+  const LoopClock clock;
   for (auto _ : state) {
     // A goal away from rest, so that every call does the whole work.
     myo_core::SolveVolumeConstraint(volume.lambda_base_, volume.rest_volume_, 0.0f, 1.01f, 1e-4f,
@@ -119,8 +150,7 @@ void BM_VolumeRow(benchmark::State& state) {
                                     solver.lambdas_, volume.gradients_);
     benchmark::ClobberMemory();
   }
-  state.counters["ns_per_point"] = benchmark::Counter(static_cast<double>(solver.point_count_) * state.iterations() * 1e-9,
-      benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
+  state.counters["ns_per_point"] = clock.Nanoseconds() / (static_cast<double>(solver.point_count_) * state.iterations());
   std::fill(solver.lambdas_.begin(), solver.lambdas_.end(), 0.0f);
 }
 BENCHMARK(BM_VolumeRow)->Arg(10000)->Unit(benchmark::kMicrosecond);
