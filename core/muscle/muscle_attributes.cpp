@@ -1,0 +1,185 @@
+#include "core/muscle/muscle_attributes.h"
+
+#include <algorithm>
+
+#include "core/tables/enum_tables.h"
+#include "core/tables/material_type.h"
+
+namespace myo_core {
+
+namespace {
+
+using T = AttributeType;
+constexpr uint32_t K = kKeyable;
+constexpr uint32_t A = kArray;
+constexpr uint32_t O = kAffectsOutput;
+
+AttributeSpec Scalar(const char* long_name, const char* short_name, T type, double value, uint32_t flags,
+                     std::optional<double> min = {}, std::optional<double> max = {},
+                     std::optional<double> soft_min = {}, std::optional<double> soft_max = {}) {
+  AttributeSpec spec;
+  spec.long_name = long_name;
+  spec.short_name = short_name;
+  spec.type = type;
+  spec.defaults = {value};
+  spec.flags = flags;
+  spec.min = min;
+  spec.max = max;
+  spec.soft_min = soft_min;
+  spec.soft_max = soft_max;
+  return spec;
+}
+
+AttributeSpec Enum(const char* long_name, const char* short_name, std::vector<EnumField> fields, double value,
+                   uint32_t flags) {
+  AttributeSpec spec = Scalar(long_name, short_name, T::kEnum, value, flags);
+  spec.fields = std::move(fields);
+  return spec;
+}
+
+AttributeSpec Compound(const char* long_name, const char* short_name, std::vector<std::string> children,
+                       uint32_t flags) {
+  AttributeSpec spec;
+  spec.long_name = long_name;
+  spec.short_name = short_name;
+  spec.type = T::kCompound;
+  spec.children = std::move(children);
+  spec.flags = flags;
+  return spec;
+}
+
+// A per-vertex map list: a compound array whose one child is the map.
+AttributeSpec List(const char* long_name, const char* short_name, const char* element, uint32_t flags) {
+  AttributeSpec spec = Compound(long_name, short_name, {element}, A | flags);
+  spec.array_of = element;
+  return spec;
+}
+
+AttributeSpec Typed(const char* long_name, const char* short_name, T type, uint32_t flags) {
+  AttributeSpec spec;
+  spec.long_name = long_name;
+  spec.short_name = short_name;
+  spec.type = type;
+  spec.flags = flags;
+  return spec;
+}
+
+AttributeTable BuildMuscleTable() {
+  AttributeTable t;
+  t.push_back(Scalar("enable", "e", T::kBool, 1, K | O));
+  t.push_back(Scalar("iterations", "it", T::kInt, 10, K, 1.0, {}, {}, 10.0));
+  t.push_back(Enum("material", "mat", EnumFieldsOf(MaterialType()), kMaterialMuscle, K));
+  t.push_back(Scalar("stiffnessMultiplier", "sm", T::kFloat, 1, K, 0.0, {}, {}, 2.0));
+  t.push_back(Enum("pointMassMode", "pmm", EnumFieldsOf(PointMassMode()), kPointMassByUniformValue, K));
+  t.push_back(Scalar("density", "d", T::kFloat, DefaultMuscleDensity(), K, 0.000001, {}, 0.001, 1000000.0));
+  t.push_back(Scalar("activation", "a", T::kFloat, 0, K, 0.0, 1.0));
+  t.push_back(Scalar("restActivation", "ra", T::kFloat, 0, K, 0.0, 0.999));
+  t.push_back(Scalar("volumePreservation", "vp", T::kFloat, 1, K, 0.0, 1.0));
+  t.push_back(Scalar("volumeRatio", "vr", T::kFloat, 1, K, 0.0, {}, {}, 2.0));
+  t.push_back(Scalar("timeScale", "ts", T::kFloat, 1, K, 0.001, {}, {}, 10.0));
+  t.push_back(Scalar("spaceScale", "ss", T::kFloat, 1, K, 0.001, {}, {}, 100.0));
+  t.push_back(Enum("spaceScaleMode", "ssm", EnumFieldsOf(SpaceScaleMode()), kSpaceScaleForces, K));
+  t.push_back(Scalar("gravity", "g", T::kFloat, 0, K, 0.0, {}, {}, 100.0));
+  t.push_back(Compound("gravityDirection", "gd", {"gravityDirectionX", "gravityDirectionY", "gravityDirectionZ"}, 0));
+  t.push_back(Scalar("gravityDirectionX", "gx", T::kFloat, 0, K));
+  t.push_back(Scalar("gravityDirectionY", "gy", T::kFloat, -1, K));
+  t.push_back(Scalar("gravityDirectionZ", "gz", T::kFloat, 0, K));
+  t.push_back(Scalar("useCustomStiffness", "ucs", T::kBool, 0, K));
+  t.push_back(Scalar("stiffness", "s", T::kFloat, 100000, K, 0.0, {}, {}, 1e12));
+  t.push_back(Scalar("overrideShapePreservationStiffness", "osps", T::kBool, 0, K));
+  t.push_back(Scalar("stiffnessShapePreservation", "ssp", T::kFloat, 1000, K, 0.0, {}, {}, 1e12));
+  t.push_back(Scalar("globalMassMultiplier", "gmm", T::kFloat, 1, K, 0.000001, {}, 0.001, 10.0));
+  t.push_back(Scalar("globalDampingMultiplier", "gdm", T::kFloat, 0.75, K, 0.0, {}, {}, 1.0));
+  t.push_back(Scalar("inertiaDamper", "idmp", T::kFloat, 0, K, 0.0, 1.0));
+  t.push_back(Scalar("restLengthMultiplier", "rlm", T::kFloat, 1, K, 0.0, {}, {}, 2.0));
+  t.push_back(Scalar("compressionMultiplier", "cm", T::kFloat, 1, K, 0.0, {}, {}, 2.0));
+  t.push_back(Scalar("stretchingMultiplier", "stretm", T::kFloat, 1, K, 0.0, {}, {}, 2.0));
+  t.push_back(Scalar("maxSlidingDistanceMultiplier", "msdm", T::kFloat, 1, A | kReadable, 0.0, 1.0));
+  t.push_back(List("maxSlidingDistanceMultiplierList", "msdml", "maxSlidingDistanceMultiplier", 0));
+  t.push_back(Scalar("maxSlidingDistance", "msld", T::kFloat, 0, 0, 0.0, {}, {}, 10.0));
+  t.push_back(Scalar("attenuationVelocityFactor", "avf", T::kFloat, 1, K, 0.0, 1.0));
+  t.push_back(Enum("slidingConstraintsMode", "scm", {{"Fast", 0}, {"Quality", 1}}, 0, K));
+  t.push_back(Typed("targetWorldMesh", "tgwm", T::kMesh, 0));
+  t.push_back(Typed("targetWorldMatrix", "tgwx", T::kMatrix, 0));
+  t.push_back(Scalar("attachmentToGeoConstraints", "agc", T::kFloat, 0, A | O, 0.0, 1.0));
+  t.push_back(Scalar("slideOnGeometryConstraints", "sgc", T::kFloat, 0, A | O, 0.0, 1.0));
+  t.push_back(Compound("targets", "tg",
+                       {"targetWorldMesh", "targetWorldMatrix", "attachmentToGeoConstraints",
+                        "slideOnGeometryConstraints"},
+                       A | O));
+  t.push_back(Scalar("hardAttachments", "ha", T::kBool, 1, K));
+  t.push_back(Scalar("prerollStartTime", "pst", T::kTime, 0, 0));
+  t.push_back(Scalar("startTime", "st", T::kTime, 0, 0));
+  t.push_back(Scalar("currentTime", "t", T::kTime, 0, O));
+  t.push_back(Scalar("globalDamping", "gdmp", T::kFloat, 1, A, 0.0, 1.0));
+  t.push_back(List("globalDampingList", "gdmpl", "globalDamping", 0));
+  t.push_back(Typed("attachmentMatrix", "attm", T::kMatrix, kStorable));
+  t.push_back(Scalar("attachmentConstraints", "attc", T::kFloat, 0, A | O));
+  AttributeSpec attachments = Compound("attachmentConstraintsList", "attcl",
+                                       {"attachmentMatrix", "attachmentConstraints"}, A | O);
+  t.push_back(attachments);
+  t.push_back(Scalar("tendons", "tn", T::kFloat, 0, A | O, 0.0, 1.0));
+  t.push_back(List("tendonsList", "tnl", "tendons", O));
+  t.push_back(Compound("fibers", "fb", {"fibersX", "fibersY", "fibersZ"}, A | O));
+  t.push_back(Scalar("fibersX", "fbx", T::kFloat, 0, 0));
+  t.push_back(Scalar("fibersY", "fby", T::kFloat, 1, 0));
+  t.push_back(Scalar("fibersZ", "fbz", T::kFloat, 0, 0));
+  t.push_back(List("fibersList", "fbl", "fibers", O));
+  t.push_back(Scalar("compressionResistance", "cr", T::kFloat, 1, A, 0.0, 1.0));
+  t.push_back(List("compressionResistanceList", "crl", "compressionResistance", 0));
+  t.push_back(Scalar("stretchingResistance", "sr", T::kFloat, 1, A, 0.0, 1.0));
+  t.push_back(List("stretchingResistanceList", "srl", "stretchingResistance", 0));
+  t.push_back(Scalar("shapePreservation", "sp", T::kFloat, 0, A, 0.0, 1.0));
+  t.push_back(List("shapePreservationList", "spl", "shapePreservation", 0));
+  t.push_back(Scalar("mass", "m", T::kFloat, 1, A, 0.000001, {}, 0.001, 10.0));
+  t.push_back(List("massList", "ml", "mass", 0));
+  AttributeSpec attenuation = Typed("attenuationMatrix", "am", T::kMatrix, kStorable);
+  attenuation.disconnect_behavior = 1;
+  t.push_back(attenuation);
+  AttributeSpec influence = Scalar("currentInfluence", "ci", T::kInt, 0, kHidden, -1.0);
+  influence.disconnect_behavior = 1;
+  t.push_back(influence);
+  t.push_back(Typed("slideOnSegmentRootMatrix", "ssrm", T::kMatrix, kStorable));
+  t.push_back(Typed("slideOnSegmentTipMatrix", "sstm", T::kMatrix, kStorable));
+  t.push_back(Scalar("slideOnSegmentConstraints", "ssc", T::kFloat, 0, A | O, 0.0, 1.0));
+  t.push_back(Compound("slideOnSegmentConstraintsList", "sscl",
+                       {"slideOnSegmentRootMatrix", "slideOnSegmentTipMatrix", "slideOnSegmentConstraints"}, A | O));
+  t.push_back(Scalar("debug", "db", T::kBool, 0, O));
+  t.push_back(Scalar("debugColorRed", "dbcr", T::kFloat, 0, 0));
+  t.push_back(Scalar("debugColorGreen", "dbcg", T::kFloat, 0, 0));
+  t.push_back(Scalar("debugColorBlue", "dbcb", T::kFloat, 0, 0));
+  AttributeSpec color = Compound("debugColor", "dbc", {"debugColorRed", "debugColorGreen", "debugColorBlue"},
+                                 kUsedAsColor | O);
+  color.type = T::kColor;
+  color.defaults = {1.0, 0.0, 0.0};
+  t.push_back(color);
+  t.push_back(Scalar("debugWidth", "dw", T::kFloat, 3, O, 0.0, {}, {}, 10.0));
+  t.push_back(Enum("debugFeature", "dbgf",
+                   {{"Attachments To Geometry", 1}, {"Attachments To Transform", 2}, {"Muscle Fibers", 4},
+                    {"Shape Preservation", 5}, {"Slide On Segment", 9}, {"Slide On Geometry", 8}},
+                   4, O));
+  t.push_back(Scalar("debugFibersScale", "dfs", T::kFloat, 1, O, 0.001, {}, {}, 10.0));
+  return t;
+}
+
+}  // namespace
+
+const AttributeTable& MuscleAttributes() {
+  static const AttributeTable table = BuildMuscleTable();
+  return table;
+}
+
+const AttributeTable& RibbonMuscleAttributes() {
+  static const AttributeTable table = [] {
+    AttributeTable t = BuildMuscleTable();
+    t.erase(std::remove_if(t.begin(), t.end(),
+                           [](const AttributeSpec& spec) {
+                             return spec.long_name == "volumePreservation" || spec.long_name == "volumeRatio";
+                           }),
+            t.end());
+    return t;
+  }();
+  return table;
+}
+
+}  // namespace myo_core
