@@ -8,14 +8,6 @@ using namespace myo_core;
 
 namespace {
 
-Matrix Translation(float x, float y, float z) {
-  Matrix m = IdentityMatrix();
-  m[12] = x;
-  m[13] = y;
-  m[14] = z;
-  return m;
-}
-
 Matrix RotationZ(double angle) {
   Matrix m = IdentityMatrix();
   m[0] = static_cast<float>(std::cos(angle));
@@ -32,7 +24,7 @@ void ExpectNear(const Matrix& a, const Matrix& b, float tolerance) {
 }  // namespace
 
 TEST(MatrixTest, TransformPointTakesRowVectorsWithTranslationInTheLastRow) {
-  const Vec3 p = TransformPoint({1.0f, 2.0f, 3.0f}, MultiplyMatrices(RotationZ(M_PI / 2), Translation(10, 0, 0)));
+  const Vec3 p = TransformPoint({1.0f, 2.0f, 3.0f}, MultiplyMatrices(RotationZ(M_PI / 2), TranslationMatrix(10, 0, 0)));
   EXPECT_NEAR(p.x, 10.0f - 2.0f, 1e-5f);
   EXPECT_NEAR(p.y, 1.0f, 1e-5f);
   EXPECT_NEAR(p.z, 3.0f, 1e-5f);
@@ -71,7 +63,7 @@ TEST(MatrixTest, IsIdentityIsExact) {
 }
 
 TEST(MatrixTest, InverseOfAffineGeneralAndSingularMatrices) {
-  const Matrix affine = MultiplyMatrices(RotationZ(0.7), Translation(1.0f, -2.0f, 3.5f));
+  const Matrix affine = MultiplyMatrices(RotationZ(0.7), TranslationMatrix(1.0f, -2.0f, 3.5f));
   ExpectNear(MultiplyMatrices(affine, InvertMatrix(affine)), IdentityMatrix(), 1e-6f);
 
   Matrix projective = affine;

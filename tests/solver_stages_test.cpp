@@ -9,14 +9,6 @@ using namespace myo_core;
 
 namespace {
 
-Matrix Translation(float x, float y, float z) {
-  Matrix m = IdentityMatrix();
-  m[12] = x;
-  m[13] = y;
-  m[14] = z;
-  return m;
-}
-
 // A small irregular body of four points.
 std::vector<float> Body() { return {0, 0, 0, 1, 0, 0, 0, 2, 0, 0, 0, 1.5f}; }
 
@@ -24,7 +16,7 @@ std::vector<float> Body() { return {0, 0, 0, 1, 0, 0, 0, 2, 0, 0, 0, 1.5f}; }
 
 TEST(AttenuationTest, ATranslatedMatrixCarriesBodyWithoutVelocity) {
   std::vector<float> positions = Body(), previous = Body(), velocities(12, 0.0f);
-  ApplyAttenuation(positions, previous, Translation(2, 0, -1), IdentityMatrix(), 1.0f);
+  ApplyAttenuation(positions, previous, TranslationMatrix(2, 0, -1), IdentityMatrix(), 1.0f);
   for (int i = 0; i < 4; ++i) {
     EXPECT_FLOAT_EQ(positions[3 * i], Body()[3 * i] + 2.0f);
     EXPECT_FLOAT_EQ(previous[3 * i + 2], Body()[3 * i + 2] - 1.0f);
@@ -35,7 +27,7 @@ TEST(AttenuationTest, ATranslatedMatrixCarriesBodyWithoutVelocity) {
 
 TEST(AttenuationTest, FactorScalesTheShareAndStillMatricesDoNothing) {
   std::vector<float> positions = Body(), previous = Body();
-  ApplyAttenuation(positions, previous, Translation(4, 0, 0), IdentityMatrix(), 0.25f);
+  ApplyAttenuation(positions, previous, TranslationMatrix(4, 0, 0), IdentityMatrix(), 0.25f);
   EXPECT_FLOAT_EQ(positions[3], 1.0f + 1.0f);
 
   // Factor 0, or a matrix equal to its previous value: nothing is touched,
@@ -43,12 +35,12 @@ TEST(AttenuationTest, FactorScalesTheShareAndStillMatricesDoNothing) {
   positions = Body();
   positions[0] = 7.0f;
   previous = Body();
-  ApplyAttenuation(positions, previous, Translation(4, 0, 0), IdentityMatrix(), 0.0f);
+  ApplyAttenuation(positions, previous, TranslationMatrix(4, 0, 0), IdentityMatrix(), 0.0f);
   EXPECT_EQ(positions[0], 7.0f);
-  ApplyAttenuation(positions, previous, Translation(4, 0, 0), Translation(4, 0, 0), 1.0f);
+  ApplyAttenuation(positions, previous, TranslationMatrix(4, 0, 0), TranslationMatrix(4, 0, 0), 1.0f);
   EXPECT_EQ(positions[0], 7.0f);
   // The position is rebuilt from the previous position when the matrix moves.
-  ApplyAttenuation(positions, previous, Translation(1, 0, 0), IdentityMatrix(), 1.0f);
+  ApplyAttenuation(positions, previous, TranslationMatrix(1, 0, 0), IdentityMatrix(), 1.0f);
   EXPECT_EQ(positions[0], 1.0f);
 }
 

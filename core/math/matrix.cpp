@@ -10,6 +10,14 @@ Matrix IdentityMatrix() {
           0.0f, 0.0f, 1.0f, 0.0f, 0.0f, 0.0f, 0.0f, 1.0f};
 }
 
+Matrix TranslationMatrix(float x, float y, float z) {
+  Matrix m = IdentityMatrix();
+  m[12] = x;
+  m[13] = y;
+  m[14] = z;
+  return m;
+}
+
 namespace {
 
 Vec3 HomogeneousDivide(Vec3 p, float x, float y, float z, float w) {

@@ -12,6 +12,9 @@ using Matrix = std::array<float, 16>;
 
 Matrix IdentityMatrix();
 
+// The identity with a translation in elements 12 to 14.
+Matrix TranslationMatrix(float x, float y, float z);
+
 // Row vector times matrix with the homogeneous divide. A w within 1e-6 of 0
 // returns p unchanged; otherwise each product is scaled by float(1.0 / w).
 Vec3 TransformPoint(Vec3 p, const Matrix& m);
