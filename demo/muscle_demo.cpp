@@ -10,6 +10,7 @@
 #include <string>
 
 #include "core/kernels/volume_constraint.h"
+#include "core/log/logger.h"
 #include "io/obj_mesh.h"
 #include "scenes/muscle_setup.h"
 
@@ -21,6 +22,7 @@ int main(int argc, char** argv) {
     return 2;
   }
 
+  myo_core::SetLevel(1);  // info and above, as the plug-in starts
   myo_core::PolygonMesh polygons;
   std::string error;
   if (!myo_io::ReadObjMesh(path, polygons, error)) {
@@ -45,6 +47,7 @@ int main(int argc, char** argv) {
               scene.mesh.TriangleCount());
   std::printf("%5s %10s %12s %12s %10s\n", "step", "activation", "volume", "max speed", "step us");
   myo_scenes::FrameSettings frame;
+  frame.global_damping = 0.75f;  // the deformer's default
   for (int step = 1; step <= steps; ++step) {
     // Activate over the second half of the run, to show the contraction.
     frame.activation = step > steps / 2 ? std::fmin(1.0f, 2.0f * (step - steps / 2) / steps) * 0.5f : 0.0f;
