@@ -35,6 +35,10 @@ struct MuscleNodeState {
   std::vector<float> attachment_to_geo_map_;
   std::vector<float> slide_on_geometry_map_;
   std::vector<float> max_sliding_map_;
+
+  // Longest world bounding-box diagonal among the target meshes of the last
+  // build; -1 before any build.
+  float largest_target_size_ = -1.0f;
 };
 
 // Takes the triangulation, the neighbour lists and the closest-point query

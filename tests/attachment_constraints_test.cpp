@@ -1,0 +1,306 @@
+// Attachments of points to animated matrices: kernel, stage, build from the
+// maps, assembly, and a muscle held at both ends by moving bones.
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <string>
+#include <vector>
+
+#include "core/kernels/attachment_constraints.h"
+#include "core/maps/map_store.h"
+#include "core/muscle/muscle_assembly.h"
+#include "scenes/muscle_meshes.h"
+#include "scenes/muscle_setup.h"
+#include "support/log_capture.h"
+
+using namespace myo_core;
+using namespace myo_scenes;
+
+namespace {
+
+// Uniform scale s, then translation (row vectors).
+Matrix Affine(float x, float y, float z, float s = 1.0f) {
+  Matrix m = IdentityMatrix();
+  m[0] = m[5] = m[10] = s;
+  m[12] = x;
+  m[13] = y;
+  m[14] = z;
+  return m;
+}
+
+// Solves one row of point 0 towards `matrix` with local position 0 unless given.
+Vec3 Solve(Vec3 point, const Matrix& matrix, float weight, float compliance, bool hard, float& lambda,
+           uint16_t flag = 0, const Matrix& world = IdentityMatrix(), Vec3 local = {0.0f, 0.0f, 0.0f}) {
+  float position[3] = {point.x, point.y, point.z};
+  const float local_position[3] = {local.x, local.y, local.z};
+  SolveAttachment(0, 0, 0, flag, weight, compliance, !IsIdentity(world), hard, world, InvertMatrix(world), matrix,
+                  local_position, position, &lambda);
+  return Load3(position, 0);
+}
+
+void ExpectNear(Vec3 actual, Vec3 expected, float tolerance) {
+  EXPECT_NEAR(actual.x, expected.x, tolerance);
+  EXPECT_NEAR(actual.y, expected.y, tolerance);
+  EXPECT_NEAR(actual.z, expected.z, tolerance);
+}
+
+}  // namespace
+
+TEST(AttachmentKernelTest, HardRowsBlendByTheMapValueAndLeaveTheMultiplier) {
+  // Quarter turn about z, then (1, 2, 3): the local point (0.5, 0, 0) sits at (1, 2.5, 3).
+  Matrix matrix = Affine(1.0f, 2.0f, 3.0f);
+  matrix[0] = matrix[5] = 0.0f;
+  matrix[1] = 1.0f;
+  matrix[4] = -1.0f;
+  float lambda = 0.75f;
+  ExpectNear(Solve({5.0f, -1.0f, 0.25f}, matrix, 1.0f, 0.5f, true, lambda, 0, IdentityMatrix(), {0.5f, 0.0f, 0.0f}),
+             {1.0f, 2.5f, 3.0f}, 0.0f);
+  ExpectNear(Solve({5.0f, -1.0f, 0.25f}, matrix, 0.25f, 0.5f, true, lambda, 0, IdentityMatrix(), {0.5f, 0.0f, 0.0f}),
+             {4.0f, -0.125f, 0.9375f}, 0.0f);
+  EXPECT_EQ(lambda, 0.75f);
+  // Rows below 1e-6 or flagged inert do nothing, hard or soft.
+  for (const bool hard : {false, true}) {
+    ExpectNear(Solve({4.0f, 0.0f, 0.0f}, matrix, 0.0000009f, 0.5f, hard, lambda), {4.0f, 0.0f, 0.0f}, 0.0f);
+    ExpectNear(Solve({4.0f, 0.0f, 0.0f}, matrix, 1.0f, 0.5f, hard, lambda, 1), {4.0f, 0.0f, 0.0f}, 0.0f);
+  }
+  EXPECT_EQ(lambda, 0.75f);
+}
+
+TEST(AttachmentKernelTest, SoftRowsAccumulateTheirMultiplier) {
+  const Matrix matrix = Affine(1.0f, 0.0f, 0.0f);
+  // C = 2 against a weighted norm 1 and compliance 1: half the way, lambda -1;
+  // then the multiplier balances the remaining C = 1 and nothing moves.
+  float lambda = 0.0f;
+  const Vec3 first = Solve({3.0f, 0.0f, 0.0f}, matrix, 1.0f, 1.0f, false, lambda);
+  ExpectNear(first, {2.0f, 0.0f, 0.0f}, 0.0f);
+  EXPECT_EQ(lambda, -1.0f);
+  ExpectNear(Solve(first, matrix, 1.0f, 1.0f, false, lambda), first, 0.0f);
+  EXPECT_EQ(lambda, -1.0f);
+  // Without compliance the row lands on the target whatever the weight.
+  lambda = 0.0f;
+  ExpectNear(Solve({3.0f, 0.0f, 0.0f}, matrix, 0.5f, 0.0f, false, lambda), {1.0f, 0.0f, 0.0f}, 0.0f);
+  EXPECT_EQ(lambda, -4.0f);
+  // On target: zero gradient, and the multiplier falls back to 0.
+  lambda = 0.3f;
+  ExpectNear(Solve({1.0f, 0.0f, 0.0f}, matrix, 1.0f, 0.5f, false, lambda), {1.0f, 0.0f, 0.0f}, 0.0f);
+  EXPECT_EQ(lambda, 0.0f);
+}
+
+TEST(AttachmentKernelTest, PointsGoThroughTheWorldMatrixAndBack) {
+  // Object space scaled by 2 and moved by (10, 0, 0): the world target
+  // (12, 4, 0) is the object point (1, 2, 0).
+  const Matrix world = Affine(10.0f, 0.0f, 0.0f, 2.0f);
+  for (const bool hard : {true, false}) {
+    float lambda = 0.0f;
+    ExpectNear(Solve({3.0f, 3.0f, 3.0f}, Affine(12.0f, 4.0f, 0.0f), 1.0f, 0.0f, hard, lambda, 0, world),
+               {1.0f, 2.0f, 0.0f}, 1e-5f);
+    // C is measured in world space: twice the object distance.
+    EXPECT_NEAR(lambda, hard ? 0.0f : -2.0f * std::sqrt(14.0f), 1e-5f);
+  }
+}
+
+TEST(AttachmentRowsTest, RowsAreSetMajorWithTheirOwnMultipliers) {
+  // Two attachments over three points; multipliers from row 4 on.
+  AttachmentConstraints group;
+  group.matrices_ = {Affine(0.0f, 0.0f, 0.0f), Affine(10.0f, 0.0f, 0.0f)};
+  group.inverse_masses_ = {1.0f, 0.0f, 1.0f, 0.0f, 1.0f, 1.0f};
+  group.row_flags_.assign(6, 0);
+  group.local_positions_.assign(18, 0.0f);
+  group.lambda_base_ = 4;
+  std::vector<float> lambdas = {7.0f, 7.0f, 7.0f, 7.0f, 0.0f, 0.0f, 0.0f, 0.0f, 0.0f, 0.0f, 7.0f};
+  std::vector<float> positions = {1.0f, 0.0f, 0.0f, 9.0f, 0.0f, 0.0f, 2.0f, 0.0f, 0.0f};
+  const Matrix identity = IdentityMatrix();
+  SolveAttachmentRows(group, 3, 0.0f, false, identity, identity, positions.data(), lambdas.data());
+  // Point 2 went to attachment 0 first, then on to attachment 1.
+  EXPECT_EQ(positions, (std::vector<float>{0.0f, 0.0f, 0.0f, 10.0f, 0.0f, 0.0f, 10.0f, 0.0f, 0.0f}));
+  EXPECT_EQ(lambdas, (std::vector<float>{7.0f, 7.0f, 7.0f, 7.0f, -1.0f, 0.0f, -2.0f, 0.0f, -1.0f, -10.0f, 7.0f}));
+
+  // The group's flag makes every row hard; a table without A N rows runs nothing.
+  group.hard_ = true;
+  group.inverse_masses_ = {0.5f, 0.0f, 0.0f, 0.0f, 0.0f, 0.0f};
+  positions[0] = 4.0f;
+  SolveAttachmentRows(group, 3, 0.0f, false, identity, identity, positions.data(), lambdas.data());
+  EXPECT_EQ(positions[0], 2.0f);
+  EXPECT_EQ(lambdas[4], -1.0f);
+  group.inverse_masses_.assign(3, 1.0f);
+  SolveAttachmentRows(group, 3, 0.0f, false, identity, identity, positions.data(), lambdas.data());
+  EXPECT_EQ(positions[0], 2.0f);
+}
+
+namespace {
+
+// Three rest points lifted by 1 in z by the world matrix; attachments at
+// (1, 0, 0) and scaled by 2.
+struct AttachmentBuild {
+  SolverData solver;
+  MapStore maps;
+  AttachmentConstraints group;
+  std::vector<float> weights;
+
+  AttachmentBuild() {
+    solver.point_count_ = 3;
+    solver.positions_ = {1.0f, 2.0f, 3.0f, -2.0f, 0.5f, 0.0f, 4.0f, 4.0f, -1.0f};
+    solver.lambdas_ = {5.0f, 5.0f};
+    group.matrices_ = {Affine(1.0f, 0.0f, 0.0f), Affine(0.0f, 0.0f, 0.0f, 2.0f)};
+  }
+  void Paint(uint32_t index, std::vector<float> values) {
+    maps.SetAll("attachmentConstraintsList", "attachmentConstraints", index, values);
+  }
+  void Build(const std::vector<uint32_t>& set_indices) {
+    BuildAttachmentConstraints(group, solver, set_indices, maps, weights, Affine(0.0f, 0.0f, 1.0f));
+  }
+};
+
+}  // namespace
+
+TEST(AttachmentBuildTest, RowsHoldTheRestPointsInTheFrameOfEachMatrix) {
+  AttachmentBuild build;
+  build.Paint(0, {1.0f, 0.25f});  // point 2 unpainted
+  build.Paint(3, {0.0f, 0.5f, 1.0f});
+  myo_test::LogCapture log;
+  build.Build({0, 3});
+  EXPECT_TRUE(log.lines().empty());
+  EXPECT_EQ(build.weights, (std::vector<float>{1.0f, 0.25f, 0.0f, 0.0f, 0.5f, 1.0f}));
+  EXPECT_EQ(build.group.inverse_masses_, std::vector<float>(6, 0.0f));  // set by the masses
+  EXPECT_EQ(build.group.row_flags_, std::vector<uint16_t>(6, 0));
+  EXPECT_EQ(build.group.lambda_base_, 2u);
+  EXPECT_EQ(build.solver.lambdas_, (std::vector<float>{5.0f, 5.0f, 0.0f, 0.0f, 0.0f, 0.0f, 0.0f, 0.0f}));
+  // World rest point minus (1, 0, 0) for the first matrix, halved for the second.
+  const std::vector<float> expected = {0.0f, 2.0f, 4.0f, -3.0f, 0.5f,  1.0f, 3.0f, 4.0f, 0.0f,
+                                       0.5f, 1.0f, 2.0f, -1.0f, 0.25f, 0.5f, 2.0f, 2.0f, 0.0f};
+  EXPECT_EQ(build.group.local_positions_, expected);
+}
+
+TEST(AttachmentBuildTest, OverlappingPaintIsNormalisedAndRepairedWithOneWarning) {
+  AttachmentBuild build;
+  build.Paint(1, {0.8f, 0.4f, 0.0f});
+  build.Paint(2, {0.8f, 0.4f, 0.0f});
+  myo_test::LogCapture log;
+  build.Build({1, 2});
+  EXPECT_EQ(log.Count("[MyoForge][Warning] Non-normalized Attachment Constraint weights detected. Proceeding to "
+                      "normalize weights for solver consistency."),
+            1u);
+  EXPECT_EQ(log.lines().size(), 1u);
+  EXPECT_EQ(build.weights, (std::vector<float>{0.5f, 0.4f, 0.0f, 0.5f, 0.4f, 0.0f}));
+  std::vector<float> repaired;
+  build.maps.ReadFloats("attachmentConstraintsList", "attachmentConstraints", 2, 3, -1.0f, repaired);
+  EXPECT_EQ(repaired, (std::vector<float>{0.5f, 0.4f, 0.0f}));
+}
+
+TEST(AttachmentBuildTest, AMismatchedCountOrNoMatrixBuildsNothing) {
+  AttachmentBuild build;
+  build.Paint(0, {1.0f, 1.0f, 1.0f});
+  build.Build({0, 1});
+  ASSERT_EQ(build.group.local_positions_.size(), 18u);
+  // Two matrices, one connected element: the former rows are gone and no
+  // multiplier is added. Likewise without matrices.
+  build.solver.lambdas_ = {5.0f};
+  for (const std::vector<uint32_t>& indices : {std::vector<uint32_t>{0}, std::vector<uint32_t>{}}) {
+    if (indices.empty()) build.group.matrices_.clear();
+    build.Build(indices);
+    EXPECT_TRUE(build.group.local_positions_.empty());
+    EXPECT_TRUE(build.group.row_flags_.empty());
+    EXPECT_TRUE(build.group.inverse_masses_.empty());
+    EXPECT_TRUE(build.weights.empty());
+    EXPECT_EQ(build.solver.lambdas_, std::vector<float>{5.0f});
+  }
+}
+
+namespace {
+
+// A spindle along x from -10 to 10, placed 5 up in z by its world matrix,
+// with two attachments painted over its ends and one segment along its axis.
+struct AttachedSpindle {
+  MuscleScene scene;
+  std::vector<uint32_t> painted;  // points of either end
+
+  AttachedSpindle(float mass, bool hard) {
+    const PolygonMesh polygons = MakeSpindle(12, 10, 20.0f, 3.0f);
+    std::string error;
+    EXPECT_TRUE(BuildMeshData(polygons.points, polygons.vertex_counts, polygons.vertices, scene.mesh, error));
+    const uint32_t n = scene.mesh.PointCount();
+    std::vector<float> left(n, 0.0f), right(n, 0.0f);
+    for (uint32_t i = 0; i < n; ++i) {
+      const float x = scene.mesh.points[3 * i];
+      left[i] = x < -8.0f ? 1.0f : 0.0f;
+      right[i] = x > 8.0f ? 1.0f : 0.0f;
+      if (x < -8.0f || x > 8.0f) painted.push_back(i);
+    }
+    scene.maps.SetAll("attachmentConstraintsList", "attachmentConstraints", 0, left);
+    scene.maps.SetAll("attachmentConstraintsList", "attachmentConstraints", 2, right);
+    scene.maps.SetAll("slideOnSegmentConstraintsList", "slideOnSegmentConstraints", 0, std::vector<float>(n, 0.5f));
+    scene.maps.SetAll("massList", "mass", 0, std::vector<float>(n, mass));
+    MuscleAssemblyInputs inputs;
+    inputs.warn = false;
+    inputs.world_matrix = Affine(0.0f, 0.0f, 5.0f);
+    inputs.attachment_indices = {0, 2};
+    inputs.attachment_matrices = {Affine(-10.0f, 0.0f, 5.0f), Affine(10.0f, 0.0f, 5.0f)};
+    inputs.hard_attachments = hard;
+    inputs.segment_indices = {0};
+    inputs.segment_matrices = {Affine(-30.0f, 0.0f, 5.0f), Affine(30.0f, 0.0f, 5.0f)};
+    InitializeSolver(scene.mesh, scene.maps, inputs, scene.node, scene.solver);
+    scene.solver.world_matrix_inverse_ = InvertMatrix(scene.solver.world_matrix_);
+  }
+};
+
+}  // namespace
+
+TEST(MuscleAttachmentTest, AssemblyLaysOutAttachmentAndSegmentRowsBeforeTheVolume) {
+  for (const bool hard : {true, false}) {
+    AttachedSpindle spindle(2.0f, hard);
+    const MuscleSolver& solver = spindle.scene.solver;
+    const uint32_t n = solver.point_count_;
+    const uint32_t before = solver.edge_constraints_->RowCount() + solver.shape_constraints_->RowCount();
+    const AttachmentConstraints& attachments = *solver.attachment_constraints_;
+    const SlideOnSegmentConstraints& segments = *solver.slide_on_segment_constraints_;
+    EXPECT_EQ(attachments.lambda_base_, before);
+    EXPECT_EQ(segments.lambda_base_, before + 2 * n);
+    EXPECT_EQ(solver.volume_constraint_->lambda_base_, before + 3 * n);
+    EXPECT_EQ(solver.lambdas_.size(), before + 3 * n + 1);
+    EXPECT_TRUE(segments.initialised_);
+    // Hard rows blend by the painted value; soft ones are scaled by 1 / mass.
+    const std::vector<float>& map = spindle.scene.node.attachment_map_;
+    ASSERT_EQ(attachments.inverse_masses_.size(), 2 * n);
+    for (uint32_t row = 0; row < 2 * n; ++row)
+      ASSERT_EQ(attachments.inverse_masses_[row], hard ? map[row] : map[row] * 0.5f) << row;
+    EXPECT_EQ(segments.inverse_masses_, std::vector<float>(n, 0.25f));
+  }
+}
+
+TEST(MusclePhysicsTest, MuscleAttachedSoftlyAtBothEndsFollowsTheMovingBones) {
+  // Without gravity the ends follow the bones closely; under gravity the
+  // hanging belly pulls them off by a fraction of a millimetre.
+  for (const float gravity : {0.0f, -980.0f}) {
+    AttachedSpindle spindle(1.0f, false);
+    MuscleSolver& solver = spindle.scene.solver;
+    solver.slide_on_segment_constraints_->initialised_ = false;  // attachments alone
+    FrameSettings frame;
+    frame.stiffness = 1000000.0f;
+    frame.gravity_y = gravity;
+    ApplyFrameSettings(frame, solver);
+    AttachmentConstraints& attachments = *solver.attachment_constraints_;
+    float worst = 0.0f, travel = 0.0f;
+    for (int step = 1; step <= 50; ++step) {
+      // One end rises and turns about z, the other rises and moves in z.
+      const float k = static_cast<float>(step);
+      attachments.matrices_[0] = Affine(-10.0f, 0.1f * k, 5.0f);
+      attachments.matrices_[0][0] = attachments.matrices_[0][5] = std::cos(0.004f * k);
+      attachments.matrices_[0][1] = std::sin(0.004f * k);
+      attachments.matrices_[0][4] = -std::sin(0.004f * k);
+      attachments.matrices_[1] = Affine(10.0f, 0.1f * k, 5.0f + 0.04f * k);
+      Step(solver);
+      for (uint32_t i : spindle.painted) {
+        const uint32_t row = (spindle.scene.node.attachment_map_[i] > 0.0f ? 0 : solver.point_count_) + i;
+        const uint32_t a = row < solver.point_count_ ? 0 : 1;
+        const Vec3 target = TransformPoint(Load3(attachments.local_positions_.data(), row), attachments.matrices_[a]);
+        const Vec3 world = TransformPoint(Load3(solver.positions_.data(), i), solver.world_matrix_);
+        const Vec3 rest = TransformPoint(Load3(spindle.scene.mesh.points.data(), i), solver.world_matrix_);
+        worst = std::fmax(worst, Length(world - target));
+        travel = std::fmax(travel, Length(target - rest));
+      }
+    }
+    EXPECT_GT(travel, 5.0f);
+    EXPECT_LT(worst, gravity == 0.0f ? 0.005f : 0.06f) << "gravity " << gravity;
+  }
+}

@@ -1,0 +1,645 @@
+// Attachments to and slides on target meshes: the candidate walk, the
+// closest-point update, the two kernels, the build from maps, and muscles
+// that follow a moving target.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <memory>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "core/kernels/geometry_constraints.h"
+#include "core/maps/map_store.h"
+#include "core/muscle/muscle_assembly.h"
+#include "scenes/muscle_meshes.h"
+#include "scenes/muscle_setup.h"
+#include "scenes/targeted_muscle.h"
+#include "support/log_capture.h"
+
+using namespace myo_core;
+using namespace myo_scenes;
+
+namespace {
+
+MeshData MeshOf(const PolygonMesh& polygons) {
+  MeshData data;
+  std::string error;
+  EXPECT_TRUE(BuildMeshData(polygons.points, polygons.vertex_counts, polygons.vertices, data, error)) << error;
+  return data;
+}
+
+TargetMesh TargetOf(const MeshData& mesh, const Matrix& matrix = IdentityMatrix()) {
+  TargetMesh target;
+  EXPECT_TRUE(BuildTargetMesh(mesh, matrix, target));
+  return target;
+}
+
+// Rotation about z by angle, then translation t (row vectors).
+Matrix RotationZ(float angle, Vec3 t) {
+  Matrix m = TranslationMatrix(t.x, t.y, t.z);
+  m[0] = std::cos(angle);
+  m[1] = std::sin(angle);
+  m[4] = -std::sin(angle);
+  m[5] = std::cos(angle);
+  return m;
+}
+
+void ExpectVec(Vec3 actual, Vec3 expected, float tolerance) {
+  EXPECT_NEAR(actual.x, expected.x, tolerance);
+  EXPECT_NEAR(actual.y, expected.y, tolerance);
+  EXPECT_NEAR(actual.z, expected.z, tolerance);
+}
+
+bool Contains(const std::vector<int32_t>& list, int32_t value) {
+  return std::find(list.begin(), list.end(), value) != list.end();
+}
+
+// The walk as it reads in words: recursion, visited lists as plain arrays
+// searched one by one.
+void RecursiveWalk(int32_t triangle, float radius, Vec3 centre, const TargetMesh& target, bool add,
+                   std::vector<int32_t>& polygons, std::vector<int32_t>& triangles, std::vector<int32_t>& result) {
+  for (int k = 0; k < 3; ++k) {
+    const int32_t v = target.triangle_vertices_[3 * triangle + k];
+    if (!(Length(Load3(target.vertices_.data(), v) - centre) <= radius)) continue;
+    add = true;
+    for (int32_t j = 0; j < target.vertex_polygon_counts_[v]; ++j) {
+      const int32_t f = target.vertex_polygons_[target.vertex_polygon_offsets_[v] + j];
+      if (Contains(polygons, f)) continue;
+      polygons.push_back(f);
+      for (int32_t m = 0; m < target.polygon_triangle_counts_[f]; ++m) {
+        const int32_t g = target.polygon_triangles_[target.polygon_triangle_offsets_[f] + m];
+        if (Contains(triangles, g)) continue;
+        triangles.push_back(g);
+        RecursiveWalk(g, radius, centre, target, false, polygons, triangles, result);
+      }
+    }
+  }
+  if (add && !Contains(result, triangle)) result.push_back(triangle);
+}
+
+std::vector<int32_t> Walk(int32_t triangle, float radius, Vec3 centre, const TargetMesh& target,
+                          CandidateSearchScratch& visited) {
+  std::vector<int32_t> result;
+  SearchCandidateTriangles(triangle, radius, centre, target, target.triangle_vertices_, true, visited, result);
+  return result;
+}
+
+// The global id of the triangle (a, b, c) of polygon `face`, or -1.
+int32_t TriangleOf(const TargetMesh& target, int32_t face, const int32_t* abc) {
+  const int32_t first = target.polygon_triangle_offsets_[face];
+  for (int32_t k = 0; k < target.polygon_triangle_counts_[face]; ++k)
+    if (std::equal(abc, abc + 3, &target.triangle_vertices_[3 * (first + k)])) return first + k;
+  return -1;
+}
+
+// A slide table over one target of `points` rows, every row weighted 1.
+SlideOnGeometryConstraints SlideTable(uint32_t points, const std::vector<std::vector<int32_t>>& lists) {
+  SlideOnGeometryConstraints group;
+  group.inverse_masses_.assign(points, 1.0f);
+  group.distances_.assign(points, 0.0f);
+  group.closest_points_.assign(3 * points, 0.0f);
+  for (const auto& list : lists) {
+    group.candidate_offsets_.push_back(static_cast<int32_t>(group.candidates_.size()));
+    group.candidate_counts_.push_back(static_cast<int32_t>(list.size()));
+    group.candidates_.insert(group.candidates_.end(), list.begin(), list.end());
+  }
+  return group;
+}
+
+}  // namespace
+
+// ---------------------------------------------------------------------------
+// Candidate triangles
+
+TEST(CandidateSearchTest, WalkOrderEqualsTheRecursiveWalk) {
+  const MeshData grid = MeshOf(MakeGrid(20, 20, 10.0f, 10.0f));
+  const TargetMesh target = TargetOf(grid, RotationZ(0.3f, {1.0f, 2.0f, 0.5f}));
+  CandidateSearchScratch visited;  // shared by all walks, as in a build
+  const int32_t starts[] = {0, 37, 411, 799};
+  const float radii[] = {0.0f, 0.3f, 0.9f, 2.5f, 100.0f};
+  for (int32_t start : starts)
+    for (float radius : radii) {
+      const int32_t* corners = &target.triangle_vertices_[3 * start];
+      const Vec3 centre = (Load3(target.vertices_.data(), corners[0]) + Load3(target.vertices_.data(), corners[1])) * 0.5f;
+      std::vector<int32_t> polygons, triangles, expected;
+      RecursiveWalk(start, radius, centre, target, true, polygons, triangles, expected);
+      EXPECT_EQ(Walk(start, radius, centre, target, visited), expected) << start << " " << radius;
+    }
+}
+
+TEST(CandidateSearchTest, ListHoldsTheStartAndEveryTriangleWithACornerInReach) {
+  const MeshData grid = MeshOf(MakeGrid(12, 12, 6.0f, 6.0f));
+  const TargetMesh target = TargetOf(grid);
+  CandidateSearchScratch visited;
+  const int32_t start = 150;
+  const int32_t* corners = &target.triangle_vertices_[3 * start];
+  const Vec3 centre = (Load3(target.vertices_.data(), corners[0]) + Load3(target.vertices_.data(), corners[1]) +
+                       Load3(target.vertices_.data(), corners[2])) * 0.33333334f;
+  // Radius 0: the start triangle alone, though none of its corners is in reach.
+  EXPECT_EQ(Walk(start, 0.0f, centre, target, visited), std::vector<int32_t>{start});
+  // A radius below the distance to every corner: still the start alone.
+  EXPECT_EQ(Walk(start, 0.1f, centre, target, visited), std::vector<int32_t>{start});
+
+  const float radius = 1.3f;
+  const std::vector<int32_t> list = Walk(start, radius, centre, target, visited);
+  std::vector<int32_t> sorted = list;
+  std::sort(sorted.begin(), sorted.end());
+  EXPECT_EQ(std::adjacent_find(sorted.begin(), sorted.end()), sorted.end()) << "a triangle listed twice";
+  EXPECT_TRUE(Contains(list, start));
+  for (uint32_t g = 0; g < target.TriangleCount(); ++g) {
+    bool in_reach = false;
+    for (int k = 0; k < 3; ++k)
+      in_reach |= Length(Load3(target.vertices_.data(), target.triangle_vertices_[3 * g + k]) - centre) <= radius;
+    EXPECT_EQ(Contains(list, static_cast<int32_t>(g)), in_reach || static_cast<int32_t>(g) == start) << g;
+  }
+}
+
+TEST(CandidateSearchTest, AReachOverTheWholeMeshListsEveryTriangleOnce) {
+  // Deep enough that a walk by recursion would risk the call stack.
+  const MeshData grid = MeshOf(MakeGrid(250, 250, 10.0f, 10.0f));
+  const TargetMesh target = TargetOf(grid);
+  CandidateSearchScratch visited;
+  std::vector<int32_t> list = Walk(0, 1000.0f, {0.0f, 0.0f, 0.0f}, target, visited);
+  ASSERT_EQ(list.size(), target.TriangleCount());
+  std::sort(list.begin(), list.end());
+  for (uint32_t g = 0; g < list.size(); ++g) ASSERT_EQ(list[g], static_cast<int32_t>(g));
+}
+
+// ---------------------------------------------------------------------------
+// Closest points
+
+TEST(UpdateClosestPointsTest, TheFirstOfEquallyNearCandidatesWins) {
+  // Two mirror-image triangles at exactly the same distance from the point.
+  MeshData mirrored;
+  std::string error;
+  ASSERT_TRUE(BuildMeshData({1, 0, 0, 2, 0, 0, 1.5f, 0, 1, -1, 0, 0, -2, 0, 0, -1.5f, 0, 1}, {3, 3},
+                            {0, 1, 2, 3, 4, 5}, mirrored, error));
+  const std::vector<TargetMesh> targets = {TargetOf(mirrored)};
+  const std::vector<float> point = {0.0f, 0.0f, 0.5f};
+  SlideOnGeometryConstraints forward = SlideTable(1, {{0, 1}});
+  SlideOnGeometryConstraints backward = SlideTable(1, {{1, 0}});
+  UpdateClosestPoints(point, IdentityMatrix(), targets, forward);
+  UpdateClosestPoints(point, IdentityMatrix(), targets, backward);
+  const Vec3 first = Load3(forward.closest_points_.data(), 0), second = Load3(backward.closest_points_.data(), 0);
+  ASSERT_EQ(Length(first), Length(second));
+  EXPECT_GT(first.x, 0.0f);
+  EXPECT_LT(second.x, 0.0f);
+  EXPECT_EQ(forward.row_flags_, std::vector<uint16_t>{0});
+}
+
+TEST(UpdateClosestPointsTest, RowsWithoutWeightCandidatesOrTargetStayFlagged) {
+  const MeshData grid = MeshOf(MakeGrid(4, 4, 4.0f, 4.0f));
+  std::vector<TargetMesh> targets = {TargetOf(grid)};
+  const std::vector<float> points = {0.1f, 1.0f, 0.2f, 0.5f, 1.0f, 0.5f, -0.5f, 2.0f, 0.3f};
+  SlideOnGeometryConstraints group = SlideTable(3, {{10, 11}, {12, 13}, {}});
+  group.inverse_masses_[1] = 0.0f;
+  group.closest_points_[3] = 42.0f;
+  UpdateClosestPoints(points, IdentityMatrix(), targets, group);
+  EXPECT_EQ(group.row_flags_, (std::vector<uint16_t>{0, 1, 1}));
+  EXPECT_EQ(group.closest_points_[3], 42.0f);  // a skipped row keeps its old point
+  EXPECT_EQ(group.closest_points_[1], 0.0f);   // on the grid plane
+
+  // A target missing this frame leaves all its rows inert.
+  UpdateTargets(targets, {TargetInput{"grid", 0, nullptr, IdentityMatrix()}}, false);
+  UpdateClosestPoints(points, IdentityMatrix(), targets, group);
+  EXPECT_EQ(group.row_flags_, (std::vector<uint16_t>{1, 1, 1}));
+}
+
+TEST(UpdateClosestPointsTest, EqualsTheNearestCandidateOverTheCurrentTarget) {
+  // A muscle inside a larger spindle, with lists built from the rest shape.
+  TargetedMuscle scene;
+  TargetedMuscleOptions options;
+  options.slide_weight = 1.0f;
+  options.max_sliding_distance = 1.5f;
+  options.target_matrix = RotationZ(0.2f, {0.0f, 0.3f, 0.0f});
+  std::string error;
+  ASSERT_TRUE(AssembleTargetedMuscle(MakeSpindle(8, 12, 10.0f, 2.0f), MakeSpindle(14, 20, 12.0f, 3.0f), options,
+                                     scene, error));
+  MuscleSolver& solver = scene.solver;
+  SlideOnGeometryConstraints& group = *solver.slide_on_geometry_constraints_;
+  ASSERT_GT(group.candidates_.size(), 4 * group.candidate_counts_.size());
+
+  // The target moves, the points are disturbed, and the muscle's own world
+  // matrix is not the identity.
+  scene.MoveTarget(RotationZ(0.25f, {0.2f, 0.1f, -0.1f}));
+  std::mt19937 random(3);
+  std::uniform_real_distribution<float> jitter(-0.3f, 0.3f);
+  std::vector<float> positions = solver.positions_;
+  for (float& x : positions) x += jitter(random);
+  const Matrix world = TranslationMatrix(0.05f, -0.02f, 0.0f);
+  UpdateClosestPoints(positions, world, solver.targets_, group);
+
+  const TargetMesh& target = solver.targets_[0];
+  uint32_t active = 0;
+  for (uint32_t i = 0; i < solver.point_count_; ++i) {
+    const Vec3 p = TransformPoint(Load3(positions.data(), i), world);
+    bool found = false;
+    Vec3 best = {0.0f, 0.0f, 0.0f};
+    float best_distance = 0.0f;
+    for (int32_t k = 0; k < group.candidate_counts_[i]; ++k) {
+      const int32_t* abc = &target.triangle_vertices_[3 * group.candidates_[group.candidate_offsets_[i] + k]];
+      const Vec3 c = ClosestPointOnTriangle(p, Load3(target.vertices_.data(), abc[0]),
+                                            Load3(target.vertices_.data(), abc[1]),
+                                            Load3(target.vertices_.data(), abc[2]));
+      const float distance = Length(c - p);
+      if (!found || distance < best_distance) {
+        best = c;
+        best_distance = distance;
+        found = true;
+      }
+    }
+    ASSERT_EQ(group.row_flags_[i], found ? 0 : 1) << i;
+    if (!found) continue;
+    ++active;
+    const Vec3 closest = Load3(group.closest_points_.data(), i);
+    ASSERT_EQ(closest.x, best.x) << i;
+    ASSERT_EQ(closest.y, best.y) << i;
+    ASSERT_EQ(closest.z, best.z) << i;
+  }
+  EXPECT_EQ(active, solver.point_count_);
+}
+
+// ---------------------------------------------------------------------------
+// Kernels
+
+TEST(SlideOnGeometryKernelTest, PushesThePointToItsDistanceOnTheSideItIsOn) {
+  const float closest[3] = {1.0f, 0.0f, 0.0f};
+  auto solve = [&](Vec3 point, float distance, float compliance, float& lambda, uint16_t flag = 0,
+                   float weight = 1.0f) {
+    float x[3] = {point.x, point.y, point.z};
+    SolveSlideOnGeometry(0, 0, 0, flag, weight, compliance, distance, false, IdentityMatrix(), IdentityMatrix(),
+                         closest, x, &lambda);
+    return Vec3{x[0], x[1], x[2]};
+  };
+  float lambda = 0.0f;
+  ExpectVec(solve({1.0f, 2.0f, 0.0f}, 0.5f, 0.0f, lambda), {1.0f, 0.5f, 0.0f}, 1e-6f);
+  EXPECT_FLOAT_EQ(lambda, -1.5f);
+  lambda = 0.0f;
+  ExpectVec(solve({1.0f, -2.0f, 0.0f}, 0.5f, 0.0f, lambda), {1.0f, -0.5f, 0.0f}, 1e-6f);
+  // On the surface with distance 0: the target is the closest point itself.
+  // (A compliance of 0 would leave 0 / 0 here; the solver's never is 0.)
+  lambda = 0.0f;
+  ExpectVec(solve({1.0f, 0.0f, 0.0f}, 0.0f, 1e-6f, lambda), {1.0f, 0.0f, 0.0f}, 0.0f);
+  EXPECT_EQ(lambda, 0.0f);
+  ExpectVec(solve({1.0f, 0.3f, 0.4f}, 0.0f, 1e-6f, lambda), {1.0f, 0.0f, 0.0f}, 1e-6f);
+  // With compliance a and weight w the point moves w / (w + a) of the way.
+  lambda = 0.0f;
+  ExpectVec(solve({1.0f, 2.0f, 0.0f}, 0.5f, 1.0f, lambda), {1.0f, 2.0f - 0.75f, 0.0f}, 1e-6f);
+  // Flagged and weightless rows do nothing.
+  lambda = 0.0f;
+  ExpectVec(solve({1.0f, 2.0f, 0.0f}, 0.5f, 0.0f, lambda, 1), {1.0f, 2.0f, 0.0f}, 0.0f);
+  ExpectVec(solve({1.0f, 2.0f, 0.0f}, 0.5f, 0.0f, lambda, 0, 1e-7f), {1.0f, 2.0f, 0.0f}, 0.0f);
+  EXPECT_EQ(lambda, 0.0f);
+}
+
+TEST(SlideOnGeometryKernelTest, WorksInWorldSpaceThroughTheSolverMatrix) {
+  const float closest[3] = {1.0f, 0.0f, 0.0f};
+  const Matrix world = TranslationMatrix(0.0f, 10.0f, 0.0f);
+  float x[3] = {1.0f, -8.0f, 0.0f};  // (1, 2, 0) in world space
+  float lambda = 0.0f;
+  SolveSlideOnGeometry(0, 0, 0, 0, 1.0f, 0.0f, 0.5f, true, world, InvertMatrix(world), closest, x, &lambda);
+  ExpectVec({x[0], x[1], x[2]}, {1.0f, -9.5f, 0.0f}, 1e-5f);
+}
+
+TEST(SlideOnGeometryKernelTest, TheStageGivesTheBitsOfOneRowAtATime) {
+  // Two targets over 13 points (eight at a time and a rest), with flagged and
+  // weightless rows, through a world matrix and without.
+  const uint32_t n = 13, targets = 2, rows = targets * n;
+  std::mt19937 random(11);
+  std::uniform_real_distribution<float> coordinate(-2.0f, 2.0f);
+  SlideOnGeometryConstraints group;
+  group.lambda_base_ = 3;
+  for (uint32_t row = 0; row < rows; ++row) {
+    group.inverse_masses_.push_back(row % 5 == 2 ? 0.0f : 0.2f + 0.1f * (row % 4));
+    group.row_flags_.push_back(row % 7 == 3 ? 1 : 0);
+    group.distances_.push_back(0.1f * (row % 6));
+    for (int k = 0; k < 3; ++k) group.closest_points_.push_back(coordinate(random));
+  }
+  group.candidate_counts_.assign(rows, 0);
+  group.candidate_offsets_.assign(rows, 0);
+  std::vector<float> start(3 * n);
+  for (float& x : start) x = coordinate(random);
+  const Matrix world = RotationZ(0.3f, {1.0f, -0.5f, 2.0f});
+  for (bool has_transform : {false, true}) {
+    std::vector<float> staged = start, single = start;
+    std::vector<float> staged_lambdas(3 + rows, 0.5f), single_lambdas(3 + rows, 0.5f);
+    for (int pass = 0; pass < 3; ++pass) {
+      SolveSlideOnGeometryRows(group, targets, n, 0.7f, has_transform, world, InvertMatrix(world), staged.data(),
+                               staged_lambdas.data());
+      for (uint32_t row = 0; row < rows; ++row)
+        SolveSlideOnGeometry(3 + row, row % n, row, group.row_flags_[row], group.inverse_masses_[row], 0.7f,
+                             group.distances_[row], has_transform, world, InvertMatrix(world),
+                             group.closest_points_.data(), single.data(), single_lambdas.data());
+    }
+    EXPECT_EQ(staged, single);
+    EXPECT_EQ(staged_lambdas, single_lambdas);
+    EXPECT_NE(staged, start);
+  }
+}
+
+class AttachmentToGeoKernelTest : public ::testing::Test {
+ protected:
+  // Three points on both sides of a tilted grid, attached to it.
+  void SetUp() override {
+    grid_ = MeshOf(MakeGrid(4, 4, 4.0f, 4.0f));
+    solver_.point_count_ = 3;
+    solver_.positions_ = {0.3f, 0.7f, 0.2f, -0.6f, 0.0f, 1.1f, 1.2f, -0.4f, -0.9f};
+    inputs_ = {TargetInput{"grid", 0, &grid_, RotationZ(0.1f, {0.0f, 0.2f, 0.0f})}};
+    maps_.SetAll("targets", "attachmentToGeoConstraints", 0, std::vector<float>(3, 1.0f));
+    BuildGeometryConstraints(inputs_, "muscle1", maps_, 0, 0.0f, 3, IdentityMatrix(), node_, solver_);
+  }
+
+  // Solves every attachment row once with the given weight.
+  void SolveRows(float weight, bool hard, float compliance) {
+    AttachmentToGeoConstraints& group = *solver_.attachment_to_geo_constraints_;
+    group.hard_ = hard;
+    group.inverse_masses_.assign(3, weight);
+    SolveAttachmentToGeoRows(group, solver_.targets_, 3, compliance, false, IdentityMatrix(), IdentityMatrix(),
+                             solver_.positions_.data(), solver_.lambdas_.data());
+  }
+
+  Vec3 Point(uint32_t i) const { return Load3(solver_.positions_.data(), i); }
+
+  MeshData grid_;
+  MapStore maps_;
+  MuscleNodeState node_;
+  MuscleSolver solver_;
+  std::vector<TargetInput> inputs_;
+};
+
+TEST_F(AttachmentToGeoKernelTest, AtRestThePointsStayWhereTheyAre) {
+  const std::vector<float> rest = solver_.positions_;
+  SolveRows(1.0f, false, 0.0f);
+  for (uint32_t i = 0; i < 3; ++i) ExpectVec(Point(i), Load3(rest.data(), i), 1e-5f);
+}
+
+TEST_F(AttachmentToGeoKernelTest, HardRowsCarryThePointsWithTheTriangleByTheirWeight) {
+  const std::vector<float> rest = solver_.positions_;
+  const Matrix moved = RotationZ(0.5f, {0.4f, 1.0f, -0.3f});
+  inputs_[0].world_matrix = moved;
+  UpdateTargets(solver_.targets_, inputs_, false);
+  const Matrix relative = MultiplyMatrices(InvertMatrix(RotationZ(0.1f, {0.0f, 0.2f, 0.0f})), moved);
+  SolveRows(0.5f, true, 0.0f);
+  for (uint32_t i = 0; i < 3; ++i) {
+    const Vec3 x = Load3(rest.data(), i);
+    ExpectVec(Point(i), x + (TransformPoint(x, relative) - x) * 0.5f, 1e-5f);
+  }
+  SolveRows(1.0f, true, 0.0f);
+  for (uint32_t i = 0; i < 3; ++i) ExpectVec(Point(i), TransformPoint(Load3(rest.data(), i), relative), 1e-5f);
+  EXPECT_TRUE(std::all_of(solver_.lambdas_.begin(), solver_.lambdas_.end(), [](float l) { return l == 0.0f; }));
+}
+
+TEST_F(AttachmentToGeoKernelTest, SoftRowsMoveByTheirShareAgainstTheCompliance) {
+  const std::vector<float> rest = solver_.positions_;
+  inputs_[0].world_matrix = RotationZ(0.1f, {0.0f, 1.2f, 0.0f});  // the grid rises by 1
+  UpdateTargets(solver_.targets_, inputs_, false);
+  SolveRows(1.0f, false, 3.0f);  // moves 1 / (1 + 3) of the way
+  const uint32_t base = solver_.attachment_to_geo_constraints_->lambda_base_;
+  for (uint32_t i = 0; i < 3; ++i) {
+    ExpectVec(Point(i), Load3(rest.data(), i) + Vec3{0.0f, 0.25f, 0.0f}, 1e-5f);
+    EXPECT_NEAR(solver_.lambdas_[base + i], -0.25f, 1e-5f);
+  }
+}
+
+// ---------------------------------------------------------------------------
+// Build
+
+TEST(GeometryBuildTest, UnusableTargetsAreWarnedAndLeftInert) {
+  myo_test::LogCapture log;
+  const MeshData grid = MeshOf(MakeGrid(4, 4, 4.0f, 4.0f));
+  MeshData broken = grid;
+  broken.polygon_triangle_counts.pop_back();
+  MuscleSolver solver;
+  solver.point_count_ = 2;
+  solver.positions_ = {0.1f, 1.0f, 0.2f, -0.3f, 0.5f, 0.4f};
+  solver.lambdas_.assign(5, 0.0f);  // rows of the groups built before
+  MapStore maps;
+  for (uint32_t index : {2u, 5u, 7u}) {
+    maps.SetAll("targets", "attachmentToGeoConstraints", index, {0.3f, 0.3f});
+    maps.SetAll("targets", "slideOnGeometryConstraints", index, {0.3f, 0.3f});
+  }
+  const std::vector<TargetInput> inputs = {{"ghost", 2, nullptr, IdentityMatrix()},
+                                           {"broken", 5, &broken, IdentityMatrix()},
+                                           {"floor", 7, &grid, TranslationMatrix(0.0f, -1.0f, 0.0f)}};
+  MuscleNodeState node;
+  BuildGeometryConstraints(inputs, "muscle1", maps, 0, 2.0f, 2, IdentityMatrix(), node, solver);
+
+  EXPECT_EQ(log.Count("[MyoForge][Warning] Target ghost in muscle1 is null or not recognized. This target will "
+                      "be ignored."),
+            1u);
+  EXPECT_EQ(log.Count("[MyoForge][Warning] Target broken mesh data in muscle1 could not be retrieved. This "
+                      "target will be ignored."),
+            1u);
+  const AttachmentToGeoConstraints& attachments = *solver.attachment_to_geo_constraints_;
+  const SlideOnGeometryConstraints& slides = *solver.slide_on_geometry_constraints_;
+  // Six rows each, attachments first, after the rows that were there.
+  EXPECT_EQ(attachments.lambda_base_, 5u);
+  EXPECT_EQ(slides.lambda_base_, 11u);
+  EXPECT_EQ(solver.lambdas_.size(), 17u);
+  ASSERT_EQ(solver.targets_.size(), 3u);
+  EXPECT_EQ(solver.targets_[0].vertex_count_, 0u);
+  EXPECT_EQ(solver.targets_[1].vertex_count_, 0u);
+  EXPECT_EQ(solver.targets_[2].vertex_count_, grid.PointCount());
+  EXPECT_EQ(node.attachment_to_geo_map_, (std::vector<float>{0, 0, 0, 0, 0.3f, 0.3f}));
+  EXPECT_EQ(node.slide_on_geometry_map_, (std::vector<float>{0, 0, 0, 0, 0.3f, 0.3f}));
+  EXPECT_EQ(slides.row_flags_, (std::vector<uint16_t>{0, 0, 0, 0, 0, 0}));
+  EXPECT_EQ(slides.candidate_counts_[0], 0);
+  EXPECT_GT(slides.candidate_counts_[4], 1);
+  EXPECT_NEAR(attachments.distances_[4], 2.0f, 1e-6f);
+  EXPECT_NEAR(slides.distances_[5], 1.5f, 1e-6f);
+
+  // The closest-point update leaves the rows of unusable targets inert.
+  solver.slide_on_geometry_constraints_->inverse_masses_ = node.slide_on_geometry_map_;
+  UpdateClosestPoints(solver.positions_, IdentityMatrix(), solver.targets_,
+                      *solver.slide_on_geometry_constraints_);
+  EXPECT_EQ(slides.row_flags_, (std::vector<uint16_t>{1, 1, 1, 1, 0, 0}));
+}
+
+TEST(GeometryBuildTest, RestRowsRebuildTheRestPointsFromTheTarget) {
+  const MeshData spindle = MeshOf(MakeSpindle(10, 16, 12.0f, 3.0f));
+  const Matrix matrix = MultiplyMatrices(RotationZ(0.4f, {0.0f, 0.0f, 0.0f}), TranslationMatrix(0.5f, 0.2f, 0.0f));
+  MuscleSolver solver;
+  const PolygonMesh muscle = MakeSpindle(6, 8, 8.0f, 1.5f);
+  solver.point_count_ = static_cast<uint32_t>(muscle.points.size() / 3);
+  solver.positions_ = muscle.points;
+  const Matrix solver_world = TranslationMatrix(0.1f, 0.0f, 0.0f);
+  MapStore maps;
+  MuscleNodeState node;
+  BuildGeometryConstraints({TargetInput{"outer", 0, &spindle, matrix}}, "muscle1", maps, 0, 1.0f,
+                           solver.point_count_, solver_world, node, solver);
+  const TargetMesh& target = solver.targets_[0];
+  const AttachmentToGeoConstraints& rows = *solver.attachment_to_geo_constraints_;
+  for (uint32_t i = 0; i < solver.point_count_; ++i) {
+    const Vec3 x = TransformPoint(Load3(solver.positions_.data(), i), solver_world);
+    const int32_t* abc = &rows.triangle_vertices_[3 * i];
+    const float u = rows.bary_u_[i], v = rows.bary_v_[i];
+    const Vec3 anchor = Load3(target.vertices_.data(), abc[0]) * u + Load3(target.vertices_.data(), abc[1]) * v +
+                        Load3(target.vertices_.data(), abc[2]) * (1.0f - u - v);
+    ExpectVec(anchor, Load3(rows.anchors_.data(), i), 1e-5f);
+    const Matrix frame = TriangleFrame(anchor, target.vertices_.data(), target.polygon_normals_.data(),
+                                       rows.faces_[i], abc[0], abc[1]);
+    ExpectVec(anchor + TransformColumn(frame, Load3(rows.local_offsets_.data(), i)), x, 1e-4f);
+    EXPECT_NEAR(rows.distances_[i], Length(x - anchor), 1e-5f);
+    // The anchor's triangle belongs to the anchor's polygon.
+    EXPECT_GE(TriangleOf(target, rows.faces_[i], abc), 0) << i;
+  }
+  // The largest size is the world diagonal of the spindle's box (rotation keeps lengths).
+  EXPECT_NEAR(node.largest_target_size_, std::sqrt(12.0f * 12.0f + 6.0f * 6.0f + 6.0f * 6.0f), 0.05f);
+}
+
+TEST(GeometryBuildTest, SlidingReachComesFromTheDistanceAndTheClampedMultiplier) {
+  const MeshData grid = MeshOf(MakeGrid(10, 10, 10.0f, 10.0f));
+  MuscleSolver solver;
+  solver.point_count_ = 3;
+  solver.positions_ = {0.1f, 0.5f, 0.1f, 0.2f, 0.5f, -0.3f, -0.4f, 0.5f, 0.2f};
+  MapStore maps;
+  maps.SetAll("targets", "slideOnGeometryConstraints", 0, {1.0f, 1.0f, 1.0f});
+  maps.SetAll("maxSlidingDistanceMultiplierList", "maxSlidingDistanceMultiplier", 3, {4.0f, 0.0f, 0.5f});
+  MuscleNodeState node;
+  const std::vector<TargetInput> inputs = {{"floor", 0, &grid, IdentityMatrix()}};
+  BuildGeometryConstraints(inputs, "muscle1", maps, 3, 1.5f, 3, IdentityMatrix(), node, solver);
+  const SlideOnGeometryConstraints& slides = *solver.slide_on_geometry_constraints_;
+  EXPECT_EQ(node.max_sliding_map_, (std::vector<float>{1.0f, 0.0f, 0.5f}));
+  CandidateSearchScratch visited;
+  const TargetMesh& target = solver.targets_[0];
+  auto expected_count = [&](uint32_t i, float radius) {
+    std::vector<int32_t> list;
+    const int32_t start = TriangleOf(target, slides.faces_[i], &slides.triangle_vertices_[3 * i]);
+    SearchCandidateTriangles(start, radius, Load3(slides.closest_points_.data(), i), target,
+                             target.triangle_vertices_, true, visited, list);
+    return static_cast<int32_t>(list.size());
+  };
+  EXPECT_EQ(slides.candidate_counts_[0], expected_count(0, 1.5f));
+  EXPECT_GT(slides.candidate_counts_[0], 10);
+  EXPECT_EQ(slides.candidate_counts_[1], 0);
+  EXPECT_EQ(slides.candidate_counts_[2], expected_count(2, 0.75f));
+  EXPECT_LT(slides.candidate_counts_[2], slides.candidate_counts_[0]);
+  EXPECT_EQ(slides.row_flags_, (std::vector<uint16_t>{0, 1, 0}));
+
+  // No reach at all: every row is flagged and has no candidates.
+  BuildGeometryConstraints(inputs, "muscle1", maps, 3, 0.0f, 3, IdentityMatrix(), node, solver);
+  EXPECT_TRUE(slides.candidates_.empty());
+  EXPECT_EQ(slides.row_flags_, (std::vector<uint16_t>{1, 1, 1}));
+}
+
+TEST(GeometryBuildTest, WeightsOverTwoTargetsAreNormalisedAndWrittenBack) {
+  myo_test::LogCapture log;
+  const MeshData grid = MeshOf(MakeGrid(4, 4, 4.0f, 4.0f));
+  MuscleSolver solver;
+  solver.point_count_ = 2;
+  solver.positions_ = {0.1f, 1.0f, 0.2f, -0.3f, 0.5f, 0.4f};
+  MapStore maps;
+  maps.SetAll("targets", "slideOnGeometryConstraints", 1, {0.8f, 0.2f});
+  maps.SetAll("targets", "slideOnGeometryConstraints", 4, {0.8f, 0.2f});
+  MuscleNodeState node;
+  BuildGeometryConstraints({{"a", 1, &grid, IdentityMatrix()}, {"b", 4, &grid, TranslationMatrix(0, -1, 0)}},
+                           "muscle1", maps, 0, 1.0f, 2, IdentityMatrix(), node, solver);
+  EXPECT_EQ(log.Count("[MyoForge][Warning] Non-normalized Slide On Geometry weights detected. Proceeding to "
+                      "normalize weights for solver consistency."),
+            1u);
+  EXPECT_EQ(log.Count("[MyoForge][Warning] Non-normalized Attachment To Geometry weights detected. Proceeding "
+                      "to normalize weights for solver consistency."),
+            0u);
+  EXPECT_EQ(node.slide_on_geometry_map_, (std::vector<float>{0.5f, 0.2f, 0.5f, 0.2f}));
+  std::vector<float> written;
+  maps.ReadFloats("targets", "slideOnGeometryConstraints", 4, 2, 0.0f, written);
+  EXPECT_EQ(written, (std::vector<float>{0.5f, 0.2f}));
+}
+
+// ---------------------------------------------------------------------------
+// Muscles and moving targets
+
+namespace {
+
+// A spindle along x resting 1 above a grid (world y = -3 at rest), sliding on
+// it or attached to it.
+std::unique_ptr<TargetedMuscle> SpindleOnGrid(float slide, float attach, int32_t mode) {
+  auto scene = std::make_unique<TargetedMuscle>();
+  TargetedMuscleOptions options;
+  options.slide_weight = slide;
+  options.attachment_weight = attach;
+  options.max_sliding_distance = 2.0f;
+  options.target_matrix = TranslationMatrix(0.0f, -3.0f, 0.0f);
+  std::string error;
+  EXPECT_TRUE(AssembleTargetedMuscle(MakeSpindle(8, 10, 10.0f, 2.0f), MakeGrid(24, 24, 24.0f, 24.0f), options,
+                                     *scene, error));
+  FrameSettings frame;
+  frame.gravity_y = 0.0f;
+  ApplyFrameSettings(frame, scene->solver);
+  scene->solver.sliding_constraints_mode_ = mode;
+  return scene;
+}
+
+float HeightAbove(const MuscleSolver& solver, uint32_t i) {
+  return solver.positions_[3 * i + 1] - solver.targets_[0].vertices_[1];
+}
+
+}  // namespace
+
+TEST(GeometryStepTest, AssemblyLaysTheRowsOutBetweenSegmentsAndVolume) {
+  const auto scene = SpindleOnGrid(1.0f, 0.0f, kSlidingFast);
+  const MuscleSolver& solver = scene->solver;
+  const uint32_t n = solver.point_count_;
+  EXPECT_EQ(solver.attachment_to_geo_constraints_->lambda_base_ + n, solver.slide_on_geometry_constraints_->lambda_base_);
+  EXPECT_EQ(solver.slide_on_geometry_constraints_->lambda_base_ + n, solver.volume_constraint_->lambda_base_);
+  EXPECT_TRUE(solver.attachment_to_geo_constraints_->hard_);
+  // Weights are the map over the mass.
+  EXPECT_FLOAT_EQ(solver.slide_on_geometry_constraints_->inverse_masses_[0], 1.0f / solver.masses_[0]);
+}
+
+TEST(GeometryStepTest, FastAndQualityAgreeWithOneIterationAndDifferWithMore) {
+  for (uint32_t iterations : {1u, 6u}) {
+    const auto fast = SpindleOnGrid(1.0f, 0.0f, kSlidingFast);
+    const auto quality = SpindleOnGrid(1.0f, 0.0f, kSlidingQuality);
+    for (TargetedMuscle* scene : {fast.get(), quality.get()}) {
+      scene->solver.iterations_ = iterations;
+      scene->MoveTarget(RotationZ(0.15f, {0.0f, -2.4f, 0.0f}));
+      Step(scene->solver);
+    }
+    if (iterations == 1)
+      EXPECT_EQ(fast->solver.positions_, quality->solver.positions_);
+    else
+      EXPECT_NE(fast->solver.positions_, quality->solver.positions_);
+  }
+}
+
+TEST(GeometryStepTest, ASlidingSpindleKeepsItsDistanceWhileTheGridMoves) {
+  const auto scene = SpindleOnGrid(1.0f, 0.0f, kSlidingFast);
+  MuscleSolver& solver = scene->solver;
+  const uint32_t n = solver.point_count_;
+  std::vector<float> rest_heights(n);
+  for (uint32_t i = 0; i < n; ++i) rest_heights[i] = HeightAbove(solver, i);
+  const std::vector<float> rest = solver.positions_;
+
+  // The grid rises by 1 and slides sideways by 1 (within the sliding reach)
+  // over 24 frames, then holds.
+  for (int frame = 1; frame <= 40; ++frame) {
+    const float t = std::min(frame, 24) / 24.0f;
+    scene->MoveTarget(TranslationMatrix(t, -3.0f + t, 0.0f));
+    Step(solver);
+  }
+  float worst_height = 0.0f, worst_sideways = 0.0f;
+  for (uint32_t i = 0; i < n; ++i) {
+    worst_height = std::max(worst_height, std::fabs(HeightAbove(solver, i) - rest_heights[i]));
+    worst_sideways = std::max(worst_sideways, std::fabs(solver.positions_[3 * i] - rest[3 * i]));
+  }
+  // The muscle rose with the surface, and did not follow it sideways.
+  EXPECT_LT(worst_height, 0.02f);
+  EXPECT_LT(worst_sideways, 0.02f);
+}
+
+TEST(GeometryStepTest, AHardAttachedSpindleFollowsTheGridAllTheWay) {
+  const auto scene = SpindleOnGrid(0.0f, 1.0f, kSlidingFast);
+  MuscleSolver& solver = scene->solver;
+  const std::vector<float> rest = solver.positions_;
+  const Matrix moved = TranslationMatrix(3.0f, -2.0f, 0.5f);
+  for (int frame = 1; frame <= 3; ++frame) {
+    scene->MoveTarget(moved);
+    Step(solver);
+  }
+  for (uint32_t i = 0; i < solver.point_count_; ++i)
+    ExpectVec(Load3(solver.positions_.data(), i), Load3(rest.data(), i) + Vec3{3.0f, 1.0f, 0.5f}, 1e-4f);
+}

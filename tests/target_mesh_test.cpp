@@ -1,0 +1,200 @@
+// Target meshes: the world-space record built from a mesh and its matrix, the
+// triangle frame, and the per-frame refresh.
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <string>
+#include <vector>
+
+#include "core/kernels/target_mesh.h"
+#include "scenes/muscle_meshes.h"
+#include "support/log_capture.h"
+
+using namespace myo_core;
+
+namespace {
+
+MeshData GridData(uint32_t nx, uint32_t nz, float size) {
+  const PolygonMesh grid = myo_scenes::MakeGrid(nx, nz, size, size);
+  MeshData data;
+  std::string error;
+  EXPECT_TRUE(BuildMeshData(grid.points, grid.vertex_counts, grid.vertices, data, error)) << error;
+  return data;
+}
+
+// Rotation about z by angle, then translation t (row vectors).
+Matrix RotationZ(float angle, Vec3 t) {
+  Matrix m = TranslationMatrix(t.x, t.y, t.z);
+  m[0] = std::cos(angle);
+  m[1] = std::sin(angle);
+  m[4] = -std::sin(angle);
+  m[5] = std::cos(angle);
+  return m;
+}
+
+void ExpectVec(Vec3 actual, Vec3 expected, float tolerance) {
+  EXPECT_NEAR(actual.x, expected.x, tolerance);
+  EXPECT_NEAR(actual.y, expected.y, tolerance);
+  EXPECT_NEAR(actual.z, expected.z, tolerance);
+}
+
+const std::string kUnexpectedPolygons =
+    "[MyoForge][Warning] Unexpected number of polygons during target mesh processing";
+
+}  // namespace
+
+TEST(TargetMeshTest, BuildPlacesTheMeshInWorldSpaceWithItsTopology) {
+  const MeshData grid = GridData(2, 1, 2.0f);  // 6 points, 2 quads, 4 triangles
+  const Matrix matrix = TranslationMatrix(1.0f, 2.0f, 3.0f);
+  TargetMesh target;
+  ASSERT_TRUE(BuildTargetMesh(grid, matrix, target));
+  EXPECT_EQ(target.vertex_count_, 6u);
+  EXPECT_EQ(target.polygon_count_, 2u);
+  EXPECT_EQ(target.normal_count_, 6u);
+  EXPECT_TRUE(target.has_transform_);
+  for (uint32_t v = 0; v < 6; ++v)
+    ExpectVec(Load3(target.vertices_.data(), v), Load3(grid.points.data(), v) + Vec3{1.0f, 2.0f, 3.0f}, 0.0f);
+  ExpectVec(TransformPoint({1.0f, 2.0f, 3.0f}, target.world_matrix_inverse_), {0.0f, 0.0f, 0.0f}, 1e-6f);
+  // The grid faces +y, and so do the vertex normals.
+  for (uint32_t f = 0; f < 2; ++f) ExpectVec(Load3(target.polygon_normals_.data(), f), {0.0f, 1.0f, 0.0f}, 0.0f);
+  for (uint32_t v = 0; v < 6; ++v) ExpectVec(Load3(target.vertex_normals_.data(), v), {0.0f, 1.0f, 0.0f}, 0.0f);
+  // Triangles run in polygon order; the middle column of points touches both quads.
+  EXPECT_EQ(target.polygon_triangle_offsets_, (std::vector<int32_t>{0, 2}));
+  EXPECT_EQ(target.polygon_triangles_, (std::vector<int32_t>{0, 1, 2, 3}));
+  EXPECT_EQ(target.triangle_vertices_, grid.triangle_vertices);
+  EXPECT_EQ(target.vertex_polygon_counts_, (std::vector<int32_t>{1, 2, 1, 1, 2, 1}));
+  EXPECT_EQ(target.vertex_polygons_, (std::vector<int32_t>{0, 0, 1, 1, 0, 0, 1, 1}));
+
+  TargetMesh untransformed;
+  ASSERT_TRUE(BuildTargetMesh(grid, IdentityMatrix(), untransformed));
+  EXPECT_FALSE(untransformed.has_transform_);
+}
+
+TEST(TargetMeshTest, NormalsFollowTheMatrixAndTheWinding) {
+  const MeshData grid = GridData(1, 1, 1.0f);
+  TargetMesh target;
+  ASSERT_TRUE(BuildTargetMesh(grid, RotationZ(static_cast<float>(M_PI / 2), {0.0f, 0.0f, 0.0f}), target));
+  ExpectVec(Load3(target.polygon_normals_.data(), 0), {-1.0f, 0.0f, 0.0f}, 1e-6f);
+
+  // A tilted, non-planar quad: Newell's normal is the mean plane's, whatever
+  // vertex the loop starts from.
+  MeshData quad;
+  std::string error;
+  ASSERT_TRUE(BuildMeshData({0, 0, 0, 1, 0, 0.2f, 1, 1, 0, 0, 1, 0.2f}, {4}, {0, 1, 2, 3}, quad, error));
+  MeshData rolled;
+  ASSERT_TRUE(BuildMeshData(quad.points, {4}, {1, 2, 3, 0}, rolled, error));
+  TargetMesh a, b;
+  ASSERT_TRUE(BuildTargetMesh(quad, IdentityMatrix(), a));
+  ASSERT_TRUE(BuildTargetMesh(rolled, IdentityMatrix(), b));
+  const Vec3 n = Load3(a.polygon_normals_.data(), 0);
+  EXPECT_NEAR(Length(n), 1.0f, 1e-6f);
+  EXPECT_GT(n.z, 0.9f);
+  ExpectVec(Load3(b.polygon_normals_.data(), 0), n, 1e-6f);
+}
+
+TEST(TargetMeshTest, BuildRefusesEmptyAndInconsistentMeshes) {
+  myo_test::LogCapture log;
+  TargetMesh target;
+  ASSERT_TRUE(BuildTargetMesh(GridData(1, 1, 1.0f), IdentityMatrix(), target));
+  EXPECT_FALSE(BuildTargetMesh(MeshData{}, IdentityMatrix(), target));
+  EXPECT_EQ(target.vertex_count_, 0u);
+  EXPECT_TRUE(target.triangle_vertices_.empty());
+  EXPECT_TRUE(log.lines().empty());
+
+  MeshData missing_triangulation = GridData(2, 2, 1.0f);
+  missing_triangulation.polygon_triangle_counts.pop_back();
+  EXPECT_FALSE(BuildTargetMesh(missing_triangulation, IdentityMatrix(), target));
+  EXPECT_EQ(log.Count(kUnexpectedPolygons), 1u);
+
+  MeshData bad_index = GridData(2, 2, 1.0f);
+  bad_index.triangle_vertices[4] = 99;
+  EXPECT_FALSE(BuildTargetMesh(bad_index, IdentityMatrix(), target));
+  EXPECT_EQ(log.Count(kUnexpectedPolygons), 2u);
+  EXPECT_EQ(target.vertex_count_, 0u);
+  EXPECT_TRUE(target.vertices_.empty());
+}
+
+TEST(TargetMeshTest, TriangleFrameHasUnitAxesTowardsTheFirstCornerAndAlongTheNormal) {
+  const float vertices[9] = {2.0f, 0.0f, 0.0f, 0.0f, 2.0f, 0.0f, 0.0f, 0.0f, 0.0f};
+  const float normals[6] = {9.0f, 9.0f, 9.0f, 0.0f, 0.0f, 1.0f};  // polygon 1 is read
+  const Vec3 point = {0.5f, 0.5f, 0.0f};
+  const Matrix frame = TriangleFrame(point, vertices, normals, 1, 0, 1);
+  const Vec3 e = NormalizeSafe(Vec3{1.5f, -0.5f, 0.0f});
+  const Vec3 n = {0.0f, 0.0f, 1.0f};
+  ExpectVec(TransformColumn(frame, {1.0f, 0.0f, 0.0f}), NormalizeSafe(Cross(e, n)), 1e-6f);
+  ExpectVec(TransformColumn(frame, {0.0f, 1.0f, 0.0f}), n, 0.0f);
+  ExpectVec(TransformColumn(frame, {0.0f, 0.0f, 1.0f}), e, 1e-6f);
+
+  // On the first corner (within 0.001) the frame looks at the second instead.
+  const Matrix on_corner = TriangleFrame({1.9995f, 0.0f, 0.0f}, vertices, normals, 1, 0, 1);
+  ExpectVec(TransformColumn(on_corner, {0.0f, 0.0f, 1.0f}), NormalizeSafe(Vec3{-1.9995f, 2.0f, 0.0f}), 1e-6f);
+}
+
+TEST(TargetMeshTest, AnOffsetInTheTriangleFrameTurnsWithTheTriangle) {
+  const MeshData grid = GridData(1, 1, 1.0f);
+  const Matrix turn = RotationZ(0.6f, {0.3f, -1.0f, 2.0f});
+  TargetMesh rest, moved;
+  ASSERT_TRUE(BuildTargetMesh(grid, IdentityMatrix(), rest));
+  ASSERT_TRUE(BuildTargetMesh(grid, turn, moved));
+  const Vec3 surface = {0.1f, 0.0f, 0.2f};
+  const Vec3 point = {0.4f, 0.7f, -0.1f};
+  const int32_t* corners = rest.triangle_vertices_.data();
+  const Matrix rest_frame = TriangleFrame(surface, rest.vertices_.data(), rest.polygon_normals_.data(), 0,
+                                          corners[0], corners[1]);
+  const Vec3 local = TransformColumn(InvertMatrix(rest_frame), point - surface);
+  const Vec3 moved_surface = TransformPoint(surface, turn);
+  const Matrix moved_frame = TriangleFrame(moved_surface, moved.vertices_.data(), moved.polygon_normals_.data(), 0,
+                                           corners[0], corners[1]);
+  ExpectVec(moved_surface + TransformColumn(moved_frame, local), TransformPoint(point, turn), 1e-5f);
+}
+
+TEST(TargetMeshTest, UpdateTargetsRefreshesPositionsAndKeepsTheTopology) {
+  const MeshData grid = GridData(2, 2, 2.0f);
+  std::vector<TargetMesh> targets(1);
+  ASSERT_TRUE(BuildTargetMesh(grid, IdentityMatrix(), targets[0]));
+  const std::vector<int32_t> topology = targets[0].triangle_vertices_;
+
+  const Matrix moved = RotationZ(static_cast<float>(M_PI / 2), {0.0f, 5.0f, 0.0f});
+  UpdateTargets(targets, {TargetInput{"grid", 0, &grid, moved}}, true);
+  EXPECT_TRUE(targets[0].has_transform_);
+  ExpectVec(Load3(targets[0].vertices_.data(), 4), {0.0f, 5.0f, 0.0f}, 1e-6f);
+  ExpectVec(Load3(targets[0].polygon_normals_.data(), 3), {-1.0f, 0.0f, 0.0f}, 1e-6f);
+  ExpectVec(TransformPoint({0.0f, 5.0f, 0.0f}, targets[0].world_matrix_inverse_), {0.0f, 0.0f, 0.0f}, 1e-6f);
+
+  // A missing mesh leaves the record unusable for the frame; it comes back with the mesh.
+  UpdateTargets(targets, {TargetInput{"grid", 0, nullptr, moved}}, true);
+  EXPECT_EQ(targets[0].vertex_count_, 0u);
+  EXPECT_TRUE(targets[0].vertices_.empty());
+  EXPECT_EQ(targets[0].triangle_vertices_, topology);
+  UpdateTargets(targets, {TargetInput{"grid", 0, &grid, IdentityMatrix()}}, true);
+  EXPECT_EQ(targets[0].vertex_count_, grid.PointCount());
+  EXPECT_FALSE(targets[0].has_transform_);
+}
+
+TEST(TargetMeshTest, UpdateTargetsWarnsOnlyWhileNotPlaying) {
+  myo_test::LogCapture log;
+  const MeshData grid = GridData(2, 2, 2.0f);
+  std::vector<TargetMesh> targets(1);
+  ASSERT_TRUE(BuildTargetMesh(grid, IdentityMatrix(), targets[0]));
+  const std::vector<TargetInput> two = {{"a", 0, &grid, TranslationMatrix(1, 0, 0)}, {"b", 1, &grid, IdentityMatrix()}};
+  const std::string mismatch =
+      "[MyoForge][Warning] Inconsistency between the solver data and the number of the targets connected. "
+      "Please, stop the simulation and go to the start frame to reinitialize the system.";
+  UpdateTargets(targets, two, false);
+  EXPECT_TRUE(log.lines().empty());
+  UpdateTargets(targets, two, true);
+  EXPECT_EQ(log.Count(mismatch), 1u);
+  // Nothing was refreshed.
+  EXPECT_FALSE(targets[0].has_transform_);
+
+  // A mesh whose vertex count changed is ignored, with a warning while not playing.
+  const MeshData bigger = GridData(3, 2, 2.0f);
+  UpdateTargets(targets, {TargetInput{"a", 0, &bigger, IdentityMatrix()}}, false);
+  EXPECT_EQ(targets[0].vertex_count_, 0u);
+  EXPECT_EQ(log.lines().size(), 1u);
+  UpdateTargets(targets, {TargetInput{"a", 0, &bigger, IdentityMatrix()}}, true);
+  EXPECT_EQ(log.Count("[MyoForge][Warning] Target a has 12 vertices instead of the 9 it was initialized with. "
+                      "This target is ignored while its vertex count differs."),
+            1u);
+}
