@@ -5,6 +5,7 @@
 #include <set>
 
 #include "core/muscle/muscle_attributes.h"
+#include "core/muscle/muscle_frame.h"
 
 using namespace myo_core;
 
@@ -70,4 +71,24 @@ TEST(MuscleAttributesTest, TheRibbonLacksOnlyTheVolumeAttributes) {
     if (spec.long_name == "volumePreservation" || spec.long_name == "volumeRatio") continue;
     ASSERT_EQ(ribbon[r++].long_name, spec.long_name);
   }
+}
+
+TEST(MuscleAttributesTest, FrameValueDefaultsAreTheTableDefaults) {
+  const AttributeTable& table = MuscleAttributes();
+  const MuscleFrameValues frame;
+  auto d = [&](const char* name) { return FindAttribute(table, name)->Default(); };
+  EXPECT_EQ(frame.enable, d("enable") != 0.0);
+  EXPECT_EQ(frame.iterations, d("iterations"));
+  EXPECT_EQ(frame.material, d("material"));
+  EXPECT_EQ(frame.point_mass_mode, d("pointMassMode"));
+  EXPECT_FLOAT_EQ(frame.density, d("density"));
+  EXPECT_EQ(frame.space_scale_mode, d("spaceScaleMode"));
+  EXPECT_EQ(frame.gravity_direction[1], d("gravityDirectionY"));
+  EXPECT_EQ(frame.stiffness, d("stiffness"));
+  EXPECT_EQ(frame.stiffness_shape_preservation, d("stiffnessShapePreservation"));
+  EXPECT_FLOAT_EQ(frame.global_damping_multiplier, d("globalDampingMultiplier"));
+  EXPECT_EQ(frame.attenuation_velocity_factor, d("attenuationVelocityFactor"));
+  EXPECT_EQ(frame.hard_attachments, d("hardAttachments") != 0.0);
+  EXPECT_EQ(frame.debug_fibers_scale, d("debugFibersScale"));
+  EXPECT_EQ(frame.max_sliding_distance, d("maxSlidingDistance"));
 }

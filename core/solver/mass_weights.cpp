@@ -14,7 +14,7 @@ void ScaleWeightsByInverseMass(uint32_t point, uint32_t point_count, uint32_t se
   }
 }
 
-void ApplyMassesToWeights(MuscleSolver& solver, const std::vector<float>& shape_map,
+void ApplyMassesToWeights(MuscleFamilySolver& solver, VolumeConstraint* volume, const std::vector<float>& shape_map,
                           const std::vector<float>& attachment_map,
                           const std::vector<float>& attachment_to_geo_map,
                           const std::vector<float>& slide_on_segment_map,
@@ -27,10 +27,9 @@ void ApplyMassesToWeights(MuscleSolver& solver, const std::vector<float>& shape_
   AttachmentToGeoConstraints& attachments_to_geo = *solver.attachment_to_geo_constraints_;
   SlideOnSegmentConstraints& segments = *solver.slide_on_segment_constraints_;
   SlideOnGeometryConstraints& slides = *solver.slide_on_geometry_constraints_;
-  VolumeConstraint& volume = *solver.volume_constraint_;
 
   const bool fits = solver.masses_.size() == n && edges.inverse_masses_.size() == n &&
-                    volume.inverse_masses_.size() == n &&
+                    (volume == nullptr || volume->inverse_masses_.size() == n) &&
                     shape.inverse_masses_.size() == shape_map.size() &&
                     attachments.inverse_masses_.size() == attachment_map.size() &&
                     attachments_to_geo.inverse_masses_.size() == attachment_to_geo_map.size() &&
@@ -57,7 +56,7 @@ void ApplyMassesToWeights(MuscleSolver& solver, const std::vector<float>& shape_
       ScaleWeightsByInverseMass(i, n, geo_sets, inv, attachment_to_geo_map, attachments_to_geo);
     ScaleWeightsByInverseMass(i, n, segment_sets, inv, slide_on_segment_map, segments);
     ScaleWeightsByInverseMass(i, n, slide_sets, inv, slide_on_geometry_map, slides);
-    volume.inverse_masses_[i] = inv;
+    if (volume != nullptr) volume->inverse_masses_[i] = inv;
   }
 }
 

@@ -17,11 +17,30 @@ void ScaleWeightsByInverseMass(uint32_t point, uint32_t point_count, uint32_t se
                                ConstraintGroup& group);
 
 // Runs after assembly and before every step. Leaves all weights unchanged,
-// with a debug message, when any table does not fit its map.
-void ApplyMassesToWeights(MuscleSolver& solver, const std::vector<float>& shape_map,
+// with a debug message, when any table does not fit its map. `volume` is the
+// muscle's volume row, null for the ribbon.
+void ApplyMassesToWeights(MuscleFamilySolver& solver, VolumeConstraint* volume, const std::vector<float>& shape_map,
                           const std::vector<float>& attachment_map,
                           const std::vector<float>& attachment_to_geo_map,
                           const std::vector<float>& slide_on_segment_map,
                           const std::vector<float>& slide_on_geometry_map);
+
+inline void ApplyMassesToWeights(MuscleSolver& solver, const std::vector<float>& shape_map,
+                                 const std::vector<float>& attachment_map,
+                                 const std::vector<float>& attachment_to_geo_map,
+                                 const std::vector<float>& slide_on_segment_map,
+                                 const std::vector<float>& slide_on_geometry_map) {
+  ApplyMassesToWeights(solver, solver.volume_constraint_.get(), shape_map, attachment_map, attachment_to_geo_map,
+                       slide_on_segment_map, slide_on_geometry_map);
+}
+
+inline void ApplyMassesToWeights(RibbonMuscleSolver& solver, const std::vector<float>& shape_map,
+                                 const std::vector<float>& attachment_map,
+                                 const std::vector<float>& attachment_to_geo_map,
+                                 const std::vector<float>& slide_on_segment_map,
+                                 const std::vector<float>& slide_on_geometry_map) {
+  ApplyMassesToWeights(solver, nullptr, shape_map, attachment_map, attachment_to_geo_map, slide_on_segment_map,
+                       slide_on_geometry_map);
+}
 
 }  // namespace myo_core

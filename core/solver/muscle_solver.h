@@ -1,14 +1,17 @@
 #pragma once
-// The closed muscle: SolverData followed by its constraint groups, and its step.
+// The muscle family: the closed muscle and the ribbon (an open sheet without
+// the volume row) share their groups, their step and their assembly.
 
 #include <cstdint>
 #include <memory>
+#include <vector>
 
 #include "core/kernels/attachment_constraints.h"
 #include "core/kernels/edge_constraints.h"
 #include "core/kernels/geometry_constraints.h"
 #include "core/kernels/shape_constraints.h"
 #include "core/kernels/slide_on_segment_constraints.h"
+#include "core/kernels/target_mesh.h"
 #include "core/kernels/volume_constraint.h"
 #include "core/solver/solver_data.h"
 
@@ -16,7 +19,10 @@ namespace myo_core {
 
 enum SlidingConstraintsMode : int32_t { kSlidingFast = 0, kSlidingQuality = 1 };
 
-struct MuscleSolver : SolverData {
+// SolverData followed by the groups that the muscle and the ribbon share.
+struct MuscleFamilySolver : SolverData {
+  std::vector<TargetMesh> targets_;  // T, the connected target meshes in order of connection
+
   // Groups, in the order their rows stand in lambdas_ after assembly: edges,
   // shape, attachments, slide on segment, attachments to geometry, slide on
   // geometry, volume.
@@ -29,14 +35,27 @@ struct MuscleSolver : SolverData {
       std::make_unique<AttachmentToGeoConstraints>();
   std::unique_ptr<SlideOnGeometryConstraints> slide_on_geometry_constraints_ =
       std::make_unique<SlideOnGeometryConstraints>();
-  std::unique_ptr<VolumeConstraint> volume_constraint_ = std::make_unique<VolumeConstraint>();
   int32_t sliding_constraints_mode_ = kSlidingFast;
+};
+
+// The closed muscle: the family's groups and the volume row, whose
+// multiplier comes last in lambdas_.
+struct MuscleSolver : MuscleFamilySolver {
+  std::unique_ptr<VolumeConstraint> volume_constraint_ = std::make_unique<VolumeConstraint>();
+};
+
+// The ribbon muscle: no volume row, and masses by density read the area.
+struct RibbonMuscleSolver : MuscleFamilySolver {
+  RibbonMuscleSolver() { mesh_dimension_ = 1; }
 };
 
 // One simulation step: attenuation, damping, prediction, the constraint rows
 // iterations_ times in Gauss-Seidel order, velocity update, then the
-// multipliers are cleared and the state becomes the previous state.
-void Step(MuscleSolver& solver);
+// multipliers are cleared and the state becomes the previous state. The
+// volume row runs last in each iteration when `volume` is given.
+void StepMuscleFamily(MuscleFamilySolver& solver, VolumeConstraint* volume);
+inline void Step(MuscleSolver& solver) { StepMuscleFamily(solver, solver.volume_constraint_.get()); }
+inline void Step(RibbonMuscleSolver& solver) { StepMuscleFamily(solver, nullptr); }
 
 // The rest activation that the edge rows divide by, capped below 1.
 inline float ClampRestActivation(float rest_activation) {

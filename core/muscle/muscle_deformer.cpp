@@ -1,0 +1,188 @@
+#include "core/muscle/muscle_deformer.h"
+
+#include <cmath>
+#include <cstdlib>
+
+#include "core/kernels/target_mesh.h"
+#include "core/log/logger.h"
+#include "core/muscle/muscle_assembly.h"
+#include "core/solver/compliance.h"
+#include "core/solver/mass_weights.h"
+#include "core/solver/masses.h"
+#include "core/tables/enum_tables.h"
+#include "core/tables/material_type.h"
+
+namespace myo_core {
+
+namespace {
+
+constexpr int32_t kWeightsAttachmentsToTransform = 3;
+constexpr int32_t kWeightsSlideOnSegment = 11;
+constexpr int32_t kWeightsAttachmentsToGeometry = 12;
+constexpr int32_t kWeightsSlideOnGeometry = 13;
+
+// Copies the matrices of the connected elements when their count fits the
+// table; a rebuild sizes the table first.
+void TakeConnectedMatrices(const ConnectedMatrices& connected, uint32_t per_element, bool initialize,
+                           std::vector<Matrix>& matrices, const char* what) {
+  const std::size_t count = connected.indices.size() * per_element;
+  if (initialize) matrices.resize(count);
+  if (count == matrices.size() && connected.matrices.size() >= count) {
+    std::copy(connected.matrices.begin(), connected.matrices.begin() + count, matrices.begin());
+    return;
+  }
+  LogWarning(std::string("Inconsistency between the solver data and the number of the ") + what +
+             " connected. Please, stop the simulation and go to the start frame to reinitialize the system.");
+}
+
+}  // namespace
+
+int32_t ClampCurrentInfluence(int32_t displayed_weights, int32_t current, const MuscleFrameValues& frame) {
+  int32_t count = -1;
+  if (displayed_weights == kWeightsAttachmentsToTransform) count = static_cast<int32_t>(frame.attachments.indices.size());
+  if (displayed_weights == kWeightsSlideOnSegment) count = static_cast<int32_t>(frame.segments.indices.size());
+  if (displayed_weights == kWeightsAttachmentsToGeometry || displayed_weights == kWeightsSlideOnGeometry)
+    count = static_cast<int32_t>(frame.targets.size());
+  if (count < 0 || count > current) return current;
+  if (count != 0) return 0;
+  return current == 0 ? 0 : -1;
+}
+
+template <class Solver>
+MuscleFamilyDeformer<Solver>::MuscleFamilyDeformer() : solver_(std::make_unique<Solver>()) {}
+
+template <class Solver>
+void MuscleFamilyDeformer<Solver>::TakeMatrices(const MuscleFrameValues& frame, bool initialize) {
+  TakeConnectedMatrices(frame.attachments, 1, initialize, solver_->attachment_constraints_->matrices_,
+                        "attachments");
+  TakeConnectedMatrices(frame.segments, 2, initialize, solver_->slide_on_segment_constraints_->matrices_,
+                        "segments");
+}
+
+template <class Solver>
+void MuscleFamilyDeformer<Solver>::Initialize(const MuscleFrameValues& frame, bool reset_positions, DeformerHost& host,
+                                MapPort& maps) {
+  MeshData mesh;
+  if (!host.ReadInputMesh(mesh)) mesh = MeshData{};
+  MuscleAssemblyInputs inputs;
+  inputs.node_name = host.NodeName();
+  inputs.progress = &host;
+  inputs.map_index = frame.geometry_index;
+  inputs.world_matrix = frame.local_to_world;
+  inputs.attenuation_matrix = frame.attenuation_matrix;
+  inputs.fibers_scale = frame.debug_fibers_scale;
+  inputs.reset_positions = reset_positions;
+  inputs.warn = !host.IsPlaying();
+  inputs.attachment_indices = frame.attachments.indices;
+  inputs.attachment_matrices = solver_->attachment_constraints_->matrices_;
+  inputs.hard_attachments = frame.hard_attachments;
+  inputs.segment_indices = frame.segments.indices;
+  inputs.segment_matrices = solver_->slide_on_segment_constraints_->matrices_;
+  inputs.targets = frame.targets;
+  inputs.max_sliding_distance = frame.max_sliding_distance;
+  InitializeSolver(mesh, maps, inputs, node_, *solver_);
+}
+
+template <class Solver>
+void MuscleFamilyDeformer<Solver>::SetFrameScalars(const MuscleFrameValues& frame, float dt, bool warn) {
+  Solver& s = *solver_;
+  float gravity = frame.gravity;
+  if (s.space_scale_mode_ == kSpaceScaleForces || s.space_scale_mode_ == kSpaceScaleMassesAndForces)
+    gravity /= s.space_scale_;
+  const Vec3 direction =
+      NormalizeSafe(Vec3{frame.gravity_direction[0], frame.gravity_direction[1], frame.gravity_direction[2]});
+  s.gravity_[0] = direction.x * gravity;
+  s.gravity_[1] = direction.y * gravity;
+  s.gravity_[2] = direction.z * gravity;
+
+  s.time_step_ = dt;
+  s.world_matrix_ = frame.local_to_world;
+  s.world_matrix_inverse_ = IsIdentity(s.world_matrix_) ? s.world_matrix_ : InvertMatrix(s.world_matrix_);
+  s.iterations_ = static_cast<uint32_t>(std::abs(frame.iterations));
+  s.inertia_damper_ = frame.inertia_damper;
+  s.global_damping_multiplier_ = frame.global_damping_multiplier;
+  s.sliding_constraints_mode_ = frame.sliding_constraints_mode;
+
+  EvaluateMasses(s.point_mass_mode_, s.space_scale_mode_, s.mesh_dimension_, s.density_, s.mesh_measure_,
+                 s.global_mass_multiplier_, s.space_scale_, warn, false, node_.masses_map_, s.masses_);
+
+  EdgeConstraints& edges = *s.edge_constraints_;
+  edges.activation_ = frame.activation;
+  edges.rest_activation_ = frame.rest_activation;
+  edges.rest_length_multiplier_ = frame.rest_length_multiplier;
+  edges.compression_multiplier_ = frame.compression_multiplier;
+  edges.stretching_multiplier_ = frame.stretching_multiplier;
+  if constexpr (std::is_same_v<Solver, MuscleSolver>) {
+    s.volume_constraint_->volume_preservation_ = frame.volume_preservation;
+    s.volume_constraint_->volume_ratio_ = frame.volume_ratio;
+  }
+
+  SetStiffnessAndCompliance(
+      s, ComputeStiffness(frame.material, frame.stiffness_multiplier, frame.stiffness, frame.use_custom_stiffness), dt);
+  SetShapeCompliance(*s.shape_constraints_, dt * dt, s.compliance_, frame.stiffness_shape_preservation,
+                     frame.override_shape_preservation_stiffness);
+  UpdateTargets(s.targets_, frame.targets, warn);
+
+  s.attenuation_matrix_ = frame.attenuation_matrix;
+  s.attenuation_velocity_factor_ = frame.attenuation_velocity_factor;
+  ApplyMassesToWeights(s, node_.shape_map_, node_.attachment_map_, node_.attachment_to_geo_map_,
+                       node_.slide_on_segment_map_, node_.slide_on_geometry_map_);
+}
+
+template <class Solver>
+MuscleEvaluation MuscleFamilyDeformer<Solver>::Evaluate(const MuscleFrameValues& frame, const std::vector<double>& input,
+                                          DeformerHost& host, MapPort& maps, std::vector<double>& output) {
+  MuscleEvaluation result;
+  result.current_influence = frame.current_influence;
+  if (!frame.enable) {
+    output = input;
+    return result;
+  }
+  if (!solver_) solver_ = std::make_unique<Solver>();
+  Solver& s = *solver_;
+  const bool warn = !host.IsPlaying();
+
+  FrameTimes times;
+  times.current = frame.current_time;
+  times.start = frame.start_time;
+  times.preroll = frame.preroll_start_time;
+  times.last = last_time_;
+  times.time_scale = frame.time_scale;
+  times.frames_per_second = host.FramesPerSecond();
+  times.playing = !warn;
+  times.solver_empty = s.positions_.empty();
+
+  s.density_ = frame.density * 0.001f;
+  s.point_mass_mode_ = frame.point_mass_mode;
+  s.space_scale_ = frame.space_scale > kEpsilon ? frame.space_scale : kEpsilon;
+  s.space_scale_mode_ = frame.space_scale_mode;
+  s.global_mass_multiplier_ = frame.global_mass_multiplier;
+  s.attachment_constraints_->hard_ = frame.hard_attachments;
+  s.attachment_to_geo_constraints_->hard_ = frame.hard_attachments;
+
+  result.decision = DecideFrame(times);
+  const FrameDecision& decision = result.decision;
+  TakeMatrices(frame, decision.initialize);
+  result.current_influence = ClampCurrentInfluence(frame.displayed_weights, frame.current_influence, frame);
+
+  if (decision.initialize) Initialize(frame, decision.reset_positions, host, maps);
+  if (decision.simulate) {
+    SetFrameScalars(frame, decision.dt, warn);
+    Step(s);
+    result.stepped = true;
+  }
+
+  // Output: the simulation blended with the input by the envelope.
+  const std::size_t count = std::min(s.positions_.size(), input.size());
+  output.assign(input.begin(), input.end());
+  const double envelope = frame.envelope;
+  for (std::size_t k = 0; k < count; ++k)
+    output[k] = (static_cast<double>(s.positions_[k]) - input[k]) * envelope + input[k];
+  last_time_ = frame.current_time;
+  return result;
+}
+
+template class MuscleFamilyDeformer<MuscleSolver>;
+template class MuscleFamilyDeformer<RibbonMuscleSolver>;
+
+}  // namespace myo_core
