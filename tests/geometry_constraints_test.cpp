@@ -262,6 +262,101 @@ TEST(UpdateClosestPointsTest, EqualsTheNearestCandidateOverTheCurrentTarget) {
   EXPECT_EQ(active, solver.point_count_);
 }
 
+namespace {
+
+// The closest point of each row as the plain scan of its list gives it: the
+// first candidate at the least distance.
+bool ScanCandidates(Vec3 p, const TargetMesh& target, const int32_t* list, int32_t count, Vec3& best) {
+  float best_distance = 0.0f;
+  bool found = false;
+  for (int32_t k = 0; k < count; ++k) {
+    const int32_t* abc = &target.triangle_vertices_[3 * list[k]];
+    const Vec3 c = ClosestPointOnTriangle(p, Load3(target.vertices_.data(), abc[0]),
+                                          Load3(target.vertices_.data(), abc[1]), Load3(target.vertices_.data(), abc[2]));
+    const float distance = Length(c - p);
+    if (!found || distance < best_distance) {
+      best = c;
+      best_distance = distance;
+      found = true;
+    }
+  }
+  return found;
+}
+
+}  // namespace
+
+TEST(UpdateClosestPointsTest, RandomListsGiveThePlainScanToTheBit) {
+  // Crumpled grids (thin and folded triangles among them) far from the
+  // origin and near it, random lists in random order, points on, near and
+  // far from the surface, and several rounds as the points move, so that the
+  // remembered winners go stale.
+  std::mt19937 random(5);
+  std::uniform_real_distribution<float> unit(-1.0f, 1.0f);
+  const Vec3 offsets[] = {{0.0f, 0.0f, 0.0f}, {1000.0f, -300.0f, 40.0f}, {-0.01f, 5000.0f, 2.0f}};
+  int compared = 0;
+  for (const Vec3 offset : offsets)
+    for (float crumple : {0.05f, 0.6f}) {
+      PolygonMesh polygons = MakeGrid(10, 10, 10.0f, 10.0f);
+      for (std::size_t v = 0; v < polygons.points.size(); v += 3) {
+        polygons.points[v] += crumple * unit(random) + offset.x;
+        polygons.points[v + 1] += 2.0f * crumple * unit(random) + offset.y;
+        polygons.points[v + 2] += crumple * unit(random) + offset.z;
+      }
+      const MeshData mesh = MeshOf(polygons);
+      const std::vector<TargetMesh> targets = {TargetOf(mesh)};
+      const TargetMesh& target = targets[0];
+      const int32_t triangles = static_cast<int32_t>(target.TriangleCount());
+      const uint32_t n = 300;
+      std::vector<std::vector<int32_t>> lists(n);
+      std::vector<float> positions(3 * n);
+      for (uint32_t i = 0; i < n; ++i) {
+        const int32_t start = static_cast<int32_t>(random() % triangles);
+        const int32_t size = 1 + static_cast<int32_t>(random() % 60);
+        for (int32_t k = 0; k < size; ++k) lists[i].push_back((start + static_cast<int32_t>(random() % 40)) % triangles);
+        std::sort(lists[i].begin(), lists[i].end());
+        lists[i].erase(std::unique(lists[i].begin(), lists[i].end()), lists[i].end());
+        std::shuffle(lists[i].begin(), lists[i].end(), random);
+        // A point over a corner of the start triangle, on the surface for some rows.
+        const Vec3 corner = Load3(target.vertices_.data(), target.triangle_vertices_[3 * start]);
+        const float lift = i % 5 == 0 ? 0.0f : (i % 5 == 1 ? 3.0f * unit(random) : 0.3f * unit(random));
+        Store3(positions.data(), i, corner + Vec3{0.4f * unit(random), lift, 0.4f * unit(random)});
+      }
+      SlideOnGeometryConstraints group = SlideTable(n, lists);
+      for (int round = 0; round < 3; ++round) {
+        UpdateClosestPoints(positions, IdentityMatrix(), targets, group);
+        for (uint32_t i = 0; i < n; ++i) {
+          Vec3 expected;
+          ASSERT_TRUE(ScanCandidates(Load3(positions.data(), i), target, lists[i].data(),
+                                     static_cast<int32_t>(lists[i].size()), expected));
+          const Vec3 found = Load3(group.closest_points_.data(), i);
+          ASSERT_EQ(found.x, expected.x) << "row " << i << " round " << round;
+          ASSERT_EQ(found.y, expected.y) << "row " << i << " round " << round;
+          ASSERT_EQ(found.z, expected.z) << "row " << i << " round " << round;
+          ++compared;
+        }
+        for (float& x : positions) x += 0.2f * unit(random);
+      }
+    }
+  EXPECT_EQ(compared, 3 * 2 * 3 * 300);
+}
+
+TEST(UpdateClosestPointsTest, AnEarlierTieWinsOverTheRememberedWinner) {
+  // The later of two equally near mirror triangles won the last update (it
+  // stood alone in the list then); with the earlier one back in front of it,
+  // the earlier one wins.
+  MeshData mirrored;
+  std::string error;
+  ASSERT_TRUE(BuildMeshData({1, 0, 0, 2, 0, 0, 1.5f, 0, 1, -1, 0, 0, -2, 0, 0, -1.5f, 0, 1, 5, 5, 5, 6, 5, 5, 5, 6, 5},
+                            {3, 3, 3}, {0, 1, 2, 3, 4, 5, 6, 7, 8}, mirrored, error));
+  const std::vector<TargetMesh> targets = {TargetOf(mirrored)};
+  const std::vector<float> point = {0.0f, 0.0f, 0.5f};
+  SlideOnGeometryConstraints group = SlideTable(1, {{0, 2, 1}});
+  group.row_winners_ = {2};  // as if triangle 1 had won
+  UpdateClosestPoints(point, IdentityMatrix(), targets, group);
+  EXPECT_GT(group.closest_points_[0], 0.0f);
+  EXPECT_EQ(group.row_winners_, std::vector<int32_t>{0});
+}
+
 // ---------------------------------------------------------------------------
 // Kernels
 

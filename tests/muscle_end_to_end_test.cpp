@@ -95,8 +95,11 @@ TEST(MuscleEndToEndTest, AttachedSlidingMuscleFollowsItsBonesAndKeepsItsVolume) 
     const float volume = SixTimesVolume(solver.volume_constraint_->triangles_, solver.positions_.data());
     worst_volume = std::fmax(worst_volume, std::fabs(volume / rest_volume - 1.0f));
     // Sliding points stay above the floor they slide on.
-    for (uint32_t i = 0; i < n; ++i)
-      if (slide[i] > 0.0f) EXPECT_GT(solver.positions_[3 * i + 1], -6.0f) << "frame " << f;
+    for (uint32_t i = 0; i < n; ++i) {
+      if (slide[i] > 0.0f) {
+        EXPECT_GT(solver.positions_[3 * i + 1], -6.0f) << "frame " << f;
+      }
+    }
   }
   EXPECT_LT(worst_attachment, 0.15f);  // cm, on a 20 cm muscle under gravity
   EXPECT_LT(worst_volume, 0.02f);

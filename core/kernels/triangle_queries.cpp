@@ -7,13 +7,6 @@ namespace {
 V3<float> ToV3(Vec3 v) { return {v.x, v.y, v.z}; }
 Vec3 ToVec3(V3<float> v) { return {v.x, v.y, v.z}; }
 
-void PackRow(float row[4], V3<float> v, float w) {
-  row[0] = v.x;
-  row[1] = v.y;
-  row[2] = v.z;
-  row[3] = w;
-}
-
 }  // namespace
 
 float GramInverse(float det, bool& has_area) {
@@ -61,10 +54,9 @@ Vec3 ClosestPointOnTriangle(Vec3 p, Vec3 a, Vec3 b, Vec3 c) {
 bool PointInTriangle(Vec3 m, Vec3 a, Vec3 b, Vec3 c) {
   const V3<float> ab = ToV3(b - a), ac = ToV3(c - a);
   const float ab_ab = Dot(ab, ab), ac_ac = Dot(ac, ac), ab_ac = Dot(ab, ac);
-  const float det = ac_ac * ab_ab - ab_ac * ab_ac;
-  if (std::fabs(static_cast<double>(det)) < kEpsilonDouble) return false;
-  const float inverse_det = static_cast<float>(1.0 / static_cast<double>(det));
-  return InsideTriangle(ToV3(m), ToV3(a), ab, ac, ab_ab, ac_ac, ab_ac, inverse_det, true);
+  bool has_area;
+  const float inverse_det = GramInverse(ac_ac * ab_ab - ab_ac * ab_ac, has_area);
+  return InsideTriangle(ToV3(m), ToV3(a), ab, ac, ab_ab, ac_ac, ab_ac, inverse_det, has_area);
 }
 
 void PackFourTriangles(const TriangleLanes<Float4, Mask4>& t, PackedTriangle* const out[4]) {
@@ -73,15 +65,6 @@ void PackFourTriangles(const TriangleLanes<Float4, Mask4>& t, PackedTriangle* co
                              {t.c.x, t.c.y, t.c.z, AsFloat(t.has_area)},
                              {t.normal.x, t.normal.y, t.normal.z, Float4(0.0f)}};
   for (int r = 0; r < 4; ++r) StoreTransposed(rows[r], out[0]->rows[r], out[1]->rows[r], out[2]->rows[r], out[3]->rows[r]);
-}
-
-PackedTriangle PackTriangle(const PreparedTriangle& t) {
-  PackedTriangle packed;
-  PackRow(packed.rows[0], t.a, t.inverse_det);
-  PackRow(packed.rows[1], t.b, t.plane);
-  PackRow(packed.rows[2], t.c, MaskBits(t.has_area));
-  PackRow(packed.rows[3], t.normal, 0.0f);
-  return packed;
 }
 
 }  // namespace myo_core

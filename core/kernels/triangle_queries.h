@@ -138,8 +138,6 @@ struct alignas(16) PackedTriangle {
   float rows[4][4];
 };
 
-PackedTriangle PackTriangle(const PreparedTriangle& triangle);
-
 // Packs four prepared triangles, lane k into *out[k].
 void PackFourTriangles(const TriangleLanes<Float4, Mask4>& t, PackedTriangle* const out[4]);
 

@@ -64,10 +64,7 @@ inline V3<F> Cross(V3<F> a, V3<F> b) {
 inline float Sqrt(float x) { return std::sqrt(x); }
 inline bool And(bool a, bool b) { return a & b; }
 inline bool Or(bool a, bool b) { return a | b; }
-inline bool Not(bool a) { return !a; }
 inline float Select(bool mask, float a, float b) { return mask ? a : b; }
-inline float Abs(float x) { return std::fabs(x); }
-inline float Max(float a, float b) { return Select(a > b, a, b); }
 
 template <typename F, typename M>
 inline V3<F> Select(M mask, V3<F> a, V3<F> b) {
@@ -122,7 +119,6 @@ inline Mask4 operator>=(Float4 a, Float4 b) { return {_mm_cmpge_ps(a.v, b.v)}; }
 inline Float4 Sqrt(Float4 x) { return Float4(_mm_sqrt_ps(x.v)); }
 inline Mask4 And(Mask4 a, Mask4 b) { return {_mm_and_ps(a.v, b.v)}; }
 inline Mask4 Or(Mask4 a, Mask4 b) { return {_mm_or_ps(a.v, b.v)}; }
-inline Mask4 Not(Mask4 a) { return {_mm_xor_ps(a.v, _mm_castsi128_ps(_mm_set1_epi32(-1)))}; }
 inline Float4 Select(Mask4 mask, Float4 a, Float4 b) {
   return Float4(_mm_or_ps(_mm_and_ps(mask.v, a.v), _mm_andnot_ps(mask.v, b.v)));
 }
@@ -206,11 +202,6 @@ inline Mask4 And(Mask4 a, Mask4 b) {
 inline Mask4 Or(Mask4 a, Mask4 b) {
   Mask4 m;
   for (int k = 0; k < 4; ++k) m.v[k] = MaskBits(lanes_detail::IsSet(a.v[k]) || lanes_detail::IsSet(b.v[k]));
-  return m;
-}
-inline Mask4 Not(Mask4 a) {
-  Mask4 m;
-  for (int k = 0; k < 4; ++k) m.v[k] = MaskBits(!lanes_detail::IsSet(a.v[k]));
   return m;
 }
 inline Float4 Select(Mask4 mask, Float4 a, Float4 b) {
