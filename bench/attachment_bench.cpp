@@ -113,6 +113,7 @@ void BM_SlideOnSegmentRows(benchmark::State& state) {
   const bool has_transform = state.range(0) != 0;
   SetWorldMatrix(solver, has_transform);
   myo_core::SlideOnSegmentConstraints& group = *solver.slide_on_segment_constraints_;
+  myo_core::PrepareSlideOnSegmentRows(group, solver.point_count_);
   const LoopClock clock;
   for (auto _ : state) {
     myo_core::SolveSlideOnSegmentRows(group, solver.point_count_, solver.compliance_, has_transform,

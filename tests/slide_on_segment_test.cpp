@@ -71,6 +71,7 @@ struct SegmentBuild {
   void Run(float compliance) {
     solver.world_matrix_ = world;
     solver.world_matrix_inverse_ = InvertMatrix(world);
+    PrepareSlideOnSegmentRows(group, solver.point_count_);
     SolveSlideOnSegmentRows(group, solver.point_count_, compliance, !IsIdentity(world), solver.world_matrix_,
                             solver.world_matrix_inverse_, solver.positions_.data(), solver.lambdas_.data());
   }

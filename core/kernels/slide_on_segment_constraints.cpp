@@ -29,16 +29,39 @@ Vec3 ReferenceDirection(Vec3 u) {
 
 }  // namespace
 
+namespace {
+
+bool TablesFit(const SlideOnSegmentConstraints& group, uint32_t point_count) {
+  const uint32_t segments = group.SetCount();
+  const std::size_t rows = static_cast<std::size_t>(segments) * point_count;
+  return group.initialised_ && rows != 0 && group.inverse_masses_.size() == rows && group.radii_.size() == rows &&
+         group.closest_points_.size() == 3 * rows && group.rotations_.size() == 4 * rows &&
+         group.reference_directions_.size() == 3 * static_cast<std::size_t>(segments);
+}
+
+}  // namespace
+
+void PrepareSlideOnSegmentRows(SlideOnSegmentConstraints& group, uint32_t point_count) {
+  if (!TablesFit(group, point_count)) return;
+  const uint32_t segments = group.SetCount();
+  group.row_directions_.resize(3 * static_cast<std::size_t>(segments) * point_count);
+  for (uint32_t s = 0; s < segments; ++s) {
+    const SegmentFrame frame = PrepareSegmentFrame(group.matrices_.data(), group.reference_directions_.data(), s);
+    for (uint32_t i = 0; i < point_count; ++i) {
+      const uint32_t row = s * point_count + i;
+      if (group.inverse_masses_[row] < kEpsilon) continue;
+      Store3(group.row_directions_.data(), row,
+             SlideDirection(frame, group.rotations_.data() + 4 * static_cast<std::size_t>(row)));
+    }
+  }
+}
+
 void SolveSlideOnSegmentRows(SlideOnSegmentConstraints& group, uint32_t point_count, float compliance,
                              bool has_transform, const Matrix& world_matrix, const Matrix& world_matrix_inverse,
                              float* positions, float* lambdas) {
-  if (!group.initialised_) return;
+  if (!TablesFit(group, point_count)) return;
   const uint32_t segments = group.SetCount();
-  const std::size_t rows = static_cast<std::size_t>(segments) * point_count;
-  if (rows == 0 || group.inverse_masses_.size() != rows || group.radii_.size() != rows ||
-      group.closest_points_.size() != 3 * rows || group.rotations_.size() != 4 * rows ||
-      group.reference_directions_.size() != 3 * static_cast<std::size_t>(segments))
-    return;
+  if (group.row_directions_.size() != 3 * static_cast<std::size_t>(segments) * point_count) return;
   const float* weights = group.inverse_masses_.data();
   const float* radii = group.radii_.data();
   for (uint32_t s = 0; s < segments; ++s) {
@@ -46,8 +69,8 @@ void SolveSlideOnSegmentRows(SlideOnSegmentConstraints& group, uint32_t point_co
     for (uint32_t i = 0; i < point_count; ++i) {
       const uint32_t row = s * point_count + i;
       SolveSlideOnSegmentRow(group.lambda_base_ + row, i, row, weights[row], compliance, radii[row], has_transform,
-                             world_matrix, world_matrix_inverse, frame, group.closest_points_.data(),
-                             group.rotations_.data(), positions, lambdas);
+                             world_matrix, world_matrix_inverse, frame, Load3(group.row_directions_.data(), row),
+                             group.closest_points_.data(), positions, lambdas);
     }
   }
 }

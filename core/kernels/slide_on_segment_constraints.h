@@ -23,6 +23,8 @@ struct SlideOnSegmentConstraints : ConstraintGroup {
   std::vector<float> reference_directions_;   // 3S, perpendicular to the segment, in the root's rotation frame
   std::vector<float> rotations_;              // 4 S N, unit axis in the root's rotation frame, angle in radians
   bool initialised_ = false;                  // set at the end of a full build
+  std::vector<float> row_directions_;         // 3 S N, unit direction of each row from its segment
+                                              // in this step (PrepareSlideOnSegmentRows)
 
   uint32_t SetCount() const { return static_cast<uint32_t>(matrices_.size() / 2); }
 };
@@ -67,21 +69,11 @@ inline SegmentFrame PrepareSegmentFrame(const Matrix* matrices, const float* ref
   return frame;
 }
 
-// One row against a prepared segment (see SolveSlideOnSegment).
-inline void SolveSlideOnSegmentRow(uint32_t lambda_row, uint32_t point, uint32_t row, float weight,
-                                   float compliance, float radius, bool has_transform, const Matrix& world_matrix,
-                                   const Matrix& world_matrix_inverse, const SegmentFrame& frame,
-                                   float* closest_points, const float* rotations, float* positions,
-                                   float* lambdas) {
-  if (weight < kEpsilon) return;
-  Vec3 x = Load3(positions, point);
-  if (has_transform) x = TransformPoint(x, world_matrix);
-  const Vec3 c = ClosestPointOnSegment(x, frame.root, frame.tip);
-
-  // Direction of the point from the segment: the reference turned by the
-  // row's angle about the row's axis, both carried by the root's rotation.
+// Direction of a row's point from its segment: the reference turned by the
+// row's angle about the row's axis, both carried by the root's rotation. It
+// depends only on the matrices and the rest data, so it holds for a step.
+inline Vec3 SlideDirection(const SegmentFrame& frame, const float* rotation) {
   Vec3 d = frame.reference;
-  const float* rotation = rotations + 4 * static_cast<std::size_t>(row);
   const float angle = rotation[3];
   if (angle >= kEpsilon) {
     const Vec3 axis = NormalizeSafe(TransformPoint({rotation[0], rotation[1], rotation[2]}, frame.rotation));
@@ -93,7 +85,18 @@ inline void SolveSlideOnSegmentRow(uint32_t lambda_row, uint32_t point, uint32_t
          d.y * cosine + turn.y * sine + axis.y * along * rest,
          d.z * cosine + turn.z * sine + axis.z * along * rest};
   }
-  d = NormalizeSafe(d);
+  return NormalizeSafe(d);
+}
+
+// One row with its direction d from SlideDirection (see SolveSlideOnSegment).
+inline void SolveSlideOnSegmentRow(uint32_t lambda_row, uint32_t point, uint32_t row, float weight,
+                                   float compliance, float radius, bool has_transform, const Matrix& world_matrix,
+                                   const Matrix& world_matrix_inverse, const SegmentFrame& frame, Vec3 d,
+                                   float* closest_points, float* positions, float* lambdas) {
+  if (weight < kEpsilon) return;
+  Vec3 x = Load3(positions, point);
+  if (has_transform) x = TransformPoint(x, world_matrix);
+  const Vec3 c = ClosestPointOnSegment(x, frame.root, frame.tip);
   const Vec3 target = c + d * radius;
 
   const Vec3 offset = {-(target.x - x.x), -(target.y - x.y), -(target.z - x.z)};
@@ -125,15 +128,19 @@ inline void SolveSlideOnSegment(uint32_t lambda_row, uint32_t point, uint32_t se
                                 const float* reference_directions, const float* rotations, float* positions,
                                 float* lambdas) {
   if (weight < kEpsilon) return;
+  const SegmentFrame frame = PrepareSegmentFrame(matrices, reference_directions, segment);
   SolveSlideOnSegmentRow(lambda_row, point, row, weight, compliance, radius, has_transform, world_matrix,
-                         world_matrix_inverse, PrepareSegmentFrame(matrices, reference_directions, segment),
-                         closest_points, rotations, positions, lambdas);
+                         world_matrix_inverse, frame, SlideDirection(frame, rotations + 4 * static_cast<std::size_t>(row)),
+                         closest_points, positions, lambdas);
 }
 
-// Runs every row once when the group is initialised: for every segment s, for
-// every point i, row s N + i with multiplier lambda_base_ + row. What the
-// rows of a segment share is formed once per segment. Tables that do not hold
-// S N rows run nothing.
+// Forms the direction of every painted row for this step, from the
+// segments' matrices of the frame. Run once per step before the iterations.
+void PrepareSlideOnSegmentRows(SlideOnSegmentConstraints& group, uint32_t point_count);
+
+// Runs every row once when the group is initialised and prepared: for every
+// segment s, for every point i, row s N + i with multiplier lambda_base_ +
+// row. Tables that do not hold S N rows run nothing.
 void SolveSlideOnSegmentRows(SlideOnSegmentConstraints& group, uint32_t point_count, float compliance,
                              bool has_transform, const Matrix& world_matrix, const Matrix& world_matrix_inverse,
                              float* positions, float* lambdas);

@@ -18,6 +18,7 @@ void StepMuscleFamily(MuscleFamilySolver& solver, VolumeConstraint* volume) {
 
   EdgeConstraints& edges = *solver.edge_constraints_;
   PrepareEdgeRows(edges, ClampRestActivation(edges.rest_activation_));
+  PrepareSlideOnSegmentRows(*solver.slide_on_segment_constraints_, solver.point_count_);
   float* positions = solver.positions_.data();
   float* lambdas = solver.lambdas_.data();
   AttachmentToGeoConstraints& attachments_to_geo = *solver.attachment_to_geo_constraints_;
