@@ -5,6 +5,8 @@
 
 #include <benchmark/benchmark.h>
 
+#include "bench/support/loop_clock.h"
+
 #include <algorithm>
 #include <chrono>
 #include <memory>
@@ -18,17 +20,6 @@
 namespace {
 
 using myo_core::Matrix;
-
-class LoopClock {
- public:
-  LoopClock() : start_(std::chrono::steady_clock::now()) {}
-  double Nanoseconds() const {
-    return std::chrono::duration<double, std::nano>(std::chrono::steady_clock::now() - start_).count();
-  }
-
- private:
-  std::chrono::steady_clock::time_point start_;
-};
 
 Matrix Translation(float x, float y, float z) {
   Matrix m = myo_core::IdentityMatrix();
@@ -80,7 +71,7 @@ void SetWorldMatrix(myo_core::MuscleSolver& solver, bool has_transform) {
   solver.world_matrix_inverse_ = myo_core::InvertMatrix(solver.world_matrix_);
 }
 
-void ReportPerRow(benchmark::State& state, const LoopClock& clock, std::size_t rows, std::size_t painted) {
+void ReportPerRow(benchmark::State& state, const myo_bench::LoopClock& clock, std::size_t rows, std::size_t painted) {
   const double ns = clock.Nanoseconds() / static_cast<double>(state.iterations());
   state.counters["rows"] = static_cast<double>(rows);
   state.counters["painted_rows"] = static_cast<double>(painted);
@@ -97,7 +88,7 @@ void BM_AttachmentRows(benchmark::State& state) {
   const bool has_transform = state.range(0) != 0;
   SetWorldMatrix(solver, has_transform);
   const myo_core::AttachmentConstraints& group = *solver.attachment_constraints_;
-  const LoopClock clock;
+  const myo_bench::LoopClock clock;
   for (auto _ : state) {
     myo_core::SolveAttachmentRows(group, solver.point_count_, solver.compliance_, has_transform, solver.world_matrix_,
                                   solver.world_matrix_inverse_, solver.positions_.data(), solver.lambdas_.data());
@@ -114,7 +105,7 @@ void BM_SlideOnSegmentRows(benchmark::State& state) {
   SetWorldMatrix(solver, has_transform);
   myo_core::SlideOnSegmentConstraints& group = *solver.slide_on_segment_constraints_;
   myo_core::PrepareSlideOnSegmentRows(group, solver.point_count_);
-  const LoopClock clock;
+  const myo_bench::LoopClock clock;
   for (auto _ : state) {
     myo_core::SolveSlideOnSegmentRows(group, solver.point_count_, solver.compliance_, has_transform,
                                       solver.world_matrix_, solver.world_matrix_inverse_, solver.positions_.data(),

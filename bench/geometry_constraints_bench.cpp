@@ -7,6 +7,8 @@
 
 #include <benchmark/benchmark.h>
 
+#include "bench/support/loop_clock.h"
+
 #include <algorithm>
 #include <chrono>
 #include <cmath>
@@ -22,17 +24,6 @@
 namespace {
 
 using myo_core::Matrix;
-
-class LoopClock {
- public:
-  LoopClock() : start_(std::chrono::steady_clock::now()) {}
-  double Nanoseconds() const {
-    return std::chrono::duration<double, std::nano>(std::chrono::steady_clock::now() - start_).count();
-  }
-
- private:
-  std::chrono::steady_clock::time_point start_;
-};
 
 constexpr double kCandidatesPerRow = 50.0;
 
@@ -90,7 +81,7 @@ void SetSizeCounters(benchmark::State& state, const myo_scenes::TargetedMuscle& 
 // the geometry rows), and the geometry rows alone.
 void BM_MuscleBuildWithTarget(benchmark::State& state) {
   myo_scenes::TargetedMuscle& scene = Scene(myo_core::kSlidingFast);
-  const LoopClock clock;
+  const myo_bench::LoopClock clock;
   for (auto _ : state) {
     myo_core::InitializeSolver(scene.muscle_mesh, scene.maps, scene.inputs, scene.node, scene.solver);
     benchmark::ClobberMemory();
@@ -103,7 +94,7 @@ BENCHMARK(BM_MuscleBuildWithTarget)->Unit(benchmark::kMillisecond);
 void BM_GeometryBuild(benchmark::State& state) {
   myo_scenes::TargetedMuscle& scene = Scene(myo_core::kSlidingFast);
   myo_core::MuscleSolver& solver = scene.solver;
-  const LoopClock clock;
+  const myo_bench::LoopClock clock;
   for (auto _ : state) {
     // Rows of the former build are dropped so that lambdas_ keeps its size.
     solver.lambdas_.resize(solver.attachment_to_geo_constraints_->lambda_base_);
@@ -139,7 +130,7 @@ void BM_SearchCandidateTriangles(benchmark::State& state) {
   const float reach = scene.inputs.max_sliding_distance;
   myo_core::CandidateSearchScratch visited;
   std::vector<int32_t> found;
-  const LoopClock clock;
+  const myo_bench::LoopClock clock;
   for (auto _ : state) {
     for (uint32_t i = 0; i < n; ++i)
       myo_core::SearchCandidateTriangles(starts[i], reach, myo_core::Load3(slides.closest_points_.data(), i),
@@ -155,7 +146,7 @@ void BM_UpdateClosestPoints(benchmark::State& state) {
   myo_scenes::TargetedMuscle& scene = Scene(myo_core::kSlidingFast);
   myo_core::MuscleSolver& solver = scene.solver;
   auto& slides = *solver.slide_on_geometry_constraints_;
-  const LoopClock clock;
+  const myo_bench::LoopClock clock;
   for (auto _ : state) {
     myo_core::UpdateClosestPoints(solver.positions_, solver.world_matrix_, solver.targets_, slides);
     benchmark::ClobberMemory();
@@ -175,7 +166,7 @@ void BM_PrepareCandidateTriangles(benchmark::State& state) {
   myo_core::MuscleSolver& solver = scene.solver;
   myo_core::SlideOnGeometryConstraints slides = *solver.slide_on_geometry_constraints_;
   slides.inverse_masses_.assign(slides.inverse_masses_.size(), 0.0f);
-  const LoopClock clock;
+  const myo_bench::LoopClock clock;
   for (auto _ : state) {
     myo_core::UpdateClosestPoints(solver.positions_, solver.world_matrix_, solver.targets_, slides);
     benchmark::ClobberMemory();
@@ -193,7 +184,7 @@ void BM_SlideOnGeometryRows(benchmark::State& state) {
   const auto& slides = *solver.slide_on_geometry_constraints_;
   myo_core::UpdateClosestPoints(solver.positions_, solver.world_matrix_, solver.targets_,
                                 *solver.slide_on_geometry_constraints_);
-  const LoopClock clock;
+  const myo_bench::LoopClock clock;
   for (auto _ : state) {
     myo_core::SolveSlideOnGeometryRows(slides, 1, solver.point_count_, solver.compliance_, false,
                                        solver.world_matrix_, solver.world_matrix_inverse_, solver.positions_.data(),
@@ -211,7 +202,7 @@ void BM_AttachmentToGeoRows(benchmark::State& state) {
   myo_core::AttachmentToGeoConstraints attachments = *solver.attachment_to_geo_constraints_;
   attachments.hard_ = false;
   attachments.inverse_masses_.assign(solver.point_count_, 1.0f);  // every row soft and painted
-  const LoopClock clock;
+  const myo_bench::LoopClock clock;
   for (auto _ : state) {
     myo_core::SolveAttachmentToGeoRows(attachments, solver.targets_, solver.point_count_, solver.compliance_, false,
                                        solver.world_matrix_, solver.world_matrix_inverse_, solver.positions_.data(),
@@ -226,7 +217,7 @@ BENCHMARK(BM_AttachmentToGeoRows)->Unit(benchmark::kMicrosecond);
 // The per-frame refresh of the target: world positions and polygon normals.
 void BM_UpdateTargets(benchmark::State& state) {
   myo_scenes::TargetedMuscle& scene = Scene(myo_core::kSlidingFast);
-  const LoopClock clock;
+  const myo_bench::LoopClock clock;
   for (auto _ : state) {
     scene.MoveTarget(myo_core::TranslationMatrix(0.0f, 0.0f, 0.0f));
     benchmark::ClobberMemory();
@@ -242,7 +233,7 @@ void BM_GeometryStep(benchmark::State& state) {
   const int32_t mode = static_cast<int32_t>(state.range(0));
   myo_scenes::TargetedMuscle& scene = Scene(mode);
   myo_core::MuscleSolver& solver = scene.solver;
-  const LoopClock clock;
+  const myo_bench::LoopClock clock;
   for (auto _ : state) {
     myo_core::Step(solver);
     benchmark::ClobberMemory();

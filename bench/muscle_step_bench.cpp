@@ -3,6 +3,8 @@
 
 #include <benchmark/benchmark.h>
 
+#include "bench/support/loop_clock.h"
+
 #include <chrono>
 #include <map>
 #include <memory>
@@ -35,18 +37,6 @@ std::size_t SolverBytes(const myo_core::MuscleSolver& s) {
          Bytes(e.schedule_levels_) + Bytes(e.frame_rows_) + Bytes(sh.schedule_);
 }
 
-// Wall time of the benchmark loop, for per-row and per-step counters.
-class LoopClock {
- public:
-  LoopClock() : start_(std::chrono::steady_clock::now()) {}
-  double Nanoseconds() const {
-    return std::chrono::duration<double, std::nano>(std::chrono::steady_clock::now() - start_).count();
-  }
-
- private:
-  std::chrono::steady_clock::time_point start_;
-};
-
 // One assembled muscle per size, kept across benchmark runs.
 myo_scenes::MuscleScene& SceneWithPoints(uint32_t points) {
   static std::map<uint32_t, std::unique_ptr<myo_scenes::MuscleScene>> scenes;
@@ -74,7 +64,7 @@ myo_core::MuscleSolver& SteppedSolver(benchmark::State& state) {
 
 // Wall time per step, in nanoseconds.
 double TimeSteps(benchmark::State& state, myo_core::MuscleSolver& solver) {
-  const LoopClock clock;
+  const myo_bench::LoopClock clock;
   for (auto _ : state) {
     myo_core::Step(solver);
     benchmark::ClobberMemory();
@@ -111,7 +101,7 @@ void BM_EdgeRows(benchmark::State& state) {
   myo_scenes::ApplyFrameSettings(myo_scenes::FrameSettings{}, solver);
   auto& edges = *solver.edge_constraints_;
   myo_core::PrepareEdgeRows(edges, 0.0f);
-  const LoopClock clock;
+  const myo_bench::LoopClock clock;
   for (auto _ : state) {
     myo_core::SolveEdgeRows(edges, solver.compliance_, solver.positions_.data(), solver.lambdas_.data());
     benchmark::ClobberMemory();
@@ -126,7 +116,7 @@ void BM_ShapeRows(benchmark::State& state) {
   myo_core::MuscleSolver& solver = scene.solver;
   myo_scenes::ApplyFrameSettings(myo_scenes::FrameSettings{}, solver);
   const auto& shape = *solver.shape_constraints_;
-  const LoopClock clock;
+  const myo_bench::LoopClock clock;
   for (auto _ : state) {
     myo_core::SolveShapeRows(shape, solver.positions_.data(), solver.lambdas_.data());
     benchmark::ClobberMemory();
@@ -144,7 +134,7 @@ void BM_VolumeRow(benchmark::State& state) {
   myo_scenes::MuscleScene& scene = SceneWithPoints(static_cast<uint32_t>(state.range(0)));
   myo_core::MuscleSolver& solver = scene.solver;
   auto& volume = *solver.volume_constraint_;
-  const LoopClock clock;
+  const myo_bench::LoopClock clock;
   for (auto _ : state) {
     // A goal away from rest, so that every call does the whole work.
     myo_core::SolveVolumeConstraint(volume.lambda_base_, volume.rest_volume_, 0.0f, 1.01f, 1e-4f,

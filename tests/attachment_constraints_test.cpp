@@ -13,21 +13,12 @@
 #include "scenes/muscle_meshes.h"
 #include "scenes/muscle_setup.h"
 #include "support/log_capture.h"
+#include "support/test_geometry.h"
 
 using namespace myo_core;
 using namespace myo_scenes;
 
 namespace {
-
-// Uniform scale s, then translation (row vectors).
-Matrix Affine(float x, float y, float z, float s = 1.0f) {
-  Matrix m = IdentityMatrix();
-  m[0] = m[5] = m[10] = s;
-  m[12] = x;
-  m[13] = y;
-  m[14] = z;
-  return m;
-}
 
 // Solves one row of point 0 towards `matrix` with local position 0 unless given.
 Vec3 Solve(Vec3 point, const Matrix& matrix, float weight, float compliance, bool hard, float& lambda,
@@ -49,7 +40,7 @@ void ExpectNear(Vec3 actual, Vec3 expected, float tolerance) {
 
 TEST(AttachmentKernelTest, HardRowsBlendByTheMapValueAndLeaveTheMultiplier) {
   // Quarter turn about z, then (1, 2, 3): the local point (0.5, 0, 0) sits at (1, 2.5, 3).
-  Matrix matrix = Affine(1.0f, 2.0f, 3.0f);
+  Matrix matrix = myo_test::Affine(1.0f, 2.0f, 3.0f);
   matrix[0] = matrix[5] = 0.0f;
   matrix[1] = 1.0f;
   matrix[4] = -1.0f;
@@ -68,7 +59,7 @@ TEST(AttachmentKernelTest, HardRowsBlendByTheMapValueAndLeaveTheMultiplier) {
 }
 
 TEST(AttachmentKernelTest, SoftRowsAccumulateTheirMultiplier) {
-  const Matrix matrix = Affine(1.0f, 0.0f, 0.0f);
+  const Matrix matrix = myo_test::Affine(1.0f, 0.0f, 0.0f);
   // C = 2 against a weighted norm 1 and compliance 1: half the way, lambda -1;
   // then the multiplier balances the remaining C = 1 and nothing moves.
   float lambda = 0.0f;
@@ -90,10 +81,10 @@ TEST(AttachmentKernelTest, SoftRowsAccumulateTheirMultiplier) {
 TEST(AttachmentKernelTest, PointsGoThroughTheWorldMatrixAndBack) {
   // Object space scaled by 2 and moved by (10, 0, 0): the world target
   // (12, 4, 0) is the object point (1, 2, 0).
-  const Matrix world = Affine(10.0f, 0.0f, 0.0f, 2.0f);
+  const Matrix world = myo_test::Affine(10.0f, 0.0f, 0.0f, 2.0f);
   for (const bool hard : {true, false}) {
     float lambda = 0.0f;
-    ExpectNear(Solve({3.0f, 3.0f, 3.0f}, Affine(12.0f, 4.0f, 0.0f), 1.0f, 0.0f, hard, lambda, 0, world),
+    ExpectNear(Solve({3.0f, 3.0f, 3.0f}, myo_test::Affine(12.0f, 4.0f, 0.0f), 1.0f, 0.0f, hard, lambda, 0, world),
                {1.0f, 2.0f, 0.0f}, 1e-5f);
     // C is measured in world space: twice the object distance.
     EXPECT_NEAR(lambda, hard ? 0.0f : -2.0f * std::sqrt(14.0f), 1e-5f);
@@ -103,7 +94,7 @@ TEST(AttachmentKernelTest, PointsGoThroughTheWorldMatrixAndBack) {
 TEST(AttachmentRowsTest, RowsAreSetMajorWithTheirOwnMultipliers) {
   // Two attachments over three points; multipliers from row 4 on.
   AttachmentConstraints group;
-  group.matrices_ = {Affine(0.0f, 0.0f, 0.0f), Affine(10.0f, 0.0f, 0.0f)};
+  group.matrices_ = {myo_test::Affine(0.0f, 0.0f, 0.0f), myo_test::Affine(10.0f, 0.0f, 0.0f)};
   group.inverse_masses_ = {1.0f, 0.0f, 1.0f, 0.0f, 1.0f, 1.0f};
   group.row_flags_.assign(6, 0);
   group.local_positions_.assign(18, 0.0f);
@@ -142,13 +133,13 @@ struct AttachmentBuild {
     solver.point_count_ = 3;
     solver.positions_ = {1.0f, 2.0f, 3.0f, -2.0f, 0.5f, 0.0f, 4.0f, 4.0f, -1.0f};
     solver.lambdas_ = {5.0f, 5.0f};
-    group.matrices_ = {Affine(1.0f, 0.0f, 0.0f), Affine(0.0f, 0.0f, 0.0f, 2.0f)};
+    group.matrices_ = {myo_test::Affine(1.0f, 0.0f, 0.0f), myo_test::Affine(0.0f, 0.0f, 0.0f, 2.0f)};
   }
   void Paint(uint32_t index, std::vector<float> values) {
     maps.SetAll("attachmentConstraintsList", "attachmentConstraints", index, values);
   }
   void Build(const std::vector<uint32_t>& set_indices) {
-    BuildAttachmentConstraints(group, solver, set_indices, maps, weights, Affine(0.0f, 0.0f, 1.0f));
+    BuildAttachmentConstraints(group, solver, set_indices, maps, weights, myo_test::Affine(0.0f, 0.0f, 1.0f));
   }
 };
 
@@ -233,12 +224,12 @@ struct AttachedSpindle {
     scene.maps.SetAll("massList", "mass", 0, std::vector<float>(n, mass));
     MuscleAssemblyInputs inputs;
     inputs.warn = false;
-    inputs.world_matrix = Affine(0.0f, 0.0f, 5.0f);
+    inputs.world_matrix = myo_test::Affine(0.0f, 0.0f, 5.0f);
     inputs.attachment_indices = {0, 2};
-    inputs.attachment_matrices = {Affine(-10.0f, 0.0f, 5.0f), Affine(10.0f, 0.0f, 5.0f)};
+    inputs.attachment_matrices = {myo_test::Affine(-10.0f, 0.0f, 5.0f), myo_test::Affine(10.0f, 0.0f, 5.0f)};
     inputs.hard_attachments = hard;
     inputs.segment_indices = {0};
-    inputs.segment_matrices = {Affine(-30.0f, 0.0f, 5.0f), Affine(30.0f, 0.0f, 5.0f)};
+    inputs.segment_matrices = {myo_test::Affine(-30.0f, 0.0f, 5.0f), myo_test::Affine(30.0f, 0.0f, 5.0f)};
     InitializeSolver(scene.mesh, scene.maps, inputs, scene.node, scene.solver);
     scene.solver.world_matrix_inverse_ = InvertMatrix(scene.solver.world_matrix_);
   }
@@ -284,11 +275,11 @@ TEST(MusclePhysicsTest, MuscleAttachedSoftlyAtBothEndsFollowsTheMovingBones) {
     for (int step = 1; step <= 50; ++step) {
       // One end rises and turns about z, the other rises and moves in z.
       const float k = static_cast<float>(step);
-      attachments.matrices_[0] = Affine(-10.0f, 0.1f * k, 5.0f);
+      attachments.matrices_[0] = myo_test::Affine(-10.0f, 0.1f * k, 5.0f);
       attachments.matrices_[0][0] = attachments.matrices_[0][5] = std::cos(0.004f * k);
       attachments.matrices_[0][1] = std::sin(0.004f * k);
       attachments.matrices_[0][4] = -std::sin(0.004f * k);
-      attachments.matrices_[1] = Affine(10.0f, 0.1f * k, 5.0f + 0.04f * k);
+      attachments.matrices_[1] = myo_test::Affine(10.0f, 0.1f * k, 5.0f + 0.04f * k);
       Step(solver);
       for (uint32_t i : spindle.painted) {
         const uint32_t row = (spindle.scene.node.attachment_map_[i] > 0.0f ? 0 : solver.point_count_) + i;

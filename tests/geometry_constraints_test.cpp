@@ -18,6 +18,7 @@
 #include "scenes/muscle_setup.h"
 #include "scenes/targeted_muscle.h"
 #include "support/log_capture.h"
+#include "support/test_geometry.h"
 
 using namespace myo_core;
 using namespace myo_scenes;
@@ -35,22 +36,6 @@ TargetMesh TargetOf(const MeshData& mesh, const Matrix& matrix = IdentityMatrix(
   TargetMesh target;
   EXPECT_TRUE(BuildTargetMesh(mesh, matrix, target));
   return target;
-}
-
-// Rotation about z by angle, then translation t (row vectors).
-Matrix RotationZ(float angle, Vec3 t) {
-  Matrix m = TranslationMatrix(t.x, t.y, t.z);
-  m[0] = std::cos(angle);
-  m[1] = std::sin(angle);
-  m[4] = -std::sin(angle);
-  m[5] = std::cos(angle);
-  return m;
-}
-
-void ExpectVec(Vec3 actual, Vec3 expected, float tolerance) {
-  EXPECT_NEAR(actual.x, expected.x, tolerance);
-  EXPECT_NEAR(actual.y, expected.y, tolerance);
-  EXPECT_NEAR(actual.z, expected.z, tolerance);
 }
 
 bool Contains(const std::vector<int32_t>& list, int32_t value) {
@@ -116,7 +101,7 @@ SlideOnGeometryConstraints SlideTable(uint32_t points, const std::vector<std::ve
 
 TEST(CandidateSearchTest, WalkOrderEqualsTheRecursiveWalk) {
   const MeshData grid = MeshOf(MakeGrid(20, 20, 10.0f, 10.0f));
-  const TargetMesh target = TargetOf(grid, RotationZ(0.3f, {1.0f, 2.0f, 0.5f}));
+  const TargetMesh target = TargetOf(grid, myo_test::RotationZ(0.3f, {1.0f, 2.0f, 0.5f}));
   CandidateSearchScratch visited;  // shared by all walks, as in a build
   const int32_t starts[] = {0, 37, 411, 799};
   const float radii[] = {0.0f, 0.3f, 0.9f, 2.5f, 100.0f};
@@ -214,7 +199,7 @@ TEST(UpdateClosestPointsTest, EqualsTheNearestCandidateOverTheCurrentTarget) {
   TargetedMuscleOptions options;
   options.slide_weight = 1.0f;
   options.max_sliding_distance = 1.5f;
-  options.target_matrix = RotationZ(0.2f, {0.0f, 0.3f, 0.0f});
+  options.target_matrix = myo_test::RotationZ(0.2f, {0.0f, 0.3f, 0.0f});
   std::string error;
   ASSERT_TRUE(AssembleTargetedMuscle(MakeSpindle(8, 12, 10.0f, 2.0f), MakeSpindle(14, 20, 12.0f, 3.0f), options,
                                      scene, error));
@@ -224,7 +209,7 @@ TEST(UpdateClosestPointsTest, EqualsTheNearestCandidateOverTheCurrentTarget) {
 
   // The target moves, the points are disturbed, and the muscle's own world
   // matrix is not the identity.
-  scene.MoveTarget(RotationZ(0.25f, {0.2f, 0.1f, -0.1f}));
+  scene.MoveTarget(myo_test::RotationZ(0.25f, {0.2f, 0.1f, -0.1f}));
   std::mt19937 random(3);
   std::uniform_real_distribution<float> jitter(-0.3f, 0.3f);
   std::vector<float> positions = solver.positions_;
@@ -370,23 +355,23 @@ TEST(SlideOnGeometryKernelTest, PushesThePointToItsDistanceOnTheSideItIsOn) {
     return Vec3{x[0], x[1], x[2]};
   };
   float lambda = 0.0f;
-  ExpectVec(solve({1.0f, 2.0f, 0.0f}, 0.5f, 0.0f, lambda), {1.0f, 0.5f, 0.0f}, 1e-6f);
+  myo_test::ExpectVec(solve({1.0f, 2.0f, 0.0f}, 0.5f, 0.0f, lambda), {1.0f, 0.5f, 0.0f}, 1e-6f);
   EXPECT_FLOAT_EQ(lambda, -1.5f);
   lambda = 0.0f;
-  ExpectVec(solve({1.0f, -2.0f, 0.0f}, 0.5f, 0.0f, lambda), {1.0f, -0.5f, 0.0f}, 1e-6f);
+  myo_test::ExpectVec(solve({1.0f, -2.0f, 0.0f}, 0.5f, 0.0f, lambda), {1.0f, -0.5f, 0.0f}, 1e-6f);
   // On the surface with distance 0: the target is the closest point itself.
   // (A compliance of 0 would leave 0 / 0 here; the solver's never is 0.)
   lambda = 0.0f;
-  ExpectVec(solve({1.0f, 0.0f, 0.0f}, 0.0f, 1e-6f, lambda), {1.0f, 0.0f, 0.0f}, 0.0f);
+  myo_test::ExpectVec(solve({1.0f, 0.0f, 0.0f}, 0.0f, 1e-6f, lambda), {1.0f, 0.0f, 0.0f}, 0.0f);
   EXPECT_EQ(lambda, 0.0f);
-  ExpectVec(solve({1.0f, 0.3f, 0.4f}, 0.0f, 1e-6f, lambda), {1.0f, 0.0f, 0.0f}, 1e-6f);
+  myo_test::ExpectVec(solve({1.0f, 0.3f, 0.4f}, 0.0f, 1e-6f, lambda), {1.0f, 0.0f, 0.0f}, 1e-6f);
   // With compliance a and weight w the point moves w / (w + a) of the way.
   lambda = 0.0f;
-  ExpectVec(solve({1.0f, 2.0f, 0.0f}, 0.5f, 1.0f, lambda), {1.0f, 2.0f - 0.75f, 0.0f}, 1e-6f);
+  myo_test::ExpectVec(solve({1.0f, 2.0f, 0.0f}, 0.5f, 1.0f, lambda), {1.0f, 2.0f - 0.75f, 0.0f}, 1e-6f);
   // Flagged and weightless rows do nothing.
   lambda = 0.0f;
-  ExpectVec(solve({1.0f, 2.0f, 0.0f}, 0.5f, 0.0f, lambda, 1), {1.0f, 2.0f, 0.0f}, 0.0f);
-  ExpectVec(solve({1.0f, 2.0f, 0.0f}, 0.5f, 0.0f, lambda, 0, 1e-7f), {1.0f, 2.0f, 0.0f}, 0.0f);
+  myo_test::ExpectVec(solve({1.0f, 2.0f, 0.0f}, 0.5f, 0.0f, lambda, 1), {1.0f, 2.0f, 0.0f}, 0.0f);
+  myo_test::ExpectVec(solve({1.0f, 2.0f, 0.0f}, 0.5f, 0.0f, lambda, 0, 1e-7f), {1.0f, 2.0f, 0.0f}, 0.0f);
   EXPECT_EQ(lambda, 0.0f);
 }
 
@@ -396,7 +381,7 @@ TEST(SlideOnGeometryKernelTest, WorksInWorldSpaceThroughTheSolverMatrix) {
   float x[3] = {1.0f, -8.0f, 0.0f};  // (1, 2, 0) in world space
   float lambda = 0.0f;
   SolveSlideOnGeometry(0, 0, 0, 0, 1.0f, 0.0f, 0.5f, true, world, InvertMatrix(world), closest, x, &lambda);
-  ExpectVec({x[0], x[1], x[2]}, {1.0f, -9.5f, 0.0f}, 1e-5f);
+  myo_test::ExpectVec({x[0], x[1], x[2]}, {1.0f, -9.5f, 0.0f}, 1e-5f);
 }
 
 TEST(SlideOnGeometryKernelTest, TheStageGivesTheBitsOfOneRowAtATime) {
@@ -417,7 +402,7 @@ TEST(SlideOnGeometryKernelTest, TheStageGivesTheBitsOfOneRowAtATime) {
   group.candidate_offsets_.assign(rows, 0);
   std::vector<float> start(3 * n);
   for (float& x : start) x = coordinate(random);
-  const Matrix world = RotationZ(0.3f, {1.0f, -0.5f, 2.0f});
+  const Matrix world = myo_test::RotationZ(0.3f, {1.0f, -0.5f, 2.0f});
   for (bool has_transform : {false, true}) {
     std::vector<float> staged = start, single = start;
     std::vector<float> staged_lambdas(3 + rows, 0.5f), single_lambdas(3 + rows, 0.5f);
@@ -442,7 +427,7 @@ class AttachmentToGeoKernelTest : public ::testing::Test {
     grid_ = MeshOf(MakeGrid(4, 4, 4.0f, 4.0f));
     solver_.point_count_ = 3;
     solver_.positions_ = {0.3f, 0.7f, 0.2f, -0.6f, 0.0f, 1.1f, 1.2f, -0.4f, -0.9f};
-    inputs_ = {TargetInput{"grid", 0, &grid_, RotationZ(0.1f, {0.0f, 0.2f, 0.0f})}};
+    inputs_ = {TargetInput{"grid", 0, &grid_, myo_test::RotationZ(0.1f, {0.0f, 0.2f, 0.0f})}};
     maps_.SetAll("targets", "attachmentToGeoConstraints", 0, std::vector<float>(3, 1.0f));
     BuildGeometryConstraints(inputs_, "muscle1", maps_, 0, 0.0f, 3, IdentityMatrix(), node_, solver_);
   }
@@ -468,33 +453,33 @@ class AttachmentToGeoKernelTest : public ::testing::Test {
 TEST_F(AttachmentToGeoKernelTest, AtRestThePointsStayWhereTheyAre) {
   const std::vector<float> rest = solver_.positions_;
   SolveRows(1.0f, false, 0.0f);
-  for (uint32_t i = 0; i < 3; ++i) ExpectVec(Point(i), Load3(rest.data(), i), 1e-5f);
+  for (uint32_t i = 0; i < 3; ++i) myo_test::ExpectVec(Point(i), Load3(rest.data(), i), 1e-5f);
 }
 
 TEST_F(AttachmentToGeoKernelTest, HardRowsCarryThePointsWithTheTriangleByTheirWeight) {
   const std::vector<float> rest = solver_.positions_;
-  const Matrix moved = RotationZ(0.5f, {0.4f, 1.0f, -0.3f});
+  const Matrix moved = myo_test::RotationZ(0.5f, {0.4f, 1.0f, -0.3f});
   inputs_[0].world_matrix = moved;
   UpdateTargets(solver_.targets_, inputs_, false);
-  const Matrix relative = MultiplyMatrices(InvertMatrix(RotationZ(0.1f, {0.0f, 0.2f, 0.0f})), moved);
+  const Matrix relative = MultiplyMatrices(InvertMatrix(myo_test::RotationZ(0.1f, {0.0f, 0.2f, 0.0f})), moved);
   SolveRows(0.5f, true, 0.0f);
   for (uint32_t i = 0; i < 3; ++i) {
     const Vec3 x = Load3(rest.data(), i);
-    ExpectVec(Point(i), x + (TransformPoint(x, relative) - x) * 0.5f, 1e-5f);
+    myo_test::ExpectVec(Point(i), x + (TransformPoint(x, relative) - x) * 0.5f, 1e-5f);
   }
   SolveRows(1.0f, true, 0.0f);
-  for (uint32_t i = 0; i < 3; ++i) ExpectVec(Point(i), TransformPoint(Load3(rest.data(), i), relative), 1e-5f);
+  for (uint32_t i = 0; i < 3; ++i) myo_test::ExpectVec(Point(i), TransformPoint(Load3(rest.data(), i), relative), 1e-5f);
   EXPECT_TRUE(std::all_of(solver_.lambdas_.begin(), solver_.lambdas_.end(), [](float l) { return l == 0.0f; }));
 }
 
 TEST_F(AttachmentToGeoKernelTest, SoftRowsMoveByTheirShareAgainstTheCompliance) {
   const std::vector<float> rest = solver_.positions_;
-  inputs_[0].world_matrix = RotationZ(0.1f, {0.0f, 1.2f, 0.0f});  // the grid rises by 1
+  inputs_[0].world_matrix = myo_test::RotationZ(0.1f, {0.0f, 1.2f, 0.0f});  // the grid rises by 1
   UpdateTargets(solver_.targets_, inputs_, false);
   SolveRows(1.0f, false, 3.0f);  // moves 1 / (1 + 3) of the way
   const uint32_t base = solver_.attachment_to_geo_constraints_->lambda_base_;
   for (uint32_t i = 0; i < 3; ++i) {
-    ExpectVec(Point(i), Load3(rest.data(), i) + Vec3{0.0f, 0.25f, 0.0f}, 1e-5f);
+    myo_test::ExpectVec(Point(i), Load3(rest.data(), i) + Vec3{0.0f, 0.25f, 0.0f}, 1e-5f);
     EXPECT_NEAR(solver_.lambdas_[base + i], -0.25f, 1e-5f);
   }
 }
@@ -555,7 +540,7 @@ TEST(GeometryBuildTest, UnusableTargetsAreWarnedAndLeftInert) {
 
 TEST(GeometryBuildTest, RestRowsRebuildTheRestPointsFromTheTarget) {
   const MeshData spindle = MeshOf(MakeSpindle(10, 16, 12.0f, 3.0f));
-  const Matrix matrix = MultiplyMatrices(RotationZ(0.4f, {0.0f, 0.0f, 0.0f}), TranslationMatrix(0.5f, 0.2f, 0.0f));
+  const Matrix matrix = MultiplyMatrices(myo_test::RotationZ(0.4f, {0.0f, 0.0f, 0.0f}), TranslationMatrix(0.5f, 0.2f, 0.0f));
   MuscleSolver solver;
   const PolygonMesh muscle = MakeSpindle(6, 8, 8.0f, 1.5f);
   solver.point_count_ = static_cast<uint32_t>(muscle.points.size() / 3);
@@ -573,10 +558,10 @@ TEST(GeometryBuildTest, RestRowsRebuildTheRestPointsFromTheTarget) {
     const float u = rows.bary_u_[i], v = rows.bary_v_[i];
     const Vec3 anchor = Load3(target.vertices_.data(), abc[0]) * u + Load3(target.vertices_.data(), abc[1]) * v +
                         Load3(target.vertices_.data(), abc[2]) * (1.0f - u - v);
-    ExpectVec(anchor, Load3(rows.anchors_.data(), i), 1e-5f);
+    myo_test::ExpectVec(anchor, Load3(rows.anchors_.data(), i), 1e-5f);
     const Matrix frame = TriangleFrame(anchor, target.vertices_.data(), target.polygon_normals_.data(),
                                        rows.faces_[i], abc[0], abc[1]);
-    ExpectVec(anchor + TransformColumn(frame, Load3(rows.local_offsets_.data(), i)), x, 1e-4f);
+    myo_test::ExpectVec(anchor + TransformColumn(frame, Load3(rows.local_offsets_.data(), i)), x, 1e-4f);
     EXPECT_NEAR(rows.distances_[i], Length(x - anchor), 1e-5f);
     // The anchor's triangle belongs to the anchor's polygon.
     EXPECT_GE(TriangleOf(target, rows.faces_[i], abc), 0) << i;
@@ -691,7 +676,7 @@ TEST(GeometryStepTest, FastAndQualityAgreeWithOneIterationAndDifferWithMore) {
     const auto quality = SpindleOnGrid(1.0f, 0.0f, kSlidingQuality);
     for (TargetedMuscle* scene : {fast.get(), quality.get()}) {
       scene->solver.iterations_ = iterations;
-      scene->MoveTarget(RotationZ(0.15f, {0.0f, -2.4f, 0.0f}));
+      scene->MoveTarget(myo_test::RotationZ(0.15f, {0.0f, -2.4f, 0.0f}));
       Step(scene->solver);
     }
     if (iterations == 1)
@@ -736,5 +721,5 @@ TEST(GeometryStepTest, AHardAttachedSpindleFollowsTheGridAllTheWay) {
     Step(solver);
   }
   for (uint32_t i = 0; i < solver.point_count_; ++i)
-    ExpectVec(Load3(solver.positions_.data(), i), Load3(rest.data(), i) + Vec3{3.0f, 1.0f, 0.5f}, 1e-4f);
+    myo_test::ExpectVec(Load3(solver.positions_.data(), i), Load3(rest.data(), i) + Vec3{3.0f, 1.0f, 0.5f}, 1e-4f);
 }

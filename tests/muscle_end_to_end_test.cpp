@@ -11,19 +11,13 @@
 #include "core/muscle/muscle_deformer.h"
 #include "scenes/muscle_meshes.h"
 #include "support/test_host.h"
+#include "support/test_geometry.h"
 
 using namespace myo_core;
 
 namespace {
 
 constexpr float kFrame = 1.0f / 24.0f;
-
-MeshData Build(const PolygonMesh& polygons) {
-  MeshData mesh;
-  std::string error;
-  EXPECT_TRUE(BuildMeshData(polygons.points, polygons.vertex_counts, polygons.vertices, mesh, error)) << error;
-  return mesh;
-}
 
 // The bones sway sideways out of phase, parallel to the floor, and the far
 // one pulls along the muscle.
@@ -37,8 +31,8 @@ Matrix Bone(int bone, int frame) {
 }  // namespace
 
 TEST(MuscleEndToEndTest, AttachedSlidingMuscleFollowsItsBonesAndKeepsItsVolume) {
-  const MeshData muscle = Build(myo_scenes::MakeSpindle(16, 12, 20.0f, 3.0f));
-  const MeshData floor = Build(myo_scenes::MakeGrid(20, 10, 40.0f, 20.0f));
+  const MeshData muscle = myo_test::BuildMesh(myo_scenes::MakeSpindle(16, 12, 20.0f, 3.0f));
+  const MeshData floor = myo_test::BuildMesh(myo_scenes::MakeGrid(20, 10, 40.0f, 20.0f));
   const uint32_t n = muscle.PointCount();
   myo_test::TestHost host(muscle);
   MapStore maps;

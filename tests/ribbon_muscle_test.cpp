@@ -11,19 +11,13 @@
 #include "scenes/muscle_meshes.h"
 #include "support/log_capture.h"
 #include "support/test_host.h"
+#include "support/test_geometry.h"
 
 using namespace myo_core;
 
 namespace {
 
 constexpr float kFrame = 1.0f / 24.0f;
-
-MeshData Build(const PolygonMesh& polygons) {
-  MeshData mesh;
-  std::string error;
-  EXPECT_TRUE(BuildMeshData(polygons.points, polygons.vertex_counts, polygons.vertices, mesh, error)) << error;
-  return mesh;
-}
 
 // Runs a deformer over frames 1 to `frames` with gravity and both ends held
 // hard by two attachments; returns the final solver positions.
@@ -55,7 +49,7 @@ std::vector<float> RunHeld(Deformer& deformer, const MeshData& mesh, MuscleFrame
 }  // namespace
 
 TEST(RibbonMuscleTest, WithoutVolumeAndUniformMassesTheRibbonIsTheMuscle) {
-  const MeshData mesh = Build(myo_scenes::MakeSpindle(10, 8, 10.0f, 2.0f));
+  const MeshData mesh = myo_test::BuildMesh(myo_scenes::MakeSpindle(10, 8, 10.0f, 2.0f));
   MuscleFrameValues frame;
   frame.volume_preservation = 0.0f;  // the muscle's volume row moves nothing
   MuscleDeformer muscle;
@@ -69,7 +63,7 @@ TEST(RibbonMuscleTest, WithoutVolumeAndUniformMassesTheRibbonIsTheMuscle) {
 }
 
 TEST(RibbonMuscleTest, MassesByDensityComeFromTheArea) {
-  const MeshData sheet = Build(myo_scenes::MakeGrid(10, 4, 10.0f, 4.0f));
+  const MeshData sheet = myo_test::BuildMesh(myo_scenes::MakeGrid(10, 4, 10.0f, 4.0f));
   MuscleFrameValues frame;
   frame.point_mass_mode = 0;
   frame.density = 1000.0f;  // 1 per unit of area once converted
@@ -88,7 +82,7 @@ TEST(RibbonMuscleTest, MassesByDensityComeFromTheArea) {
 
 TEST(RibbonMuscleTest, TheMassWarningNamesTheRibbon) {
   myo_test::LogCapture log;
-  const MeshData sheet = Build(myo_scenes::MakeGrid(2, 2, 1.0f, 1.0f));
+  const MeshData sheet = myo_test::BuildMesh(myo_scenes::MakeGrid(2, 2, 1.0f, 1.0f));
   MapStore maps;
   maps.SetAll("massList", "mass", 0, std::vector<float>(sheet.PointCount(), 0.0f));
   RibbonMuscleSolver solver;
@@ -112,7 +106,7 @@ TEST(MuscleAssemblyProgressTest, AFirstBuildShowsOneUnitPerTable) {
     bool ended = false;
     std::string text;
   };
-  const MeshData mesh = Build(myo_scenes::MakeSpindle(4, 6, 10.0f, 2.0f));
+  const MeshData mesh = myo_test::BuildMesh(myo_scenes::MakeSpindle(4, 6, 10.0f, 2.0f));
   CountingHost host(mesh);
   MapStore maps;
   MuscleAssemblyInputs inputs;

@@ -14,25 +14,16 @@
 #include "scenes/muscle_meshes.h"
 #include "scenes/muscle_setup.h"
 #include "support/log_capture.h"
+#include "support/test_geometry.h"
 
 using namespace myo_core;
 using namespace myo_scenes;
 
 namespace {
 
-// Uniform scale s, then translation (row vectors).
-Matrix Affine(float x, float y, float z, float s = 1.0f) {
-  Matrix m = IdentityMatrix();
-  m[0] = m[5] = m[10] = s;
-  m[12] = x;
-  m[13] = y;
-  m[14] = z;
-  return m;
-}
-
 // Quarter turn about x (row vectors): y goes to z, z to -y.
 Matrix QuarterTurnAboutX(float x, float y, float z) {
-  Matrix m = Affine(x, y, z);
+  Matrix m = myo_test::Affine(x, y, z);
   m[5] = m[10] = 0.0f;
   m[6] = 1.0f;
   m[9] = -1.0f;
@@ -85,7 +76,7 @@ TEST(SlideOnSegmentBuildTest, RowsHoldRadiusAngleAndClosestPoint) {
   // direction (+y), a quarter turn around the bone (+z), on the bone, beyond
   // the tip, and one unpainted.
   SegmentBuild build({2.0f, 1.0f, 0.0f, 1.0f, 0.0f, 2.0f, 2.0f, 0.0f, 0.0f, 6.0f, 0.0f, 1.0f, 3.0f, 3.0f, 3.0f},
-                     {Affine(0.0f, 0.0f, 0.0f), Affine(4.0f, 0.0f, 0.0f)});
+                     {myo_test::Affine(0.0f, 0.0f, 0.0f), myo_test::Affine(4.0f, 0.0f, 0.0f)});
   build.solver.lambdas_ = {9.0f};
   build.Build({{1.0f, 1.0f, 1.0f, 1.0f, 0.0f}});
   const SlideOnSegmentConstraints& group = build.group;
@@ -106,22 +97,22 @@ TEST(SlideOnSegmentBuildTest, RowsHoldRadiusAngleAndClosestPoint) {
 
 TEST(SlideOnSegmentBuildTest, ReferenceDirectionFollowsTheUpVectorInTheRootFrame) {
   // A vertical bone takes (0, 0, 1) as up.
-  SegmentBuild vertical({1.0f, 2.0f, 0.0f}, {Affine(0.0f, 0.0f, 0.0f), Affine(0.0f, 5.0f, 0.0f)});
+  SegmentBuild vertical({1.0f, 2.0f, 0.0f}, {myo_test::Affine(0.0f, 0.0f, 0.0f), myo_test::Affine(0.0f, 5.0f, 0.0f)});
   vertical.Build({{1.0f}});
   EXPECT_EQ(vertical.group.reference_directions_, (std::vector<float>{0.0f, 0.0f, 1.0f}));
   // A tilted bone: perpendicular to it, towards +y.
-  SegmentBuild tilted({1.0f, 2.0f, 0.0f}, {Affine(0.0f, 0.0f, 0.0f), Affine(3.0f, 3.0f, 0.0f)});
+  SegmentBuild tilted({1.0f, 2.0f, 0.0f}, {myo_test::Affine(0.0f, 0.0f, 0.0f), myo_test::Affine(3.0f, 3.0f, 0.0f)});
   tilted.Build({{1.0f}});
   ExpectNear(Load3(tilted.group.reference_directions_.data(), 0), {-std::sqrt(0.5f), std::sqrt(0.5f), 0.0f}, 1e-6f);
   // A root turned a quarter about x stores the world +y as its own -z.
-  SegmentBuild turned({1.0f, 2.0f, 0.0f}, {QuarterTurnAboutX(0.0f, 0.0f, 0.0f), Affine(4.0f, 0.0f, 0.0f)});
+  SegmentBuild turned({1.0f, 2.0f, 0.0f}, {QuarterTurnAboutX(0.0f, 0.0f, 0.0f), myo_test::Affine(4.0f, 0.0f, 0.0f)});
   turned.Build({{1.0f}});
   ExpectNear(Load3(turned.group.reference_directions_.data(), 0), {0.0f, 0.0f, -1.0f}, 1e-6f);
 }
 
 TEST(SlideOnSegmentBuildTest, OverlapsAreNormalisedAndMismatchesBuildNothing) {
-  SegmentBuild build({0.0f, 1.0f, 0.0f, 1.0f, 1.0f, 0.0f}, {Affine(0.0f, 0.0f, 0.0f), Affine(4.0f, 0.0f, 0.0f),
-                                                            Affine(0.0f, 0.0f, 0.0f), Affine(0.0f, 4.0f, 0.0f)});
+  SegmentBuild build({0.0f, 1.0f, 0.0f, 1.0f, 1.0f, 0.0f}, {myo_test::Affine(0.0f, 0.0f, 0.0f), myo_test::Affine(4.0f, 0.0f, 0.0f),
+                                                            myo_test::Affine(0.0f, 0.0f, 0.0f), myo_test::Affine(0.0f, 4.0f, 0.0f)});
   myo_test::LogCapture log;
   build.Build({{0.8f, 0.3f}, {0.8f, 0.3f}});
   EXPECT_EQ(log.Count("[MyoForge][Warning] Non-normalized Slide On Segment Constraint weights detected. Proceeding "
@@ -146,7 +137,7 @@ TEST(SlideOnSegmentBuildTest, OverlapsAreNormalisedAndMismatchesBuildNothing) {
   build.Run(0.0f);
   EXPECT_EQ(build.solver.positions_, before);
   // A root without a tip lays out nothing.
-  build.group.matrices_ = {Affine(0.0f, 0.0f, 0.0f)};
+  build.group.matrices_ = {myo_test::Affine(0.0f, 0.0f, 0.0f)};
   build.Build({});
   EXPECT_TRUE(build.group.matrices_.empty());
   EXPECT_EQ(build.solver.lambdas_.size(), 4u);
@@ -157,11 +148,11 @@ TEST(SlideOnSegmentKernelTest, PointsAtRestStayWithAndWithoutAWorldMatrix) {
   const std::vector<float> points = {2.0f, 1.0f, 0.0f, 1.0f, 0.0f, 2.0f,  2.0f,  0.0f, 0.0f,
                                      6.0f, 0.0f, 1.0f, 3.0f, -1.5f, -0.5f, -1.0f, 0.5f, 0.5f};
   for (const bool transformed : {false, true}) {
-    SegmentBuild build(points, {QuarterTurnAboutX(0.5f, 0.0f, 0.0f), Affine(4.0f, 0.25f, 0.0f)});
+    SegmentBuild build(points, {QuarterTurnAboutX(0.5f, 0.0f, 0.0f), myo_test::Affine(4.0f, 0.25f, 0.0f)});
     if (transformed) {
       // Object space scaled by 2 and moved; the bone is given in world space.
-      build.world = Affine(1.0f, -1.0f, 2.0f, 2.0f);
-      build.group.matrices_ = {QuarterTurnAboutX(2.0f, -1.0f, 2.0f), Affine(9.0f, -0.5f, 2.0f)};
+      build.world = myo_test::Affine(1.0f, -1.0f, 2.0f, 2.0f);
+      build.group.matrices_ = {QuarterTurnAboutX(2.0f, -1.0f, 2.0f), myo_test::Affine(9.0f, -0.5f, 2.0f)};
     }
     build.Build({std::vector<float>(6, 1.0f)});
     const std::vector<float> built = build.group.closest_points_;
@@ -176,7 +167,7 @@ TEST(SlideOnSegmentKernelTest, PointsAtRestStayWithAndWithoutAWorldMatrix) {
 TEST(SlideOnSegmentKernelTest, TheRootsRotationCarriesTheAngleAroundTheBone) {
   // Built with an unturned root; then the root turns a quarter about the bone.
   SegmentBuild build({2.0f, 1.0f, 0.0f, 2.0f, 0.0f, 1.0f, 2.0f, 0.0f, 0.0f},
-                     {Affine(0.0f, 0.0f, 0.0f), Affine(4.0f, 0.0f, 0.0f)});
+                     {myo_test::Affine(0.0f, 0.0f, 0.0f), myo_test::Affine(4.0f, 0.0f, 0.0f)});
   build.Build({{1.0f, 1.0f, 1.0f}});
   build.group.matrices_[0] = QuarterTurnAboutX(0.0f, 0.0f, 0.0f);
   build.solver.positions_[6] = 3.0f;  // the point on the bone, pulled off it
@@ -194,7 +185,7 @@ TEST(SlideOnSegmentKernelTest, SegmentEndsDegenerateSegmentsAndTurns) {
   float rotation[4] = {0.0f, 0.0f, 0.0f, 0.0f};
   float closest[3] = {0.0f, 0.0f, 0.0f};
   auto solve = [&](Vec3 root, Vec3 tip, Vec3 point, float weight, float& lambda) {
-    matrices = {Affine(root.x, root.y, root.z), Affine(tip.x, tip.y, tip.z)};
+    matrices = {myo_test::Affine(root.x, root.y, root.z), myo_test::Affine(tip.x, tip.y, tip.z)};
     float position[3] = {point.x, point.y, point.z};
     SolveSlideOnSegment(0, 0, 0, 0, weight, 0.0f, 2.0f, false, IdentityMatrix(), IdentityMatrix(), matrices.data(),
                         closest, reference, rotation, position, &lambda);
@@ -229,14 +220,14 @@ TEST(SlideOnSegmentRowsTest, TheStageGivesTheBitsOfTheKernelInTableOrder) {
     const float a = 0.5f * static_cast<float>(i);
     points.insert(points.end(), {0.7f * static_cast<float>(i) - 2.0f, 1.5f * std::cos(a), 1.5f * std::sin(a)});
   }
-  SegmentBuild build(points, {Affine(-3.0f, 0.0f, 0.0f), Affine(6.0f, 0.5f, 0.0f),
-                              QuarterTurnAboutX(0.0f, -2.0f, 0.0f), Affine(0.0f, 3.0f, 1.0f)});
-  build.world = Affine(0.25f, -0.5f, 1.0f);
+  SegmentBuild build(points, {myo_test::Affine(-3.0f, 0.0f, 0.0f), myo_test::Affine(6.0f, 0.5f, 0.0f),
+                              QuarterTurnAboutX(0.0f, -2.0f, 0.0f), myo_test::Affine(0.0f, 3.0f, 1.0f)});
+  build.world = myo_test::Affine(0.25f, -0.5f, 1.0f);
   std::vector<float> second(12, 0.0f);
   std::fill(second.begin() + 6, second.end(), 0.25f);
   build.Build({std::vector<float>(12, 0.5f), second});
   build.group.matrices_[0] = QuarterTurnAboutX(-2.0f, 0.5f, 0.25f);
-  build.group.matrices_[3] = Affine(1.0f, 3.5f, 0.0f);
+  build.group.matrices_[3] = myo_test::Affine(1.0f, 3.5f, 0.0f);
 
   SlideOnSegmentConstraints group = build.group;
   std::vector<float> positions = build.solver.positions_, lambdas = build.solver.lambdas_;
@@ -262,7 +253,7 @@ TEST(MusclePhysicsTest, MuscleSlidingOnABoneKeepsItsRadiusWhileTheBoneMovesAlong
   MuscleAssemblyInputs inputs;
   inputs.warn = false;
   inputs.segment_indices = {3};
-  inputs.segment_matrices = {Affine(-30.0f, 0.0f, 0.0f), Affine(30.0f, 0.0f, 0.0f)};
+  inputs.segment_matrices = {myo_test::Affine(-30.0f, 0.0f, 0.0f), myo_test::Affine(30.0f, 0.0f, 0.0f)};
   InitializeSolver(scene.mesh, scene.maps, inputs, scene.node, scene.solver);
   MuscleSolver& solver = scene.solver;
   SlideOnSegmentConstraints& segment = *solver.slide_on_segment_constraints_;
@@ -280,7 +271,7 @@ TEST(MusclePhysicsTest, MuscleSlidingOnABoneKeepsItsRadiusWhileTheBoneMovesAlong
   float worst = 0.0f;
   for (int step = 1; step <= 50; ++step) {
     const float shift = 0.1f * static_cast<float>(step);
-    segment.matrices_ = {Affine(-30.0f + shift, 0.0f, 0.0f), Affine(30.0f + shift, 0.0f, 0.0f)};
+    segment.matrices_ = {myo_test::Affine(-30.0f + shift, 0.0f, 0.0f), myo_test::Affine(30.0f + shift, 0.0f, 0.0f)};
     Step(solver);
     for (uint32_t i = 0; i < n; ++i) {
       const Vec3 p = Load3(solver.positions_.data(), i);

@@ -10,6 +10,7 @@
 #include "core/kernels/target_mesh.h"
 #include "scenes/muscle_meshes.h"
 #include "support/log_capture.h"
+#include "support/test_geometry.h"
 
 using namespace myo_core;
 
@@ -21,22 +22,6 @@ MeshData GridData(uint32_t nx, uint32_t nz, float size) {
   std::string error;
   EXPECT_TRUE(BuildMeshData(grid.points, grid.vertex_counts, grid.vertices, data, error)) << error;
   return data;
-}
-
-// Rotation about z by angle, then translation t (row vectors).
-Matrix RotationZ(float angle, Vec3 t) {
-  Matrix m = TranslationMatrix(t.x, t.y, t.z);
-  m[0] = std::cos(angle);
-  m[1] = std::sin(angle);
-  m[4] = -std::sin(angle);
-  m[5] = std::cos(angle);
-  return m;
-}
-
-void ExpectVec(Vec3 actual, Vec3 expected, float tolerance) {
-  EXPECT_NEAR(actual.x, expected.x, tolerance);
-  EXPECT_NEAR(actual.y, expected.y, tolerance);
-  EXPECT_NEAR(actual.z, expected.z, tolerance);
 }
 
 const std::string kUnexpectedPolygons =
@@ -54,11 +39,11 @@ TEST(TargetMeshTest, BuildPlacesTheMeshInWorldSpaceWithItsTopology) {
   EXPECT_EQ(target.normal_count_, 6u);
   EXPECT_TRUE(target.has_transform_);
   for (uint32_t v = 0; v < 6; ++v)
-    ExpectVec(Load3(target.vertices_.data(), v), Load3(grid.points.data(), v) + Vec3{1.0f, 2.0f, 3.0f}, 0.0f);
-  ExpectVec(TransformPoint({1.0f, 2.0f, 3.0f}, target.world_matrix_inverse_), {0.0f, 0.0f, 0.0f}, 1e-6f);
+    myo_test::ExpectVec(Load3(target.vertices_.data(), v), Load3(grid.points.data(), v) + Vec3{1.0f, 2.0f, 3.0f}, 0.0f);
+  myo_test::ExpectVec(TransformPoint({1.0f, 2.0f, 3.0f}, target.world_matrix_inverse_), {0.0f, 0.0f, 0.0f}, 1e-6f);
   // The grid faces +y, and so do the vertex normals.
-  for (uint32_t f = 0; f < 2; ++f) ExpectVec(Load3(target.polygon_normals_.data(), f), {0.0f, 1.0f, 0.0f}, 0.0f);
-  for (uint32_t v = 0; v < 6; ++v) ExpectVec(Load3(target.vertex_normals_.data(), v), {0.0f, 1.0f, 0.0f}, 0.0f);
+  for (uint32_t f = 0; f < 2; ++f) myo_test::ExpectVec(Load3(target.polygon_normals_.data(), f), {0.0f, 1.0f, 0.0f}, 0.0f);
+  for (uint32_t v = 0; v < 6; ++v) myo_test::ExpectVec(Load3(target.vertex_normals_.data(), v), {0.0f, 1.0f, 0.0f}, 0.0f);
   // Triangles run in polygon order; the middle column of points touches both quads.
   EXPECT_EQ(target.polygon_triangle_offsets_, (std::vector<int32_t>{0, 2}));
   EXPECT_EQ(target.polygon_triangles_, (std::vector<int32_t>{0, 1, 2, 3}));
@@ -74,8 +59,8 @@ TEST(TargetMeshTest, BuildPlacesTheMeshInWorldSpaceWithItsTopology) {
 TEST(TargetMeshTest, NormalsFollowTheMatrixAndTheWinding) {
   const MeshData grid = GridData(1, 1, 1.0f);
   TargetMesh target;
-  ASSERT_TRUE(BuildTargetMesh(grid, RotationZ(static_cast<float>(M_PI / 2), {0.0f, 0.0f, 0.0f}), target));
-  ExpectVec(Load3(target.polygon_normals_.data(), 0), {-1.0f, 0.0f, 0.0f}, 1e-6f);
+  ASSERT_TRUE(BuildTargetMesh(grid, myo_test::RotationZ(static_cast<float>(M_PI / 2), {0.0f, 0.0f, 0.0f}), target));
+  myo_test::ExpectVec(Load3(target.polygon_normals_.data(), 0), {-1.0f, 0.0f, 0.0f}, 1e-6f);
 
   // A tilted, non-planar quad: Newell's normal is the mean plane's, whatever
   // vertex the loop starts from.
@@ -90,7 +75,7 @@ TEST(TargetMeshTest, NormalsFollowTheMatrixAndTheWinding) {
   const Vec3 n = Load3(a.polygon_normals_.data(), 0);
   EXPECT_NEAR(Length(n), 1.0f, 1e-6f);
   EXPECT_GT(n.z, 0.9f);
-  ExpectVec(Load3(b.polygon_normals_.data(), 0), n, 1e-6f);
+  myo_test::ExpectVec(Load3(b.polygon_normals_.data(), 0), n, 1e-6f);
 }
 
 TEST(TargetMeshTest, BuildRefusesEmptyAndInconsistentMeshes) {
@@ -122,18 +107,18 @@ TEST(TargetMeshTest, TriangleFrameHasUnitAxesTowardsTheFirstCornerAndAlongTheNor
   const Matrix frame = TriangleFrame(point, vertices, normals, 1, 0, 1);
   const Vec3 e = NormalizeSafe(Vec3{1.5f, -0.5f, 0.0f});
   const Vec3 n = {0.0f, 0.0f, 1.0f};
-  ExpectVec(TransformColumn(frame, {1.0f, 0.0f, 0.0f}), NormalizeSafe(Cross(e, n)), 1e-6f);
-  ExpectVec(TransformColumn(frame, {0.0f, 1.0f, 0.0f}), n, 0.0f);
-  ExpectVec(TransformColumn(frame, {0.0f, 0.0f, 1.0f}), e, 1e-6f);
+  myo_test::ExpectVec(TransformColumn(frame, {1.0f, 0.0f, 0.0f}), NormalizeSafe(Cross(e, n)), 1e-6f);
+  myo_test::ExpectVec(TransformColumn(frame, {0.0f, 1.0f, 0.0f}), n, 0.0f);
+  myo_test::ExpectVec(TransformColumn(frame, {0.0f, 0.0f, 1.0f}), e, 1e-6f);
 
   // On the first corner (within 0.001) the frame looks at the second instead.
   const Matrix on_corner = TriangleFrame({1.9995f, 0.0f, 0.0f}, vertices, normals, 1, 0, 1);
-  ExpectVec(TransformColumn(on_corner, {0.0f, 0.0f, 1.0f}), NormalizeSafe(Vec3{-1.9995f, 2.0f, 0.0f}), 1e-6f);
+  myo_test::ExpectVec(TransformColumn(on_corner, {0.0f, 0.0f, 1.0f}), NormalizeSafe(Vec3{-1.9995f, 2.0f, 0.0f}), 1e-6f);
 }
 
 TEST(TargetMeshTest, AnOffsetInTheTriangleFrameTurnsWithTheTriangle) {
   const MeshData grid = GridData(1, 1, 1.0f);
-  const Matrix turn = RotationZ(0.6f, {0.3f, -1.0f, 2.0f});
+  const Matrix turn = myo_test::RotationZ(0.6f, {0.3f, -1.0f, 2.0f});
   TargetMesh rest, moved;
   ASSERT_TRUE(BuildTargetMesh(grid, IdentityMatrix(), rest));
   ASSERT_TRUE(BuildTargetMesh(grid, turn, moved));
@@ -146,7 +131,7 @@ TEST(TargetMeshTest, AnOffsetInTheTriangleFrameTurnsWithTheTriangle) {
   const Vec3 moved_surface = TransformPoint(surface, turn);
   const Matrix moved_frame = TriangleFrame(moved_surface, moved.vertices_.data(), moved.polygon_normals_.data(), 0,
                                            corners[0], corners[1]);
-  ExpectVec(moved_surface + TransformColumn(moved_frame, local), TransformPoint(point, turn), 1e-5f);
+  myo_test::ExpectVec(moved_surface + TransformColumn(moved_frame, local), TransformPoint(point, turn), 1e-5f);
 }
 
 TEST(TargetMeshTest, UpdateTargetsRefreshesPositionsAndKeepsTheTopology) {
@@ -155,12 +140,12 @@ TEST(TargetMeshTest, UpdateTargetsRefreshesPositionsAndKeepsTheTopology) {
   ASSERT_TRUE(BuildTargetMesh(grid, IdentityMatrix(), targets[0]));
   const std::vector<int32_t> topology = targets[0].triangle_vertices_;
 
-  const Matrix moved = RotationZ(static_cast<float>(M_PI / 2), {0.0f, 5.0f, 0.0f});
+  const Matrix moved = myo_test::RotationZ(static_cast<float>(M_PI / 2), {0.0f, 5.0f, 0.0f});
   UpdateTargets(targets, {TargetInput{"grid", 0, &grid, moved}}, true);
   EXPECT_TRUE(targets[0].has_transform_);
-  ExpectVec(Load3(targets[0].vertices_.data(), 4), {0.0f, 5.0f, 0.0f}, 1e-6f);
-  ExpectVec(Load3(targets[0].polygon_normals_.data(), 3), {-1.0f, 0.0f, 0.0f}, 1e-6f);
-  ExpectVec(TransformPoint({0.0f, 5.0f, 0.0f}, targets[0].world_matrix_inverse_), {0.0f, 0.0f, 0.0f}, 1e-6f);
+  myo_test::ExpectVec(Load3(targets[0].vertices_.data(), 4), {0.0f, 5.0f, 0.0f}, 1e-6f);
+  myo_test::ExpectVec(Load3(targets[0].polygon_normals_.data(), 3), {-1.0f, 0.0f, 0.0f}, 1e-6f);
+  myo_test::ExpectVec(TransformPoint({0.0f, 5.0f, 0.0f}, targets[0].world_matrix_inverse_), {0.0f, 0.0f, 0.0f}, 1e-6f);
 
   // A missing mesh leaves the record unusable for the frame; it comes back with the mesh.
   UpdateTargets(targets, {TargetInput{"grid", 0, nullptr, moved}}, true);
