@@ -12,10 +12,10 @@ using namespace myo_core;
 TEST(MuscleAttributesTest, NamesAreUniqueAndFindableByEither) {
   const AttributeTable& table = MuscleAttributes();
   std::set<std::string> names;
-  for (const AttributeSpec& spec : table) {
-    EXPECT_TRUE(names.insert(spec.long_name).second) << spec.long_name;
-    EXPECT_TRUE(names.insert(spec.short_name).second) << spec.short_name;
-    for (const std::string& child : spec.children) EXPECT_NE(FindAttribute(table, child), nullptr) << child;
+  for (const AttributeInfo& info : table) {
+    EXPECT_TRUE(names.insert(info.long_name).second) << info.long_name;
+    EXPECT_TRUE(names.insert(info.short_name).second) << info.short_name;
+    for (const std::string& child : info.children) EXPECT_NE(FindAttribute(table, child), nullptr) << child;
   }
   EXPECT_EQ(FindAttribute(table, "stretm")->long_name, "stretchingMultiplier");
   EXPECT_EQ(FindAttribute(table, "idmp")->long_name, "inertiaDamper");
@@ -27,21 +27,21 @@ TEST(MuscleAttributesTest, OrderLimitsAndEnumFields) {
   EXPECT_EQ(table.front().long_name, "enable");
   EXPECT_EQ(table[1].long_name, "iterations");
   EXPECT_EQ(table.back().long_name, "debugFibersScale");
-  const AttributeSpec* rest = FindAttribute(table, "restActivation");
+  const AttributeInfo* rest = FindAttribute(table, "restActivation");
   EXPECT_EQ(*rest->max, 0.999);
-  const AttributeSpec* iterations = FindAttribute(table, "it");
+  const AttributeInfo* iterations = FindAttribute(table, "it");
   EXPECT_EQ(*iterations->min, 1.0);
   EXPECT_EQ(*iterations->soft_max, 10.0);
   EXPECT_FALSE(iterations->max.has_value());
-  const AttributeSpec* material = FindAttribute(table, "mat");
+  const AttributeInfo* material = FindAttribute(table, "mat");
   ASSERT_EQ(material->fields.size(), 7u);
   EXPECT_EQ(material->fields[1].name, "Muscle");
   EXPECT_EQ(material->Default(), 1.0);
-  const AttributeSpec* feature = FindAttribute(table, "debugFeature");
+  const AttributeInfo* feature = FindAttribute(table, "debugFeature");
   ASSERT_EQ(feature->fields.size(), 6u);
   EXPECT_EQ(feature->fields[4].name, "Slide On Segment");
   EXPECT_EQ(feature->fields[4].value, 9);
-  const AttributeSpec* color = FindAttribute(table, "dbc");
+  const AttributeInfo* color = FindAttribute(table, "dbc");
   EXPECT_EQ(color->defaults, (std::vector<double>{1.0, 0.0, 0.0}));
   EXPECT_TRUE(color->Has(kUsedAsColor));
   EXPECT_EQ(FindAttribute(table, "am")->disconnect_behavior, 1);
@@ -50,8 +50,8 @@ TEST(MuscleAttributesTest, OrderLimitsAndEnumFields) {
 
 TEST(MuscleAttributesTest, OnlyTheListedAttributesAffectTheOutput) {
   std::set<std::string> affecting;
-  for (const AttributeSpec& spec : MuscleAttributes())
-    if (spec.Has(kAffectsOutput)) affecting.insert(spec.long_name);
+  for (const AttributeInfo& info : MuscleAttributes())
+    if (info.Has(kAffectsOutput)) affecting.insert(info.long_name);
   const std::set<std::string> expected{
       "currentTime", "tendons", "tendonsList", "fibers", "fibersList", "attachmentConstraints",
       "attachmentConstraintsList", "slideOnSegmentConstraints", "slideOnSegmentConstraintsList",
@@ -67,9 +67,9 @@ TEST(MuscleAttributesTest, TheRibbonLacksOnlyTheVolumeAttributes) {
   EXPECT_EQ(FindAttribute(ribbon, "volumeRatio"), nullptr);
   EXPECT_EQ(FindAttribute(ribbon, "vp"), nullptr);
   std::size_t r = 0;
-  for (const AttributeSpec& spec : muscle) {
-    if (spec.long_name == "volumePreservation" || spec.long_name == "volumeRatio") continue;
-    ASSERT_EQ(ribbon[r++].long_name, spec.long_name);
+  for (const AttributeInfo& info : muscle) {
+    if (info.long_name == "volumePreservation" || info.long_name == "volumeRatio") continue;
+    ASSERT_EQ(ribbon[r++].long_name, info.long_name);
   }
 }
 

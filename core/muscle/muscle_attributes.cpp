@@ -14,54 +14,54 @@ constexpr uint32_t K = kKeyable;
 constexpr uint32_t A = kArray;
 constexpr uint32_t O = kAffectsOutput;
 
-AttributeSpec Scalar(const char* long_name, const char* short_name, T type, double value, uint32_t flags,
+AttributeInfo Scalar(const char* long_name, const char* short_name, T type, double value, uint32_t flags,
                      std::optional<double> min = {}, std::optional<double> max = {},
                      std::optional<double> soft_min = {}, std::optional<double> soft_max = {}) {
-  AttributeSpec spec;
-  spec.long_name = long_name;
-  spec.short_name = short_name;
-  spec.type = type;
-  spec.defaults = {value};
-  spec.flags = flags;
-  spec.min = min;
-  spec.max = max;
-  spec.soft_min = soft_min;
-  spec.soft_max = soft_max;
-  return spec;
+  AttributeInfo info;
+  info.long_name = long_name;
+  info.short_name = short_name;
+  info.type = type;
+  info.defaults = {value};
+  info.flags = flags;
+  info.min = min;
+  info.max = max;
+  info.soft_min = soft_min;
+  info.soft_max = soft_max;
+  return info;
 }
 
-AttributeSpec Enum(const char* long_name, const char* short_name, std::vector<EnumField> fields, double value,
+AttributeInfo Enum(const char* long_name, const char* short_name, std::vector<EnumField> fields, double value,
                    uint32_t flags) {
-  AttributeSpec spec = Scalar(long_name, short_name, T::kEnum, value, flags);
-  spec.fields = std::move(fields);
-  return spec;
+  AttributeInfo info = Scalar(long_name, short_name, T::kEnum, value, flags);
+  info.fields = std::move(fields);
+  return info;
 }
 
-AttributeSpec Compound(const char* long_name, const char* short_name, std::vector<std::string> children,
+AttributeInfo Compound(const char* long_name, const char* short_name, std::vector<std::string> children,
                        uint32_t flags) {
-  AttributeSpec spec;
-  spec.long_name = long_name;
-  spec.short_name = short_name;
-  spec.type = T::kCompound;
-  spec.children = std::move(children);
-  spec.flags = flags;
-  return spec;
+  AttributeInfo info;
+  info.long_name = long_name;
+  info.short_name = short_name;
+  info.type = T::kCompound;
+  info.children = std::move(children);
+  info.flags = flags;
+  return info;
 }
 
 // A per-vertex map list: a compound array whose one child is the map.
-AttributeSpec List(const char* long_name, const char* short_name, const char* element, uint32_t flags) {
-  AttributeSpec spec = Compound(long_name, short_name, {element}, A | flags);
-  spec.array_of = element;
-  return spec;
+AttributeInfo List(const char* long_name, const char* short_name, const char* element, uint32_t flags) {
+  AttributeInfo info = Compound(long_name, short_name, {element}, A | flags);
+  info.array_of = element;
+  return info;
 }
 
-AttributeSpec Typed(const char* long_name, const char* short_name, T type, uint32_t flags) {
-  AttributeSpec spec;
-  spec.long_name = long_name;
-  spec.short_name = short_name;
-  spec.type = type;
-  spec.flags = flags;
-  return spec;
+AttributeInfo Typed(const char* long_name, const char* short_name, T type, uint32_t flags) {
+  AttributeInfo info;
+  info.long_name = long_name;
+  info.short_name = short_name;
+  info.type = type;
+  info.flags = flags;
+  return info;
 }
 
 AttributeTable BuildMuscleTable() {
@@ -115,7 +115,7 @@ AttributeTable BuildMuscleTable() {
   t.push_back(List("globalDampingList", "gdmpl", "globalDamping", 0));
   t.push_back(Typed("attachmentMatrix", "attm", T::kMatrix, kStorable));
   t.push_back(Scalar("attachmentConstraints", "attc", T::kFloat, 0, A | O));
-  AttributeSpec attachments = Compound("attachmentConstraintsList", "attcl",
+  AttributeInfo attachments = Compound("attachmentConstraintsList", "attcl",
                                        {"attachmentMatrix", "attachmentConstraints"}, A | O);
   t.push_back(attachments);
   t.push_back(Scalar("tendons", "tn", T::kFloat, 0, A | O, 0.0, 1.0));
@@ -133,10 +133,10 @@ AttributeTable BuildMuscleTable() {
   t.push_back(List("shapePreservationList", "spl", "shapePreservation", 0));
   t.push_back(Scalar("mass", "m", T::kFloat, 1, A, 0.000001, {}, 0.001, 10.0));
   t.push_back(List("massList", "ml", "mass", 0));
-  AttributeSpec attenuation = Typed("attenuationMatrix", "am", T::kMatrix, kStorable);
+  AttributeInfo attenuation = Typed("attenuationMatrix", "am", T::kMatrix, kStorable);
   attenuation.disconnect_behavior = 1;
   t.push_back(attenuation);
-  AttributeSpec influence = Scalar("currentInfluence", "ci", T::kInt, 0, kHidden, -1.0);
+  AttributeInfo influence = Scalar("currentInfluence", "ci", T::kInt, 0, kHidden, -1.0);
   influence.disconnect_behavior = 1;
   t.push_back(influence);
   t.push_back(Typed("slideOnSegmentRootMatrix", "ssrm", T::kMatrix, kStorable));
@@ -148,7 +148,7 @@ AttributeTable BuildMuscleTable() {
   t.push_back(Scalar("debugColorRed", "dbcr", T::kFloat, 0, 0));
   t.push_back(Scalar("debugColorGreen", "dbcg", T::kFloat, 0, 0));
   t.push_back(Scalar("debugColorBlue", "dbcb", T::kFloat, 0, 0));
-  AttributeSpec color = Compound("debugColor", "dbc", {"debugColorRed", "debugColorGreen", "debugColorBlue"},
+  AttributeInfo color = Compound("debugColor", "dbc", {"debugColorRed", "debugColorGreen", "debugColorBlue"},
                                  kUsedAsColor | O);
   color.type = T::kColor;
   color.defaults = {1.0, 0.0, 0.0};
@@ -173,8 +173,8 @@ const AttributeTable& RibbonMuscleAttributes() {
   static const AttributeTable table = [] {
     AttributeTable t = BuildMuscleTable();
     t.erase(std::remove_if(t.begin(), t.end(),
-                           [](const AttributeSpec& spec) {
-                             return spec.long_name == "volumePreservation" || spec.long_name == "volumeRatio";
+                           [](const AttributeInfo& info) {
+                             return info.long_name == "volumePreservation" || info.long_name == "volumeRatio";
                            }),
             t.end());
     return t;

@@ -2,7 +2,7 @@
 // The attributes of the "MyoMuscle" and "MyoRibbonMuscle" deformers, in the
 // order the node creates them.
 
-#include "core/attributes/attribute_spec.h"
+#include "core/attributes/attribute_info.h"
 
 namespace myo_core {
 

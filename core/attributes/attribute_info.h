@@ -39,7 +39,7 @@ struct EnumField {
   int32_t value;
 };
 
-struct AttributeSpec {
+struct AttributeInfo {
   std::string long_name;
   std::string short_name;
   AttributeType type = AttributeType::kFloat;
@@ -55,10 +55,10 @@ struct AttributeSpec {
   double Default() const { return defaults.empty() ? 0.0 : defaults.front(); }
 };
 
-using AttributeTable = std::vector<AttributeSpec>;
+using AttributeTable = std::vector<AttributeInfo>;
 
 // The attribute of a table by long or short name, or null.
-const AttributeSpec* FindAttribute(const AttributeTable& table, const std::string& name);
+const AttributeInfo* FindAttribute(const AttributeTable& table, const std::string& name);
 
 // Enum fields of a table of names, in ascending key order.
 template <typename Map>
