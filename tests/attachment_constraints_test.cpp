@@ -17,6 +17,7 @@
 
 using namespace myo_core;
 using namespace myo_scenes;
+using myo_test::ExpectVec;
 
 namespace {
 
@@ -30,12 +31,6 @@ Vec3 Solve(Vec3 point, const Matrix& matrix, float weight, float compliance, boo
   return Load3(position, 0);
 }
 
-void ExpectNear(Vec3 actual, Vec3 expected, float tolerance) {
-  EXPECT_NEAR(actual.x, expected.x, tolerance);
-  EXPECT_NEAR(actual.y, expected.y, tolerance);
-  EXPECT_NEAR(actual.z, expected.z, tolerance);
-}
-
 }  // namespace
 
 TEST(AttachmentKernelTest, HardRowsBlendByTheMapValueAndLeaveTheMultiplier) {
@@ -45,15 +40,15 @@ TEST(AttachmentKernelTest, HardRowsBlendByTheMapValueAndLeaveTheMultiplier) {
   matrix[1] = 1.0f;
   matrix[4] = -1.0f;
   float lambda = 0.75f;
-  ExpectNear(Solve({5.0f, -1.0f, 0.25f}, matrix, 1.0f, 0.5f, true, lambda, 0, IdentityMatrix(), {0.5f, 0.0f, 0.0f}),
-             {1.0f, 2.5f, 3.0f}, 0.0f);
-  ExpectNear(Solve({5.0f, -1.0f, 0.25f}, matrix, 0.25f, 0.5f, true, lambda, 0, IdentityMatrix(), {0.5f, 0.0f, 0.0f}),
-             {4.0f, -0.125f, 0.9375f}, 0.0f);
+  ExpectVec(Solve({5.0f, -1.0f, 0.25f}, matrix, 1.0f, 0.5f, true, lambda, 0, IdentityMatrix(), {0.5f, 0.0f, 0.0f}),
+            {1.0f, 2.5f, 3.0f}, 0.0f);
+  ExpectVec(Solve({5.0f, -1.0f, 0.25f}, matrix, 0.25f, 0.5f, true, lambda, 0, IdentityMatrix(), {0.5f, 0.0f, 0.0f}),
+            {4.0f, -0.125f, 0.9375f}, 0.0f);
   EXPECT_EQ(lambda, 0.75f);
   // Rows below 1e-6 or flagged inert do nothing, hard or soft.
   for (const bool hard : {false, true}) {
-    ExpectNear(Solve({4.0f, 0.0f, 0.0f}, matrix, 0.0000009f, 0.5f, hard, lambda), {4.0f, 0.0f, 0.0f}, 0.0f);
-    ExpectNear(Solve({4.0f, 0.0f, 0.0f}, matrix, 1.0f, 0.5f, hard, lambda, 1), {4.0f, 0.0f, 0.0f}, 0.0f);
+    ExpectVec(Solve({4.0f, 0.0f, 0.0f}, matrix, 0.0000009f, 0.5f, hard, lambda), {4.0f, 0.0f, 0.0f}, 0.0f);
+    ExpectVec(Solve({4.0f, 0.0f, 0.0f}, matrix, 1.0f, 0.5f, hard, lambda, 1), {4.0f, 0.0f, 0.0f}, 0.0f);
   }
   EXPECT_EQ(lambda, 0.75f);
 }
@@ -64,17 +59,17 @@ TEST(AttachmentKernelTest, SoftRowsAccumulateTheirMultiplier) {
   // then the multiplier balances the remaining C = 1 and nothing moves.
   float lambda = 0.0f;
   const Vec3 first = Solve({3.0f, 0.0f, 0.0f}, matrix, 1.0f, 1.0f, false, lambda);
-  ExpectNear(first, {2.0f, 0.0f, 0.0f}, 0.0f);
+  ExpectVec(first, {2.0f, 0.0f, 0.0f}, 0.0f);
   EXPECT_EQ(lambda, -1.0f);
-  ExpectNear(Solve(first, matrix, 1.0f, 1.0f, false, lambda), first, 0.0f);
+  ExpectVec(Solve(first, matrix, 1.0f, 1.0f, false, lambda), first, 0.0f);
   EXPECT_EQ(lambda, -1.0f);
   // Without compliance the row lands on the target whatever the weight.
   lambda = 0.0f;
-  ExpectNear(Solve({3.0f, 0.0f, 0.0f}, matrix, 0.5f, 0.0f, false, lambda), {1.0f, 0.0f, 0.0f}, 0.0f);
+  ExpectVec(Solve({3.0f, 0.0f, 0.0f}, matrix, 0.5f, 0.0f, false, lambda), {1.0f, 0.0f, 0.0f}, 0.0f);
   EXPECT_EQ(lambda, -4.0f);
   // On target: zero gradient, and the multiplier falls back to 0.
   lambda = 0.3f;
-  ExpectNear(Solve({1.0f, 0.0f, 0.0f}, matrix, 1.0f, 0.5f, false, lambda), {1.0f, 0.0f, 0.0f}, 0.0f);
+  ExpectVec(Solve({1.0f, 0.0f, 0.0f}, matrix, 1.0f, 0.5f, false, lambda), {1.0f, 0.0f, 0.0f}, 0.0f);
   EXPECT_EQ(lambda, 0.0f);
 }
 
@@ -84,8 +79,8 @@ TEST(AttachmentKernelTest, PointsGoThroughTheWorldMatrixAndBack) {
   const Matrix world = myo_test::Affine(10.0f, 0.0f, 0.0f, 2.0f);
   for (const bool hard : {true, false}) {
     float lambda = 0.0f;
-    ExpectNear(Solve({3.0f, 3.0f, 3.0f}, myo_test::Affine(12.0f, 4.0f, 0.0f), 1.0f, 0.0f, hard, lambda, 0, world),
-               {1.0f, 2.0f, 0.0f}, 1e-5f);
+    ExpectVec(Solve({3.0f, 3.0f, 3.0f}, myo_test::Affine(12.0f, 4.0f, 0.0f), 1.0f, 0.0f, hard, lambda, 0, world),
+              {1.0f, 2.0f, 0.0f}, 1e-5f);
     // C is measured in world space: twice the object distance.
     EXPECT_NEAR(lambda, hard ? 0.0f : -2.0f * std::sqrt(14.0f), 1e-5f);
   }
@@ -207,9 +202,7 @@ struct AttachedSpindle {
   std::vector<uint32_t> painted;  // points of either end
 
   AttachedSpindle(float mass, bool hard) {
-    const PolygonMesh polygons = MakeSpindle(12, 10, 20.0f, 3.0f);
-    std::string error;
-    EXPECT_TRUE(BuildMeshData(polygons.points, polygons.vertex_counts, polygons.vertices, scene.mesh, error));
+    scene.mesh = myo_test::BuildMesh(MakeSpindle(12, 10, 20.0f, 3.0f));
     const uint32_t n = scene.mesh.PointCount();
     std::vector<float> left(n, 0.0f), right(n, 0.0f);
     for (uint32_t i = 0; i < n; ++i) {

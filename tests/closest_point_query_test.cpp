@@ -11,6 +11,7 @@
 #include "core/mesh/mesh_data.h"
 #include "core/mesh/point_triangle_closest.h"
 #include "scenes/muscle_meshes.h"
+#include "support/test_geometry.h"
 
 namespace myo_core {
 namespace {
@@ -59,12 +60,8 @@ void ExpectSameAsBruteForce(const ClosestPointQuery& query, const TriangleSoup& 
   if (!found) return;
   EXPECT_EQ(hit.triangle, expected.triangle);
   EXPECT_EQ(hit.distance, static_cast<float>(std::sqrt(expected.closest.distance2)));
-  if (max_distance >= 0.0f) {
-    EXPECT_LE(hit.distance, max_distance);
-  }
-  for (int k = 0; k < 3; ++k) {
-    EXPECT_EQ(hit.point[k], static_cast<float>(expected.closest.point[k]));
-  }
+  if (max_distance >= 0.0f) { EXPECT_LE(hit.distance, max_distance); }
+  for (int k = 0; k < 3; ++k) EXPECT_EQ(hit.point[k], static_cast<float>(expected.closest.point[k]));
   // The weights rebuild the point.
   const float* a = &mesh.points[3 * mesh.triangles[3 * hit.triangle]];
   const float* b = &mesh.points[3 * mesh.triangles[3 * hit.triangle + 1]];
@@ -80,10 +77,7 @@ void ExpectSameAsBruteForce(const ClosestPointQuery& query, const TriangleSoup& 
 }
 
 TriangleSoup FromPolygons(const myo_scenes::PolygonMesh& polygons) {
-  MeshData mesh;
-  std::string error;
-  EXPECT_TRUE(BuildMeshData(polygons.points, polygons.vertex_counts, polygons.vertices, mesh, error))
-      << error;
+  const MeshData mesh = myo_test::BuildMesh(polygons);
   return {mesh.points, mesh.triangle_vertices, mesh.polygon_triangle_counts};
 }
 

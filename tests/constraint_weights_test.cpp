@@ -26,7 +26,7 @@ std::vector<float> ReadBack(const MapStore& maps, uint32_t index, uint32_t count
 
 }  // namespace
 
-TEST(NormalizeWeightsTest, SumsAboveOneAreScaledBackAndOthersStay) {
+TEST(NormalizeWeightsTest, SumsAboveOneAreScaledBackOthersStayAndPartialSetsAreRefused) {
   // Two sets over three points, set-major.
   std::vector<float> weights = {0.8f, 0.4f, 0.0f,   // set 0
                                 0.8f, 0.4f, 1.0f};  // set 1
@@ -43,12 +43,11 @@ TEST(NormalizeWeightsTest, SumsAboveOneAreScaledBackAndOthersStay) {
   const std::vector<float> before = within;
   EXPECT_FALSE(NormalizeWeights(within, 2));
   EXPECT_EQ(within, before);
-}
 
-TEST(NormalizeWeightsTest, ArraysThatHoldNoWholeSetAreRefused) {
+  // Arrays that hold no whole set are refused.
   std::vector<float> empty;
   EXPECT_FALSE(NormalizeWeights(empty, 4));
-  std::vector<float> weights = {2.0f, 2.0f, 2.0f};
+  weights = {2.0f, 2.0f, 2.0f};
   EXPECT_FALSE(NormalizeWeights(weights, 0));
   EXPECT_FALSE(NormalizeWeights(weights, 2));
   EXPECT_EQ(weights, std::vector<float>(3, 2.0f));

@@ -25,13 +25,6 @@ using namespace myo_scenes;
 
 namespace {
 
-MeshData MeshOf(const PolygonMesh& polygons) {
-  MeshData data;
-  std::string error;
-  EXPECT_TRUE(BuildMeshData(polygons.points, polygons.vertex_counts, polygons.vertices, data, error)) << error;
-  return data;
-}
-
 TargetMesh TargetOf(const MeshData& mesh, const Matrix& matrix = IdentityMatrix()) {
   TargetMesh target;
   EXPECT_TRUE(BuildTargetMesh(mesh, matrix, target));
@@ -80,6 +73,38 @@ int32_t TriangleOf(const TargetMesh& target, int32_t face, const int32_t* abc) {
   return -1;
 }
 
+// The closest point of each row as the plain scan of its list gives it: the
+// first candidate at the least distance.
+bool ScanCandidates(Vec3 p, const TargetMesh& target, const int32_t* list, int32_t count, Vec3& best) {
+  float best_distance = 0.0f;
+  bool found = false;
+  for (int32_t k = 0; k < count; ++k) {
+    const int32_t* abc = &target.triangle_vertices_[3 * list[k]];
+    const Vec3 c = ClosestPointOnTriangle(p, Load3(target.vertices_.data(), abc[0]),
+                                          Load3(target.vertices_.data(), abc[1]), Load3(target.vertices_.data(), abc[2]));
+    const float distance = Length(c - p);
+    if (!found || distance < best_distance) {
+      best = c;
+      best_distance = distance;
+      found = true;
+    }
+  }
+  return found;
+}
+
+// Bit-for-bit equality of two points.
+bool SameBits(Vec3 a, Vec3 b) { return a.x == b.x && a.y == b.y && a.z == b.z; }
+
+// Two mirror-image triangles at exactly the same distance from (0, 0, 0.5),
+// and a third far away.
+MeshData Mirrored() {
+  MeshData mesh;
+  std::string error;
+  EXPECT_TRUE(BuildMeshData({1, 0, 0, 2, 0, 0, 1.5f, 0, 1, -1, 0, 0, -2, 0, 0, -1.5f, 0, 1, 5, 5, 5, 6, 5, 5, 5, 6, 5},
+                            {3, 3, 3}, {0, 1, 2, 3, 4, 5, 6, 7, 8}, mesh, error));
+  return mesh;
+}
+
 // A slide table over one target of `points` rows, every row weighted 1.
 SlideOnGeometryConstraints SlideTable(uint32_t points, const std::vector<std::vector<int32_t>>& lists) {
   SlideOnGeometryConstraints group;
@@ -100,7 +125,7 @@ SlideOnGeometryConstraints SlideTable(uint32_t points, const std::vector<std::ve
 // Candidate triangles
 
 TEST(CandidateSearchTest, WalkOrderEqualsTheRecursiveWalk) {
-  const MeshData grid = MeshOf(MakeGrid(20, 20, 10.0f, 10.0f));
+  const MeshData grid = myo_test::BuildMesh(MakeGrid(20, 20, 10.0f, 10.0f));
   const TargetMesh target = TargetOf(grid, myo_test::RotationZ(0.3f, {1.0f, 2.0f, 0.5f}));
   CandidateSearchScratch visited;  // shared by all walks, as in a build
   const int32_t starts[] = {0, 37, 411, 799};
@@ -116,7 +141,7 @@ TEST(CandidateSearchTest, WalkOrderEqualsTheRecursiveWalk) {
 }
 
 TEST(CandidateSearchTest, ListHoldsTheStartAndEveryTriangleWithACornerInReach) {
-  const MeshData grid = MeshOf(MakeGrid(12, 12, 6.0f, 6.0f));
+  const MeshData grid = myo_test::BuildMesh(MakeGrid(12, 12, 6.0f, 6.0f));
   const TargetMesh target = TargetOf(grid);
   CandidateSearchScratch visited;
   const int32_t start = 150;
@@ -144,7 +169,7 @@ TEST(CandidateSearchTest, ListHoldsTheStartAndEveryTriangleWithACornerInReach) {
 
 TEST(CandidateSearchTest, AReachOverTheWholeMeshListsEveryTriangleOnce) {
   // Deep enough that a walk by recursion would risk the call stack.
-  const MeshData grid = MeshOf(MakeGrid(250, 250, 10.0f, 10.0f));
+  const MeshData grid = myo_test::BuildMesh(MakeGrid(250, 250, 10.0f, 10.0f));
   const TargetMesh target = TargetOf(grid);
   CandidateSearchScratch visited;
   std::vector<int32_t> list = Walk(0, 1000.0f, {0.0f, 0.0f, 0.0f}, target, visited);
@@ -156,12 +181,8 @@ TEST(CandidateSearchTest, AReachOverTheWholeMeshListsEveryTriangleOnce) {
 // ---------------------------------------------------------------------------
 // Closest points
 
-TEST(UpdateClosestPointsTest, TheFirstOfEquallyNearCandidatesWins) {
-  // Two mirror-image triangles at exactly the same distance from the point.
-  MeshData mirrored;
-  std::string error;
-  ASSERT_TRUE(BuildMeshData({1, 0, 0, 2, 0, 0, 1.5f, 0, 1, -1, 0, 0, -2, 0, 0, -1.5f, 0, 1}, {3, 3},
-                            {0, 1, 2, 3, 4, 5}, mirrored, error));
+TEST(UpdateClosestPointsTest, TheFirstOfEquallyNearCandidatesWinsOverTheRememberedWinner) {
+  const MeshData mirrored = Mirrored();
   const std::vector<TargetMesh> targets = {TargetOf(mirrored)};
   const std::vector<float> point = {0.0f, 0.0f, 0.5f};
   SlideOnGeometryConstraints forward = SlideTable(1, {{0, 1}});
@@ -173,10 +194,17 @@ TEST(UpdateClosestPointsTest, TheFirstOfEquallyNearCandidatesWins) {
   EXPECT_GT(first.x, 0.0f);
   EXPECT_LT(second.x, 0.0f);
   EXPECT_EQ(forward.row_flags_, std::vector<uint16_t>{0});
+  // The later tie won the last update (it stood alone in the list then); with
+  // the earlier one back in front of it, the earlier one wins.
+  SlideOnGeometryConstraints group = SlideTable(1, {{0, 2, 1}});
+  group.row_winners_ = {2};
+  UpdateClosestPoints(point, IdentityMatrix(), targets, group);
+  EXPECT_GT(group.closest_points_[0], 0.0f);
+  EXPECT_EQ(group.row_winners_, std::vector<int32_t>{0});
 }
 
 TEST(UpdateClosestPointsTest, RowsWithoutWeightCandidatesOrTargetStayFlagged) {
-  const MeshData grid = MeshOf(MakeGrid(4, 4, 4.0f, 4.0f));
+  const MeshData grid = myo_test::BuildMesh(MakeGrid(4, 4, 4.0f, 4.0f));
   std::vector<TargetMesh> targets = {TargetOf(grid)};
   const std::vector<float> points = {0.1f, 1.0f, 0.2f, 0.5f, 1.0f, 0.5f, -0.5f, 2.0f, 0.3f};
   SlideOnGeometryConstraints group = SlideTable(3, {{10, 11}, {12, 13}, {}});
@@ -220,55 +248,17 @@ TEST(UpdateClosestPointsTest, EqualsTheNearestCandidateOverTheCurrentTarget) {
   const TargetMesh& target = solver.targets_[0];
   uint32_t active = 0;
   for (uint32_t i = 0; i < solver.point_count_; ++i) {
-    const Vec3 p = TransformPoint(Load3(positions.data(), i), world);
-    bool found = false;
-    Vec3 best = {0.0f, 0.0f, 0.0f};
-    float best_distance = 0.0f;
-    for (int32_t k = 0; k < group.candidate_counts_[i]; ++k) {
-      const int32_t* abc = &target.triangle_vertices_[3 * group.candidates_[group.candidate_offsets_[i] + k]];
-      const Vec3 c = ClosestPointOnTriangle(p, Load3(target.vertices_.data(), abc[0]),
-                                            Load3(target.vertices_.data(), abc[1]),
-                                            Load3(target.vertices_.data(), abc[2]));
-      const float distance = Length(c - p);
-      if (!found || distance < best_distance) {
-        best = c;
-        best_distance = distance;
-        found = true;
-      }
-    }
+    Vec3 best{};
+    const bool found = ScanCandidates(TransformPoint(Load3(positions.data(), i), world), target,
+                                      group.candidates_.data() + group.candidate_offsets_[i],
+                                      group.candidate_counts_[i], best);
     ASSERT_EQ(group.row_flags_[i], found ? 0 : 1) << i;
     if (!found) continue;
     ++active;
-    const Vec3 closest = Load3(group.closest_points_.data(), i);
-    ASSERT_EQ(closest.x, best.x) << i;
-    ASSERT_EQ(closest.y, best.y) << i;
-    ASSERT_EQ(closest.z, best.z) << i;
+    ASSERT_TRUE(SameBits(Load3(group.closest_points_.data(), i), best)) << i;
   }
   EXPECT_EQ(active, solver.point_count_);
 }
-
-namespace {
-
-// The closest point of each row as the plain scan of its list gives it: the
-// first candidate at the least distance.
-bool ScanCandidates(Vec3 p, const TargetMesh& target, const int32_t* list, int32_t count, Vec3& best) {
-  float best_distance = 0.0f;
-  bool found = false;
-  for (int32_t k = 0; k < count; ++k) {
-    const int32_t* abc = &target.triangle_vertices_[3 * list[k]];
-    const Vec3 c = ClosestPointOnTriangle(p, Load3(target.vertices_.data(), abc[0]),
-                                          Load3(target.vertices_.data(), abc[1]), Load3(target.vertices_.data(), abc[2]));
-    const float distance = Length(c - p);
-    if (!found || distance < best_distance) {
-      best = c;
-      best_distance = distance;
-      found = true;
-    }
-  }
-  return found;
-}
-
-}  // namespace
 
 TEST(UpdateClosestPointsTest, RandomListsGiveThePlainScanToTheBit) {
   // Crumpled grids (thin and folded triangles among them) far from the
@@ -287,7 +277,7 @@ TEST(UpdateClosestPointsTest, RandomListsGiveThePlainScanToTheBit) {
         polygons.points[v + 1] += 2.0f * crumple * unit(random) + offset.y;
         polygons.points[v + 2] += crumple * unit(random) + offset.z;
       }
-      const MeshData mesh = MeshOf(polygons);
+      const MeshData mesh = myo_test::BuildMesh(polygons);
       const std::vector<TargetMesh> targets = {TargetOf(mesh)};
       const TargetMesh& target = targets[0];
       const int32_t triangles = static_cast<int32_t>(target.TriangleCount());
@@ -313,33 +303,13 @@ TEST(UpdateClosestPointsTest, RandomListsGiveThePlainScanToTheBit) {
           Vec3 expected;
           ASSERT_TRUE(ScanCandidates(Load3(positions.data(), i), target, lists[i].data(),
                                      static_cast<int32_t>(lists[i].size()), expected));
-          const Vec3 found = Load3(group.closest_points_.data(), i);
-          ASSERT_EQ(found.x, expected.x) << "row " << i << " round " << round;
-          ASSERT_EQ(found.y, expected.y) << "row " << i << " round " << round;
-          ASSERT_EQ(found.z, expected.z) << "row " << i << " round " << round;
+          ASSERT_TRUE(SameBits(Load3(group.closest_points_.data(), i), expected)) << "row " << i << " round " << round;
           ++compared;
         }
         for (float& x : positions) x += 0.2f * unit(random);
       }
     }
   EXPECT_EQ(compared, 3 * 2 * 3 * 300);
-}
-
-TEST(UpdateClosestPointsTest, AnEarlierTieWinsOverTheRememberedWinner) {
-  // The later of two equally near mirror triangles won the last update (it
-  // stood alone in the list then); with the earlier one back in front of it,
-  // the earlier one wins.
-  MeshData mirrored;
-  std::string error;
-  ASSERT_TRUE(BuildMeshData({1, 0, 0, 2, 0, 0, 1.5f, 0, 1, -1, 0, 0, -2, 0, 0, -1.5f, 0, 1, 5, 5, 5, 6, 5, 5, 5, 6, 5},
-                            {3, 3, 3}, {0, 1, 2, 3, 4, 5, 6, 7, 8}, mirrored, error));
-  const std::vector<TargetMesh> targets = {TargetOf(mirrored)};
-  const std::vector<float> point = {0.0f, 0.0f, 0.5f};
-  SlideOnGeometryConstraints group = SlideTable(1, {{0, 2, 1}});
-  group.row_winners_ = {2};  // as if triangle 1 had won
-  UpdateClosestPoints(point, IdentityMatrix(), targets, group);
-  EXPECT_GT(group.closest_points_[0], 0.0f);
-  EXPECT_EQ(group.row_winners_, std::vector<int32_t>{0});
 }
 
 // ---------------------------------------------------------------------------
@@ -373,13 +343,9 @@ TEST(SlideOnGeometryKernelTest, PushesThePointToItsDistanceOnTheSideItIsOn) {
   myo_test::ExpectVec(solve({1.0f, 2.0f, 0.0f}, 0.5f, 0.0f, lambda, 1), {1.0f, 2.0f, 0.0f}, 0.0f);
   myo_test::ExpectVec(solve({1.0f, 2.0f, 0.0f}, 0.5f, 0.0f, lambda, 0, 1e-7f), {1.0f, 2.0f, 0.0f}, 0.0f);
   EXPECT_EQ(lambda, 0.0f);
-}
-
-TEST(SlideOnGeometryKernelTest, WorksInWorldSpaceThroughTheSolverMatrix) {
-  const float closest[3] = {1.0f, 0.0f, 0.0f};
+  // In world space through the solver matrix: (1, -8, 0) is (1, 2, 0) in the world.
   const Matrix world = TranslationMatrix(0.0f, 10.0f, 0.0f);
-  float x[3] = {1.0f, -8.0f, 0.0f};  // (1, 2, 0) in world space
-  float lambda = 0.0f;
+  float x[3] = {1.0f, -8.0f, 0.0f};
   SolveSlideOnGeometry(0, 0, 0, 0, 1.0f, 0.0f, 0.5f, true, world, InvertMatrix(world), closest, x, &lambda);
   myo_test::ExpectVec({x[0], x[1], x[2]}, {1.0f, -9.5f, 0.0f}, 1e-5f);
 }
@@ -424,7 +390,7 @@ class AttachmentToGeoKernelTest : public ::testing::Test {
  protected:
   // Three points on both sides of a tilted grid, attached to it.
   void SetUp() override {
-    grid_ = MeshOf(MakeGrid(4, 4, 4.0f, 4.0f));
+    grid_ = myo_test::BuildMesh(MakeGrid(4, 4, 4.0f, 4.0f));
     solver_.point_count_ = 3;
     solver_.positions_ = {0.3f, 0.7f, 0.2f, -0.6f, 0.0f, 1.1f, 1.2f, -0.4f, -0.9f};
     inputs_ = {TargetInput{"grid", 0, &grid_, myo_test::RotationZ(0.1f, {0.0f, 0.2f, 0.0f})}};
@@ -450,12 +416,6 @@ class AttachmentToGeoKernelTest : public ::testing::Test {
   std::vector<TargetInput> inputs_;
 };
 
-TEST_F(AttachmentToGeoKernelTest, AtRestThePointsStayWhereTheyAre) {
-  const std::vector<float> rest = solver_.positions_;
-  SolveRows(1.0f, false, 0.0f);
-  for (uint32_t i = 0; i < 3; ++i) myo_test::ExpectVec(Point(i), Load3(rest.data(), i), 1e-5f);
-}
-
 TEST_F(AttachmentToGeoKernelTest, HardRowsCarryThePointsWithTheTriangleByTheirWeight) {
   const std::vector<float> rest = solver_.positions_;
   const Matrix moved = myo_test::RotationZ(0.5f, {0.4f, 1.0f, -0.3f});
@@ -472,8 +432,10 @@ TEST_F(AttachmentToGeoKernelTest, HardRowsCarryThePointsWithTheTriangleByTheirWe
   EXPECT_TRUE(std::all_of(solver_.lambdas_.begin(), solver_.lambdas_.end(), [](float l) { return l == 0.0f; }));
 }
 
-TEST_F(AttachmentToGeoKernelTest, SoftRowsMoveByTheirShareAgainstTheCompliance) {
+TEST_F(AttachmentToGeoKernelTest, SoftRowsStayAtRestAndMoveByTheirShareAgainstTheCompliance) {
   const std::vector<float> rest = solver_.positions_;
+  SolveRows(1.0f, false, 0.0f);
+  for (uint32_t i = 0; i < 3; ++i) myo_test::ExpectVec(Point(i), Load3(rest.data(), i), 1e-5f);
   inputs_[0].world_matrix = myo_test::RotationZ(0.1f, {0.0f, 1.2f, 0.0f});  // the grid rises by 1
   UpdateTargets(solver_.targets_, inputs_, false);
   SolveRows(1.0f, false, 3.0f);  // moves 1 / (1 + 3) of the way
@@ -489,7 +451,7 @@ TEST_F(AttachmentToGeoKernelTest, SoftRowsMoveByTheirShareAgainstTheCompliance) 
 
 TEST(GeometryBuildTest, UnusableTargetsAreWarnedAndLeftInert) {
   myo_test::LogCapture log;
-  const MeshData grid = MeshOf(MakeGrid(4, 4, 4.0f, 4.0f));
+  const MeshData grid = myo_test::BuildMesh(MakeGrid(4, 4, 4.0f, 4.0f));
   MeshData broken = grid;
   broken.polygon_triangle_counts.pop_back();
   MuscleSolver solver;
@@ -539,7 +501,7 @@ TEST(GeometryBuildTest, UnusableTargetsAreWarnedAndLeftInert) {
 }
 
 TEST(GeometryBuildTest, RestRowsRebuildTheRestPointsFromTheTarget) {
-  const MeshData spindle = MeshOf(MakeSpindle(10, 16, 12.0f, 3.0f));
+  const MeshData spindle = myo_test::BuildMesh(MakeSpindle(10, 16, 12.0f, 3.0f));
   const Matrix matrix = MultiplyMatrices(myo_test::RotationZ(0.4f, {0.0f, 0.0f, 0.0f}), TranslationMatrix(0.5f, 0.2f, 0.0f));
   MuscleSolver solver;
   const PolygonMesh muscle = MakeSpindle(6, 8, 8.0f, 1.5f);
@@ -571,7 +533,7 @@ TEST(GeometryBuildTest, RestRowsRebuildTheRestPointsFromTheTarget) {
 }
 
 TEST(GeometryBuildTest, SlidingReachComesFromTheDistanceAndTheClampedMultiplier) {
-  const MeshData grid = MeshOf(MakeGrid(10, 10, 10.0f, 10.0f));
+  const MeshData grid = myo_test::BuildMesh(MakeGrid(10, 10, 10.0f, 10.0f));
   MuscleSolver solver;
   solver.point_count_ = 3;
   solver.positions_ = {0.1f, 0.5f, 0.1f, 0.2f, 0.5f, -0.3f, -0.4f, 0.5f, 0.2f};
@@ -607,7 +569,7 @@ TEST(GeometryBuildTest, SlidingReachComesFromTheDistanceAndTheClampedMultiplier)
 
 TEST(GeometryBuildTest, WeightsOverTwoTargetsAreNormalisedAndWrittenBack) {
   myo_test::LogCapture log;
-  const MeshData grid = MeshOf(MakeGrid(4, 4, 4.0f, 4.0f));
+  const MeshData grid = myo_test::BuildMesh(MakeGrid(4, 4, 4.0f, 4.0f));
   MuscleSolver solver;
   solver.point_count_ = 2;
   solver.positions_ = {0.1f, 1.0f, 0.2f, -0.3f, 0.5f, 0.4f};

@@ -18,6 +18,7 @@
 
 using namespace myo_core;
 using namespace myo_scenes;
+using myo_test::ExpectVec;
 
 namespace {
 
@@ -28,12 +29,6 @@ Matrix QuarterTurnAboutX(float x, float y, float z) {
   m[6] = 1.0f;
   m[9] = -1.0f;
   return m;
-}
-
-void ExpectNear(Vec3 actual, Vec3 expected, float tolerance) {
-  EXPECT_NEAR(actual.x, expected.x, tolerance);
-  EXPECT_NEAR(actual.y, expected.y, tolerance);
-  EXPECT_NEAR(actual.z, expected.z, tolerance);
 }
 
 // Segments over points given by the test, built with a world matrix and the
@@ -103,11 +98,11 @@ TEST(SlideOnSegmentBuildTest, ReferenceDirectionFollowsTheUpVectorInTheRootFrame
   // A tilted bone: perpendicular to it, towards +y.
   SegmentBuild tilted({1.0f, 2.0f, 0.0f}, {myo_test::Affine(0.0f, 0.0f, 0.0f), myo_test::Affine(3.0f, 3.0f, 0.0f)});
   tilted.Build({{1.0f}});
-  ExpectNear(Load3(tilted.group.reference_directions_.data(), 0), {-std::sqrt(0.5f), std::sqrt(0.5f), 0.0f}, 1e-6f);
+  ExpectVec(Load3(tilted.group.reference_directions_.data(), 0), {-std::sqrt(0.5f), std::sqrt(0.5f), 0.0f}, 1e-6f);
   // A root turned a quarter about x stores the world +y as its own -z.
   SegmentBuild turned({1.0f, 2.0f, 0.0f}, {QuarterTurnAboutX(0.0f, 0.0f, 0.0f), myo_test::Affine(4.0f, 0.0f, 0.0f)});
   turned.Build({{1.0f}});
-  ExpectNear(Load3(turned.group.reference_directions_.data(), 0), {0.0f, 0.0f, -1.0f}, 1e-6f);
+  ExpectVec(Load3(turned.group.reference_directions_.data(), 0), {0.0f, 0.0f, -1.0f}, 1e-6f);
 }
 
 TEST(SlideOnSegmentBuildTest, OverlapsAreNormalisedAndMismatchesBuildNothing) {
@@ -173,9 +168,9 @@ TEST(SlideOnSegmentKernelTest, TheRootsRotationCarriesTheAngleAroundTheBone) {
   build.solver.positions_[6] = 3.0f;  // the point on the bone, pulled off it
   build.solver.positions_[7] = 0.5f;
   build.Run(0.0f);
-  ExpectNear(build.Point(0), {2.0f, 0.0f, 1.0f}, 1e-6f);
-  ExpectNear(build.Point(1), {2.0f, -1.0f, 0.0f}, 1e-6f);
-  ExpectNear(build.Point(2), {3.0f, 0.0f, 0.0f}, 1e-6f);  // back on the bone where it projects
+  ExpectVec(build.Point(0), {2.0f, 0.0f, 1.0f}, 1e-6f);
+  ExpectVec(build.Point(1), {2.0f, -1.0f, 0.0f}, 1e-6f);
+  ExpectVec(build.Point(2), {3.0f, 0.0f, 0.0f}, 1e-6f);  // back on the bone where it projects
 }
 
 TEST(SlideOnSegmentKernelTest, SegmentEndsDegenerateSegmentsAndTurns) {
@@ -193,23 +188,23 @@ TEST(SlideOnSegmentKernelTest, SegmentEndsDegenerateSegmentsAndTurns) {
   };
   float lambda = 0.0f;
   // Beyond the tip: held at the stored direction around the tip; before the root, around the root.
-  ExpectNear(solve({0, 0, 0}, {4, 0, 0}, {9, 3, 0}, 1.0f, lambda), {4.0f, 2.0f, 0.0f}, 1e-6f);
-  ExpectNear(Load3(closest, 0), {4.0f, 0.0f, 0.0f}, 0.0f);
+  ExpectVec(solve({0, 0, 0}, {4, 0, 0}, {9, 3, 0}, 1.0f, lambda), {4.0f, 2.0f, 0.0f}, 1e-6f);
+  ExpectVec(Load3(closest, 0), {4.0f, 0.0f, 0.0f}, 0.0f);
   EXPECT_NEAR(lambda, -std::sqrt(26.0f), 1e-5f);
-  ExpectNear(solve({0, 0, 0}, {4, 0, 0}, {-3, 0, 1}, 1.0f, lambda), {0.0f, 2.0f, 0.0f}, 1e-6f);
+  ExpectVec(solve({0, 0, 0}, {4, 0, 0}, {-3, 0, 1}, 1.0f, lambda), {0.0f, 2.0f, 0.0f}, 1e-6f);
   // A segment of no length: held around its one end, which moves.
-  ExpectNear(solve({1, 2, 3}, {1, 2, 3}, {5, 5, 5}, 1.0f, lambda), {1.0f, 4.0f, 3.0f}, 1e-6f);
-  ExpectNear(solve({-1, 0, 3}, {-1, 0, 3}, {1, 4, 3}, 1.0f, lambda), {-1.0f, 2.0f, 3.0f}, 1e-6f);
-  ExpectNear(Load3(closest, 0), {-1.0f, 0.0f, 3.0f}, 0.0f);
+  ExpectVec(solve({1, 2, 3}, {1, 2, 3}, {5, 5, 5}, 1.0f, lambda), {1.0f, 4.0f, 3.0f}, 1e-6f);
+  ExpectVec(solve({-1, 0, 3}, {-1, 0, 3}, {1, 4, 3}, 1.0f, lambda), {-1.0f, 2.0f, 3.0f}, 1e-6f);
+  ExpectVec(Load3(closest, 0), {-1.0f, 0.0f, 3.0f}, 0.0f);
   // An unweighted row neither moves the point nor writes its closest point.
   lambda = 0.5f;
-  ExpectNear(solve({0, 0, 0}, {4, 0, 0}, {2, 5, 0}, 0.0000009f, lambda), {2.0f, 5.0f, 0.0f}, 0.0f);
+  ExpectVec(solve({0, 0, 0}, {4, 0, 0}, {2, 5, 0}, 0.0000009f, lambda), {2.0f, 5.0f, 0.0f}, 0.0f);
   EXPECT_EQ(lambda, 0.5f);
-  ExpectNear(Load3(closest, 0), {-1.0f, 0.0f, 3.0f}, 0.0f);
+  ExpectVec(Load3(closest, 0), {-1.0f, 0.0f, 3.0f}, 0.0f);
   // Half a turn of +y about the diagonal (1, 1, 0), of any length, gives +x.
   const float turn[4] = {3.0f, 3.0f, 0.0f, 3.14159265f};
   std::copy(turn, turn + 4, rotation);
-  ExpectNear(solve({0, 0, 0}, {0, 0, 4}, {5, 5, 2}, 1.0f, lambda), {2.0f, 0.0f, 2.0f}, 1e-5f);
+  ExpectVec(solve({0, 0, 0}, {0, 0, 4}, {5, 5, 2}, 1.0f, lambda), {2.0f, 0.0f, 2.0f}, 1e-5f);
 }
 
 TEST(SlideOnSegmentRowsTest, TheStageGivesTheBitsOfTheKernelInTableOrder) {
@@ -245,9 +240,7 @@ TEST(SlideOnSegmentRowsTest, TheStageGivesTheBitsOfTheKernelInTableOrder) {
 
 TEST(MusclePhysicsTest, MuscleSlidingOnABoneKeepsItsRadiusWhileTheBoneMovesAlongItsAxis) {
   MuscleScene scene;
-  const PolygonMesh polygons = MakeSpindle(12, 10, 20.0f, 3.0f);
-  std::string error;
-  ASSERT_TRUE(BuildMeshData(polygons.points, polygons.vertex_counts, polygons.vertices, scene.mesh, error)) << error;
+  scene.mesh = myo_test::BuildMesh(MakeSpindle(12, 10, 20.0f, 3.0f));
   const uint32_t n = scene.mesh.PointCount();
   scene.maps.SetAll("slideOnSegmentConstraintsList", "slideOnSegmentConstraints", 3, std::vector<float>(n, 1.0f));
   MuscleAssemblyInputs inputs;

@@ -17,11 +17,7 @@ using namespace myo_core;
 namespace {
 
 MeshData GridData(uint32_t nx, uint32_t nz, float size) {
-  const PolygonMesh grid = myo_scenes::MakeGrid(nx, nz, size, size);
-  MeshData data;
-  std::string error;
-  EXPECT_TRUE(BuildMeshData(grid.points, grid.vertex_counts, grid.vertices, data, error)) << error;
-  return data;
+  return myo_test::BuildMesh(myo_scenes::MakeGrid(nx, nz, size, size));
 }
 
 const std::string kUnexpectedPolygons =
