@@ -1,0 +1,253 @@
+// Binding of skin points to a reference mesh and the per-step reference read.
+
+#include <gtest/gtest.h>
+#include <omp.h>
+
+#include <algorithm>
+#include <cstring>
+#include <vector>
+
+#include "core/maps/map_store.h"
+#include "core/skin/uber_assembly.h"
+#include "scenes/muscle_meshes.h"
+#include "tests/support/log_capture.h"
+#include "tests/support/test_geometry.h"
+
+namespace {
+
+using myo_core::Matrix;
+using myo_core::UberConstraints;
+using myo_core::Vec3;
+using myo_test::ExpectVec;
+
+// The reference: a 4 by 4 grid of unit quads in the plane y = 0, x and z in
+// [-2, 2]. Four skin points hang half a unit above it; below each lies its
+// bound surface point (x, 0, z).
+const std::vector<Vec3> kSurfacePoints = {{-0.5f, 0.0f, 0.25f}, {0.3f, 0.0f, -0.7f}, {1.2f, 0.0f, 0.6f},
+                                          {-1.4f, 0.0f, -1.1f}};
+
+struct Binding {
+  myo_core::MeshData reference = myo_test::BuildMesh(myo_scenes::MakeGrid(4, 4, 4.0f, 4.0f));
+  myo_core::MapStore maps;
+  myo_core::UberBindingInput input;
+  std::vector<float> positions;
+  std::vector<float> lambdas = {9.0f, 9.0f};  // rows of groups built before
+  std::vector<float> max_sliding_map;
+  UberConstraints uber;
+
+  Binding() {
+    input.reference_mesh = &reference;
+    for (Vec3 q : kSurfacePoints) positions.insert(positions.end(), {q.x, 0.5f, q.z});
+  }
+  bool Bind() { return myo_core::InitUberConstraints(input, maps, positions, lambdas, max_sliding_map, uber); }
+  uint32_t Count() const { return static_cast<uint32_t>(positions.size() / 3); }
+  void SetMaps(const std::vector<float>& hard, const std::vector<float>& soft, const std::vector<float>& slide) {
+    maps.SetAll("hardConstraintsList", "hardConstraints", 0, hard);
+    maps.SetAll("softConstraintsList", "softConstraints", 0, soft);
+    maps.SetAll("slideConstraintsList", "slideConstraints", 0, slide);
+  }
+  // Every row once, unit weights, nearly rigid.
+  void Solve() {
+    uber.inverse_masses_.assign(Count(), 1.0f);
+    const Matrix& world = input.world_matrix;
+    myo_core::SolveUberRows(uber, 0, Count(), 1e-6f, !myo_core::IsIdentity(world), world,
+                            myo_core::InvertMatrix(world), positions.data(), lambdas.data());
+  }
+};
+
+std::vector<float> ReadMap(const myo_core::MapStore& maps, const std::string& list, const std::string& element,
+                           uint32_t count, float fallback) {
+  std::vector<float> values;
+  maps.ReadFloats(list, element, 0, count, fallback, values);
+  return values;
+}
+
+TEST(UberAssembly, BindsEachPointToItsClosestSurfacePoint) {
+  Binding b;
+  ASSERT_TRUE(b.Bind());
+  EXPECT_EQ(b.uber.lambda_base_, 2u);
+  EXPECT_EQ(b.lambdas, (std::vector<float>{9, 9, 0, 0, 0, 0}));
+  const float* reference = b.uber.reference_positions_.data();
+  for (uint32_t i = 0; i < b.Count(); ++i) {
+    EXPECT_NEAR(b.uber.surface_distances_[i], 0.5f, 1e-6f);
+    ExpectVec(myo_core::Load3(b.uber.sliding_points_.data(), i), kSurfacePoints[i], 1e-6f);
+    // The barycentrics rebuild the surface point from the bound triangle.
+    const uint32_t* t = &b.uber.triangle_vertices_[3 * i];
+    const float u = b.uber.barycentric_u_[i], v = b.uber.barycentric_v_[i];
+    ExpectVec(myo_core::Load3(reference, t[0]) * u + myo_core::Load3(reference, t[1]) * v +
+                  myo_core::Load3(reference, t[2]) * (1.0f - u - v),
+              kSurfacePoints[i], 1e-5f);
+    // Default maps: hard only, nothing to slide on.
+    EXPECT_EQ(b.uber.hard_weights_[i], 1.0f);
+    EXPECT_EQ(b.uber.sliding_counts_[i], 0u);
+    EXPECT_EQ(b.uber.sliding_inactive_[i], 1);
+  }
+  EXPECT_TRUE(b.uber.sliding_edges_.empty());
+
+  // Rest stays rest.
+  const std::vector<float> rest = b.positions;
+  b.Solve();
+  for (uint32_t k = 0; k < rest.size(); ++k) EXPECT_NEAR(b.positions[k], rest[k], 1e-5f);
+}
+
+TEST(UberAssembly, BindingWorksInTheReferenceSpaceAndKeepsTheWorld) {
+  // The reference turned and moved; the skin's points placed in world space
+  // over the turned grid and handed over in the skin's own object space.
+  Binding b;
+  b.input.reference_matrix = myo_test::RotationZ(0.4f, {1.0f, 2.0f, -3.0f});
+  b.input.world_matrix = myo_test::Affine(0.0f, 1.0f, 0.0f);
+  const Matrix skin_inverse = myo_core::InvertMatrix(b.input.world_matrix);
+  for (uint32_t i = 0; i < b.Count(); ++i) {
+    const Vec3 world = myo_core::TransformPoint(myo_core::Load3(b.positions.data(), i), b.input.reference_matrix);
+    myo_core::Store3(b.positions.data(), i, myo_core::TransformPoint(world, skin_inverse));
+  }
+  ASSERT_TRUE(b.Bind());
+  for (uint32_t i = 0; i < b.Count(); ++i) {
+    EXPECT_NEAR(b.uber.surface_distances_[i], 0.5f, 1e-5f);
+    ExpectVec(myo_core::Load3(b.uber.sliding_points_.data(), i),
+              myo_core::TransformPoint(kSurfacePoints[i], b.input.reference_matrix), 1e-5f);
+  }
+  ExpectVec(myo_core::Load3(b.uber.reference_positions_.data(), 0),
+            myo_core::TransformPoint(myo_core::Load3(b.reference.points.data(), 0), b.input.reference_matrix), 0.0f);
+  const std::vector<float> rest = b.positions;
+  b.Solve();
+  for (uint32_t k = 0; k < rest.size(); ++k) EXPECT_NEAR(b.positions[k], rest[k], 1e-5f);
+}
+
+TEST(UberAssembly, NonNormalizedWeightsAreMendedAndWrittenBackOnce) {
+  myo_test::LogCapture log;
+  const std::string warning =
+      "[MyoForge][Warning] Non-normalized Uber Constraint weights detected. Proceeding to normalize weights for "
+      "solver consistency.";
+  Binding b;
+  b.SetMaps({0.8f, 1.0f, 0.0f, 0.5f}, {0.6f, 0.0f, 1.0f, 0.2f}, {0.4f, 0.0f, 0.0f, 0.3f});
+  ASSERT_TRUE(b.Bind());
+  EXPECT_EQ(log.Count(warning), 1u);
+  // Hard keeps 0.8; soft and slide share 0.2 in proportion 0.6 : 0.4.
+  EXPECT_NEAR(b.uber.hard_weights_[0], 0.8f, 1e-6f);
+  EXPECT_NEAR(b.uber.soft_weights_[0], 0.12f, 1e-6f);
+  EXPECT_NEAR(b.uber.slide_weights_[0], 0.08f, 1e-6f);
+  EXPECT_EQ(b.uber.soft_weights_[2], 1.0f);
+
+  // All three go to element 0 of the hard list; the soft list keeps its paint.
+  EXPECT_EQ(ReadMap(b.maps, "hardConstraintsList", "hardConstraints", 4, -1.0f), b.uber.hard_weights_);
+  EXPECT_EQ(ReadMap(b.maps, "hardConstraintsList", "softConstraints", 4, -1.0f), b.uber.soft_weights_);
+  EXPECT_EQ(ReadMap(b.maps, "hardConstraintsList", "slideConstraints", 4, -1.0f), b.uber.slide_weights_);
+  EXPECT_EQ(ReadMap(b.maps, "softConstraintsList", "softConstraints", 4, -1.0f)[0], 0.6f);
+
+  // Weights that already fit bind in silence.
+  log.Clear();
+  Binding quiet;
+  quiet.SetMaps({0.5f, 1.0f, 0.0f, 0.5f}, {0.2f, 0.0f, 1.0f, 0.2f}, {0.3f, 0.0f, 0.0f, 0.3f});
+  ASSERT_TRUE(quiet.Bind());
+  EXPECT_EQ(log.Count(warning), 0u);
+}
+
+TEST(UberAssembly, SlidingListsFollowTheReachOfEachPoint) {
+  Binding b;
+  b.SetMaps({0, 0, 0, 0}, {0, 0, 0, 0}, {1, 1, 1, 1});
+  b.maps.SetAll("maxSlidingDistanceMultiplierList", "maxSlidingDistanceMultiplier", 0, {1.0f, 3.0f, 0.0f, 0.5f});
+
+  // No reach at all: no lists, nobody slides.
+  b.input.max_sliding_distance = 0.0f;
+  ASSERT_TRUE(b.Bind());
+  EXPECT_TRUE(b.uber.sliding_triangles_.empty());
+  for (uint32_t i = 0; i < b.Count(); ++i) EXPECT_EQ(b.uber.sliding_inactive_[i], 1);
+
+  b.input.max_sliding_distance = 1.5f;
+  b.lambdas.clear();
+  ASSERT_TRUE(b.Bind());
+  EXPECT_EQ(b.max_sliding_map, (std::vector<float>{1.0f, 1.0f, 0.0f, 0.5f}));
+  for (uint32_t i = 0; i < b.Count(); ++i) {
+    const uint32_t count = b.uber.sliding_counts_[i];
+    if (i == 2) {
+      EXPECT_EQ(count, 0u);
+      EXPECT_EQ(b.uber.sliding_inactive_[i], 1);
+      continue;
+    }
+    EXPECT_GT(count, 1u) << "point " << i;
+    EXPECT_EQ(b.uber.sliding_inactive_[i], 0);
+    // The bound triangle is always among the candidates.
+    const uint32_t* list = &b.uber.sliding_triangles_[b.uber.sliding_offsets_[i]];
+    const bool has_bound = std::any_of(list, list + count, [&](uint32_t t) {
+      return std::equal(&b.uber.reference_triangles_[3 * t], &b.uber.reference_triangles_[3 * t + 3],
+                        &b.uber.triangle_vertices_[3 * i]);
+    });
+    EXPECT_TRUE(has_bound) << "point " << i;
+  }
+  EXPECT_FALSE(b.uber.sliding_edges_.empty());
+
+  // The first search finds the surface points below; the point without a
+  // list gets nothing from its slide weight.
+  b.positions[3 * 2 + 1] = 2.0f;
+  const std::vector<float> before = b.positions;
+  myo_core::UpdateSlidingPoints(false, b.positions, myo_core::IdentityMatrix(), b.uber);
+  for (uint32_t i : {0u, 1u, 3u}) ExpectVec(myo_core::Load3(b.uber.sliding_points_.data(), i), kSurfacePoints[i], 1e-6f);
+  EXPECT_EQ(b.uber.sliding_inactive_[2], 1);
+  b.Solve();
+  ExpectVec(myo_core::Load3(b.positions.data(), 2), myo_core::Load3(before.data(), 2), 0.0f);
+}
+
+TEST(UberAssembly, RowBlocksOnTwoThreadsGiveTheBitsOfOneThread) {
+  // Mixed weights, sliding points found, the points pushed off their rest.
+  Binding b;
+  b.SetMaps({0.5f, 0.2f, 0.0f, 0.3f}, {0.3f, 0.3f, 1.0f, 0.2f}, {0.2f, 0.5f, 0.0f, 0.5f});
+  b.input.max_sliding_distance = 1.5f;
+  ASSERT_TRUE(b.Bind());
+  b.uber.inverse_masses_.assign(b.Count(), 0.7f);
+  for (uint32_t k = 0; k < b.positions.size(); ++k) b.positions[k] += 0.1f * static_cast<float>(k % 5);
+  myo_core::UpdateSlidingPoints(false, b.positions, myo_core::IdentityMatrix(), b.uber);
+
+  auto run = [&](int threads) {
+    std::vector<float> positions = b.positions, lambdas = b.lambdas;
+    const int previous = omp_get_max_threads();
+    omp_set_num_threads(threads);
+    for (int iteration = 0; iteration < 3; ++iteration) {
+#pragma omp parallel for schedule(static)
+      for (int block = 0; block < 2; ++block)
+        myo_core::SolveUberRows(b.uber, 2 * block, 2, 0.001f, false, myo_core::IdentityMatrix(),
+                                myo_core::IdentityMatrix(), positions.data(), lambdas.data());
+    }
+    omp_set_num_threads(previous);
+    positions.insert(positions.end(), lambdas.begin(), lambdas.end());
+    return positions;
+  };
+  const std::vector<float> one = run(1), two = run(2);
+  ASSERT_EQ(one.size(), two.size());
+  EXPECT_EQ(0, std::memcmp(one.data(), two.data(), one.size() * sizeof(float)));
+  EXPECT_NE(0, std::memcmp(one.data(), b.positions.data(), b.positions.size() * sizeof(float)));
+}
+
+TEST(UberAssembly, PolygonTableMismatchStopsTheBindingWithOneError) {
+  myo_test::LogCapture log;
+  Binding b;
+  b.reference.polygon_triangle_counts.pop_back();
+  EXPECT_FALSE(b.Bind());
+  EXPECT_EQ(log.Count("[MyoForge][Error] Unexpected number of polygons during reference mesh processing"), 1u);
+  EXPECT_EQ(log.lines().size(), 1u);
+  EXPECT_EQ(b.lambdas.size(), 6u);
+  EXPECT_EQ(b.uber.surface_distances_.size(), 4u);
+  EXPECT_EQ(b.uber.sliding_inactive_.size(), 4u);
+  EXPECT_TRUE(b.uber.reference_positions_.empty());
+}
+
+TEST(UberAssembly, ReadReferenceMeshFollowsTheMeshOfEachStep) {
+  Binding b;
+  ASSERT_TRUE(b.Bind());
+  const std::vector<float> normals = b.uber.polygon_normals_;
+  myo_core::MeshData raised = b.reference;
+  for (uint32_t v = 0; v < raised.PointCount(); ++v) raised.points[3 * v + 1] += 1.0f;
+  ASSERT_TRUE(myo_core::ReadReferenceMesh(raised, myo_core::IdentityMatrix(), b.uber));
+  EXPECT_EQ(b.uber.reference_positions_, raised.points);
+  EXPECT_EQ(b.uber.polygon_normals_, normals);
+  // Hard rows carry the skin up with the surface.
+  b.Solve();
+  for (uint32_t i = 0; i < b.Count(); ++i)
+    ExpectVec(myo_core::Load3(b.positions.data(), i), {kSurfacePoints[i].x, 1.5f, kSurfacePoints[i].z}, 1e-5f);
+
+  myo_core::MeshData smaller = myo_test::BuildMesh(myo_scenes::MakeGrid(2, 2, 4.0f, 4.0f));
+  EXPECT_FALSE(myo_core::ReadReferenceMesh(smaller, myo_core::IdentityMatrix(), b.uber));
+  EXPECT_EQ(b.uber.reference_positions_, raised.points);
+}
+
+}  // namespace
