@@ -10,6 +10,8 @@
 
 namespace myo_core {
 
+struct SkinSolver;
+
 // weight[s N + point] = map[s N + point] * inverse_mass for every set s; a map
 // value below 1e-6 is copied unscaled.
 void ScaleWeightsByInverseMass(uint32_t point, uint32_t point_count, uint32_t set_count,
@@ -42,5 +44,10 @@ inline void ApplyMassesToWeights(RibbonMuscleSolver& solver, const std::vector<f
   ApplyMassesToWeights(solver, nullptr, shape_map, attachment_map, attachment_to_geo_map, slide_on_segment_map,
                        slide_on_geometry_map);
 }
+
+// The skin: distance and Uber rows take 1 / mass, shape rows the map over
+// the mass (a map value below 1e-6 unscaled). Leaves all weights unchanged,
+// with a debug message, when a table does not fit.
+void ApplyMassesToWeights(SkinSolver& solver, const std::vector<float>& shape_map);
 
 }  // namespace myo_core

@@ -1,0 +1,77 @@
+// Cost of the skin step on square grids of about 10k and 100k points over a
+// reference grid, 3 iterations, with distance, shape and Uber rows (hard,
+// soft and slide blended, Fast sliding), on 1 and 2 threads. The 2-thread
+// runs report their speed-up over the 1-thread run of the same size. The
+// plug-in's process runs OpenMP with OMP_WAIT_POLICY=PASSIVE; run the
+// benchmark so too, or spinning threads distort the 2-thread figures on a
+// loaded machine.
+
+#include <benchmark/benchmark.h>
+#include <omp.h>
+
+#include <map>
+#include <memory>
+
+#include "bench/support/loop_clock.h"
+#include "scenes/skin_setup.h"
+
+namespace {
+
+// One assembled skin per grid size, kept across benchmark runs.
+myo_scenes::SkinScene& SkinWithCells(uint32_t cells) {
+  static std::map<uint32_t, std::unique_ptr<myo_scenes::SkinScene>> scenes;
+  auto& scene = scenes[cells];
+  if (!scene) {
+    scene = std::make_unique<myo_scenes::SkinScene>();
+    myo_scenes::SkinSetupOptions options;
+    options.cells = cells;
+    options.hard = 0.6f;
+    options.soft = 0.2f;
+    options.slide = 0.2f;
+    options.shape_preservation = 0.5f;
+    options.max_sliding_distance = 2.0f * options.size / static_cast<float>(cells);  // two cells
+    options.thread_count = 2;
+    std::string error;
+    myo_scenes::AssembleSkin(options, *scene, error);
+    myo_scenes::SkinFrameSettings frame;
+    frame.iterations = 3;
+    myo_scenes::ApplySkinFrame(frame, myo_core::TranslationMatrix(0.0f, -0.1f, 0.0f), *scene);
+  }
+  return *scene;
+}
+
+// Milliseconds per step of the 1-thread run, by grid size.
+std::map<uint32_t, double>& SingleThreadMs() {
+  static std::map<uint32_t, double> ms;
+  return ms;
+}
+
+// range(0): cells per side; range(1): OpenMP threads.
+void BM_SkinStep(benchmark::State& state) {
+  const uint32_t cells = static_cast<uint32_t>(state.range(0));
+  const int threads = static_cast<int>(state.range(1));
+  myo_core::SkinSolver& solver = SkinWithCells(cells).solver;
+  const int saved = omp_get_max_threads();
+  omp_set_num_threads(threads);
+  const myo_bench::LoopClock clock;
+  for (auto _ : state) {
+    myo_core::StepSkin(solver);
+    benchmark::ClobberMemory();
+  }
+  const double ms = clock.Nanoseconds() / state.iterations() * 1e-6;
+  omp_set_num_threads(saved);
+
+  state.counters["points"] = solver.point_count_;
+  state.counters["ms_per_step"] = ms;
+  if (threads == 1) SingleThreadMs()[cells] = ms;
+  const auto single = SingleThreadMs().find(cells);
+  if (threads > 1 && single != SingleThreadMs().end()) state.counters["speedup"] = single->second / ms;
+}
+BENCHMARK(BM_SkinStep)
+    ->Args({99, 1})
+    ->Args({99, 2})
+    ->Args({315, 1})
+    ->Args({315, 2})
+    ->Unit(benchmark::kMillisecond);
+
+}  // namespace

@@ -1,0 +1,82 @@
+#pragma once
+// Distance rows: one constraint per mesh edge that keeps the edge at its rest
+// length, resisting compression and stretching by painted amounts. The skin
+// and the shape solver run them.
+
+#include <algorithm>
+#include <cstdint>
+#include <vector>
+
+#include "core/kernels/constraint_group.h"
+#include "core/math/vec3.h"
+
+namespace myo_core {
+
+struct DistanceConstraints : ConstraintGroup {
+  // inverse_masses_: N, 1 / mass of each point.
+
+  // Rest data, built at initialisation (BuildDistanceConstraints), indexed by
+  // the host's edge id.
+  std::vector<float> rest_lengths_;         // E, edge length at assembly
+  std::vector<uint32_t> edge_vertices_a_;   // E, first vertex
+  std::vector<uint32_t> edge_vertices_b_;   // E, second vertex
+  std::vector<float> compression_weights_;  // E, mean compression resistance of the two ends
+  std::vector<float> stretching_weights_;   // E, mean stretching resistance of the two ends
+
+  // Scalars of the frame.
+  float rest_length_multiplier_ = 1.0f;  // "restLengthMultiplier"
+  float compression_multiplier_ = 1.0f;  // "compressionMultiplier"
+  float stretching_multiplier_ = 1.0f;   // "stretchingMultiplier"
+
+  std::vector<uint32_t> schedule_;         // E, solving order (BuildDistanceConstraints)
+  std::vector<uint32_t> schedule_levels_;  // levels + 1, ranges of independent rows in schedule_
+
+  uint32_t RowCount() const { return static_cast<uint32_t>(rest_lengths_.size()); }
+};
+
+// C = |p_b - p_a| - rest rest_multiplier, gradient n = (p_b - p_a) / |p_b - p_a|
+// for b and -n for a. The violation alone is scaled by k, the compression
+// resistance when C < 0 and the stretching one otherwise; the compliance is
+// the solver's. An end whose own weight is below 1e-6 stays in place.
+inline void SolveDistanceConstraint(uint32_t row, uint32_t a, uint32_t b, float w_a, float w_b, float compliance,
+                                    float rest, float rest_multiplier, float compression, float stretching,
+                                    float* positions, float* lambdas) {
+  const float w = w_a + w_b;
+  if (w < kEpsilon) return;
+  const Vec3 pa = Load3(positions, a);
+  const Vec3 d = Load3(positions, b) - pa;
+  const float length = Length(d);
+  const Vec3 n = NormalizeSafe(d, length);
+  const float c = length - rest * rest_multiplier;
+  const float k = c < 0.0f ? compression : stretching;
+
+  const float lambda = lambdas[row];
+  const float delta = (-(k * c) - lambda * compliance) /
+                      (n.x * (n.x * w) + n.y * w * n.y + n.z * w * n.z + compliance);
+  lambdas[row] = lambda + delta;
+  if (w_a >= kEpsilon) Store3(positions, a, pa - n * (delta * w_a));
+  if (w_b >= kEpsilon) Store3(positions, b, Load3(positions, b) + n * (delta * w_b));
+}
+
+// The resistance a row runs with: the edge's weight times the frame's
+// multiplier, capped at 1.
+inline float DistanceResistance(float weight, float multiplier) { return std::min(1.0f, weight * multiplier); }
+
+// Runs every row once with the group's weights and multipliers and the
+// solver's compliance. Rows run in the schedule's order, which gives the same
+// result as table order (see RowSchedule); the rows of one level share no
+// point, so they are solved several at a time with the arithmetic of
+// SolveDistanceConstraint in every lane. A table without a schedule runs in
+// table order.
+void SolveDistanceRows(const DistanceConstraints& group, float compliance, float* positions, float* lambdas);
+
+// One row per edge in id order from the rest positions. edge_vertices: 2E,
+// the two ends of each edge in the host's order; compression_map and
+// stretching_map: N, resistances already clamped to [0, 1]. The inverse
+// masses start at 1 (N); lambdas grows by E zeroed rows. Also orders the
+// rows for solving.
+void BuildDistanceConstraints(DistanceConstraints& group, const std::vector<int32_t>& edge_vertices,
+                              const std::vector<float>& positions, const std::vector<float>& compression_map,
+                              const std::vector<float>& stretching_map, std::vector<float>& lambdas);
+
+}  // namespace myo_core

@@ -1,0 +1,190 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <vector>
+
+#include "core/kernels/distance_constraints.h"
+#include "scenes/muscle_meshes.h"
+#include "support/test_geometry.h"
+
+using namespace myo_core;
+
+namespace {
+
+// Two points on the x axis, a at 0 and b at `length`.
+std::vector<float> EdgeAlongX(float length) { return {0.0f, 0.0f, 0.0f, length, 0.0f, 0.0f}; }
+
+float EdgeLength(const std::vector<float>& p) {
+  return std::sqrt((p[3] - p[0]) * (p[3] - p[0]) + (p[4] - p[1]) * (p[4] - p[1]) + (p[5] - p[2]) * (p[5] - p[2]));
+}
+
+}  // namespace
+
+TEST(DistanceKernelTest, RigidRowRestoresTheRestLengthSymmetrically) {
+  std::vector<float> p = EdgeAlongX(3.0f), lambdas{0.0f, 0.0f};
+  SolveDistanceConstraint(1, 0, 1, 1.0f, 1.0f, 0.0f, 2.0f, 1.0f, 1.0f, 1.0f, p.data(), lambdas.data());
+  EXPECT_FLOAT_EQ(p[0], 0.5f);
+  EXPECT_FLOAT_EQ(p[3], 2.5f);
+  EXPECT_FLOAT_EQ(lambdas[1], -0.5f);  // -C / (w_a + w_b)
+  EXPECT_EQ(lambdas[0], 0.0f);
+
+  // The rest multiplier scales the target: 2 times 0.75 is 1.5.
+  p = EdgeAlongX(3.0f);
+  lambdas = {0.0f, 0.0f};
+  SolveDistanceConstraint(0, 0, 1, 1.0f, 1.0f, 0.0f, 2.0f, 0.75f, 1.0f, 1.0f, p.data(), lambdas.data());
+  EXPECT_NEAR(EdgeLength(p), 1.5f, 1e-6f);
+
+  // Unequal weights share the correction in their ratio, along the edge.
+  p = {1.0f, 1.0f, 1.0f, 1.0f, 5.0f, 1.0f};
+  lambdas = {0.0f};
+  SolveDistanceConstraint(0, 0, 1, 3.0f, 1.0f, 0.0f, 2.0f, 1.0f, 1.0f, 1.0f, p.data(), lambdas.data());
+  EXPECT_FLOAT_EQ(p[1], 2.5f);
+  EXPECT_FLOAT_EQ(p[4], 4.5f);
+  EXPECT_EQ(p[0], 1.0f);
+  EXPECT_EQ(p[5], 1.0f);
+}
+
+TEST(DistanceKernelTest, ResistanceScalesTheViolationByItsSign) {
+  // Compressed edge (length 1, rest 2): the compression resistance applies.
+  std::vector<float> p = EdgeAlongX(1.0f), lambdas{0.0f};
+  SolveDistanceConstraint(0, 0, 1, 1.0f, 1.0f, 0.0f, 2.0f, 1.0f, 0.5f, 0.0f, p.data(), lambdas.data());
+  EXPECT_NEAR(EdgeLength(p), 1.5f, 1e-6f);
+
+  // Compression resistance 0 on a compressed edge: no push back, and with a
+  // multiplier of 0 the delta is 0.
+  p = EdgeAlongX(1.0f);
+  lambdas = {0.0f};
+  SolveDistanceConstraint(0, 0, 1, 1.0f, 1.0f, 0.5f, 2.0f, 1.0f, 0.0f, 1.0f, p.data(), lambdas.data());
+  EXPECT_EQ(p, EdgeAlongX(1.0f));
+  EXPECT_EQ(lambdas[0], 0.0f);
+
+  // ... while an accumulated multiplier still acts through the compliance:
+  // delta = (-m a) / (w + a).
+  lambdas = {0.2f};
+  SolveDistanceConstraint(0, 0, 1, 1.0f, 1.0f, 0.5f, 2.0f, 1.0f, 0.0f, 1.0f, p.data(), lambdas.data());
+  const float delta = (-(0.2f * 0.5f)) / (2.0f + 0.5f);
+  EXPECT_FLOAT_EQ(lambdas[0], 0.2f + delta);
+  EXPECT_FLOAT_EQ(p[0], -delta);
+
+  // Stretched edge: the stretching resistance applies, not the compression.
+  p = EdgeAlongX(3.0f);
+  lambdas = {0.0f};
+  SolveDistanceConstraint(0, 0, 1, 1.0f, 1.0f, 0.0f, 2.0f, 1.0f, 1.0f, 0.25f, p.data(), lambdas.data());
+  EXPECT_NEAR(EdgeLength(p), 2.75f, 1e-6f);
+}
+
+TEST(DistanceKernelTest, MultiplierAccumulatesOverSolvesWithCompliance) {
+  const float a = 0.5f, rest = 2.0f, start = 3.0f;
+  std::vector<float> p = EdgeAlongX(start), lambdas{0.0f};
+  SolveDistanceConstraint(0, 0, 1, 1.0f, 1.0f, a, rest, 1.0f, 1.0f, 1.0f, p.data(), lambdas.data());
+  SolveDistanceConstraint(0, 0, 1, 1.0f, 1.0f, a, rest, 1.0f, 1.0f, 1.0f, p.data(), lambdas.data());
+
+  // XPBD by hand on the 1D edge: each solve moves both ends by delta.
+  const double d1 = -(start - rest) / (2.0 + a);
+  const double length1 = start + 2.0 * d1;
+  const double d2 = (-(length1 - rest) - d1 * a) / (2.0 + a);
+  EXPECT_NEAR(lambdas[0], d1 + d2, 1e-6);
+  EXPECT_NEAR(EdgeLength(p), length1 + 2.0 * d2, 1e-6);
+  // Soft: the edge is not yet at rest, and still too long.
+  EXPECT_GT(EdgeLength(p), rest);
+}
+
+TEST(DistanceKernelTest, WeightGuards) {
+  // Weights summing below 1e-6: nothing moves, the multiplier stays.
+  std::vector<float> p = EdgeAlongX(3.0f), lambdas{0.0f};
+  SolveDistanceConstraint(0, 0, 1, 4e-7f, 4e-7f, 0.0f, 2.0f, 1.0f, 1.0f, 1.0f, p.data(), lambdas.data());
+  EXPECT_EQ(p, EdgeAlongX(3.0f));
+  EXPECT_EQ(lambdas[0], 0.0f);
+
+  // An end whose own weight is below 1e-6 stays; the other takes it all.
+  SolveDistanceConstraint(0, 0, 1, 5e-7f, 1.0f, 0.0f, 2.0f, 1.0f, 1.0f, 1.0f, p.data(), lambdas.data());
+  EXPECT_EQ(p[0], 0.0f);
+  EXPECT_NEAR(p[3], 2.0f, 1e-5f);
+
+  // Coincident points: no direction, so the correction cannot move them.
+  std::vector<float> same{1.0f, 1.0f, 1.0f, 1.0f, 1.0f, 1.0f};
+  lambdas = {0.0f};
+  SolveDistanceConstraint(0, 0, 1, 1.0f, 1.0f, 0.1f, 2.0f, 1.0f, 1.0f, 1.0f, same.data(), lambdas.data());
+  EXPECT_EQ(same, std::vector<float>(6, 1.0f));
+  EXPECT_FLOAT_EQ(lambdas[0], 2.0f / 0.1f);  // (-C) / a, with n zero
+}
+
+TEST(DistanceRowsTest, RowsRunInTableOrderWithResistanceCappedAtOne) {
+  // A chain 0 - 1 - 2 compressed to half its rest lengths.
+  DistanceConstraints group;
+  std::vector<float> lambdas(1, 0.0f);  // one row of another group before
+  const std::vector<float> rest{0, 0, 0, 1, 0, 0, 2, 0, 0};
+  BuildDistanceConstraints(group, {0, 1, 1, 2}, rest, {0.75f, 0.75f, 0.75f}, {1.0f, 1.0f, 1.0f}, lambdas);
+  std::vector<float> p{0, 0, 0, 0.5f, 0, 0, 1.25f, 0, 0};
+  group.compression_multiplier_ = 2.0f;  // 0.75 times 2 is capped to 1, not 1.5
+  group.inverse_masses_ = {0.0f, 1.0f, 1.0f};
+  SolveDistanceRows(group, 0.0f, p.data(), lambdas.data());
+
+  // Row 0: point 1 alone moves back to 1. Row 1 then sees 1 - 2 at 0.25
+  // and pushes both apart by 0.375 each.
+  EXPECT_EQ(p[0], 0.0f);
+  EXPECT_FLOAT_EQ(p[3], 0.625f);
+  EXPECT_FLOAT_EQ(p[6], 1.625f);
+  EXPECT_FLOAT_EQ(lambdas[1], 0.5f);
+  EXPECT_FLOAT_EQ(lambdas[2], 0.375f);
+  EXPECT_EQ(lambdas[0], 0.0f);
+}
+
+TEST(DistanceBuildTest, OneRowPerEdgeInIdOrder) {
+  const std::vector<float> points{0, 0, 0, 3, 4, 0, 3, 0, 0};
+  DistanceConstraints group;
+  std::vector<float> lambdas(2, 7.0f);
+  BuildDistanceConstraints(group, {1, 0, 2, 1}, points, {0.2f, 0.4f, 1.0f}, {1.0f, 0.0f, 0.5f}, lambdas);
+  ASSERT_EQ(group.RowCount(), 2u);
+  EXPECT_EQ(group.lambda_base_, 2u);
+  EXPECT_EQ(lambdas, (std::vector<float>{7.0f, 7.0f, 0.0f, 0.0f}));
+  EXPECT_EQ(group.edge_vertices_a_, (std::vector<uint32_t>{1, 2}));
+  EXPECT_EQ(group.edge_vertices_b_, (std::vector<uint32_t>{0, 1}));
+  EXPECT_FLOAT_EQ(group.rest_lengths_[0], 5.0f);
+  EXPECT_FLOAT_EQ(group.rest_lengths_[1], 4.0f);
+  EXPECT_FLOAT_EQ(group.compression_weights_[0], 0.3f);
+  EXPECT_FLOAT_EQ(group.compression_weights_[1], 0.7f);
+  EXPECT_FLOAT_EQ(group.stretching_weights_[0], 0.5f);
+  EXPECT_FLOAT_EQ(group.stretching_weights_[1], 0.25f);
+  EXPECT_EQ(group.inverse_masses_, std::vector<float>(3, 1.0f));
+}
+
+TEST(DistanceRowsTest, ScheduledRowsGiveTheBitsOfTableOrder) {
+  // A grid crumpled in a fixed pattern, with pinned and light points and
+  // both resistances in play.
+  const MeshData mesh = myo_test::BuildMesh(myo_scenes::MakeGrid(12, 9, 6.0f, 4.0f));
+  const uint32_t n = mesh.PointCount();
+  std::vector<float> compression(n), stretching(n);
+  for (uint32_t i = 0; i < n; ++i) {
+    compression[i] = static_cast<float>(i % 5) * 0.25f;
+    stretching[i] = static_cast<float>(i % 3) * 0.5f;
+  }
+  DistanceConstraints group;
+  std::vector<float> lambdas;
+  BuildDistanceConstraints(group, mesh.edge_vertices, mesh.points, compression, stretching, lambdas);
+  ASSERT_EQ(group.schedule_.size(), group.RowCount());
+  for (uint32_t i = 0; i < n; ++i) group.inverse_masses_[i] = i % 7 == 0 ? 0.0f : 1.0f / (1.0f + (i % 4));
+  group.rest_length_multiplier_ = 0.9f;
+  group.compression_multiplier_ = 1.5f;
+  group.stretching_multiplier_ = 0.8f;
+  std::vector<float> start = mesh.points;
+  for (std::size_t k = 0; k < start.size(); ++k) start[k] += 0.1f * std::sin(static_cast<float>(k) * 1.7f);
+
+  std::vector<float> scheduled = start, scheduled_lambdas = lambdas;
+  std::vector<float> table = start, table_lambdas = lambdas;
+  const float* w = group.inverse_masses_.data();
+  for (int iteration = 0; iteration < 3; ++iteration) {
+    SolveDistanceRows(group, 0.05f, scheduled.data(), scheduled_lambdas.data());
+    for (uint32_t e = 0; e < group.RowCount(); ++e) {
+      const uint32_t a = group.edge_vertices_a_[e], b = group.edge_vertices_b_[e];
+      SolveDistanceConstraint(e, a, b, w[a], w[b], 0.05f, group.rest_lengths_[e], 0.9f,
+                              std::min(1.0f, group.compression_weights_[e] * 1.5f),
+                              std::min(1.0f, group.stretching_weights_[e] * 0.8f), table.data(),
+                              table_lambdas.data());
+    }
+  }
+  EXPECT_NE(table, start);
+  EXPECT_EQ(scheduled, table);
+  EXPECT_EQ(scheduled_lambdas, table_lambdas);
+}
