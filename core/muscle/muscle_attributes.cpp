@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "core/attributes/attribute_builders.h"
 #include "core/tables/enum_tables.h"
 #include "core/tables/material_type.h"
 
@@ -9,60 +10,11 @@ namespace myo_core {
 
 namespace {
 
+using namespace attribute_builders;
 using T = AttributeType;
 constexpr uint32_t K = kKeyable;
 constexpr uint32_t A = kArray;
 constexpr uint32_t O = kAffectsOutput;
-
-AttributeInfo Scalar(const char* long_name, const char* short_name, T type, double value, uint32_t flags,
-                     std::optional<double> min = {}, std::optional<double> max = {},
-                     std::optional<double> soft_min = {}, std::optional<double> soft_max = {}) {
-  AttributeInfo info;
-  info.long_name = long_name;
-  info.short_name = short_name;
-  info.type = type;
-  info.defaults = {value};
-  info.flags = flags;
-  info.min = min;
-  info.max = max;
-  info.soft_min = soft_min;
-  info.soft_max = soft_max;
-  return info;
-}
-
-AttributeInfo Enum(const char* long_name, const char* short_name, std::vector<EnumField> fields, double value,
-                   uint32_t flags) {
-  AttributeInfo info = Scalar(long_name, short_name, T::kEnum, value, flags);
-  info.fields = std::move(fields);
-  return info;
-}
-
-AttributeInfo Compound(const char* long_name, const char* short_name, std::vector<std::string> children,
-                       uint32_t flags) {
-  AttributeInfo info;
-  info.long_name = long_name;
-  info.short_name = short_name;
-  info.type = T::kCompound;
-  info.children = std::move(children);
-  info.flags = flags;
-  return info;
-}
-
-// A per-vertex map list: a compound array whose one child is the map.
-AttributeInfo List(const char* long_name, const char* short_name, const char* element, uint32_t flags) {
-  AttributeInfo info = Compound(long_name, short_name, {element}, A | flags);
-  info.array_of = element;
-  return info;
-}
-
-AttributeInfo Typed(const char* long_name, const char* short_name, T type, uint32_t flags) {
-  AttributeInfo info;
-  info.long_name = long_name;
-  info.short_name = short_name;
-  info.type = type;
-  info.flags = flags;
-  return info;
-}
 
 AttributeTable BuildMuscleTable() {
   AttributeTable t;
@@ -115,9 +67,7 @@ AttributeTable BuildMuscleTable() {
   t.push_back(List("globalDampingList", "gdmpl", "globalDamping", 0));
   t.push_back(Typed("attachmentMatrix", "attm", T::kMatrix, kStorable));
   t.push_back(Scalar("attachmentConstraints", "attc", T::kFloat, 0, A | O));
-  AttributeInfo attachments = Compound("attachmentConstraintsList", "attcl",
-                                       {"attachmentMatrix", "attachmentConstraints"}, A | O);
-  t.push_back(attachments);
+  t.push_back(Compound("attachmentConstraintsList", "attcl", {"attachmentMatrix", "attachmentConstraints"}, A | O));
   t.push_back(Scalar("tendons", "tn", T::kFloat, 0, A | O, 0.0, 1.0));
   t.push_back(List("tendonsList", "tnl", "tendons", O));
   t.push_back(Compound("fibers", "fb", {"fibersX", "fibersY", "fibersZ"}, A | O));
@@ -133,12 +83,8 @@ AttributeTable BuildMuscleTable() {
   t.push_back(List("shapePreservationList", "spl", "shapePreservation", 0));
   t.push_back(Scalar("mass", "m", T::kFloat, 1, A, 0.000001, {}, 0.001, 10.0));
   t.push_back(List("massList", "ml", "mass", 0));
-  AttributeInfo attenuation = Typed("attenuationMatrix", "am", T::kMatrix, kStorable);
-  attenuation.disconnect_behavior = 1;
-  t.push_back(attenuation);
-  AttributeInfo influence = Scalar("currentInfluence", "ci", T::kInt, 0, kHidden, -1.0);
-  influence.disconnect_behavior = 1;
-  t.push_back(influence);
+  t.push_back(ResetOnDisconnect(Typed("attenuationMatrix", "am", T::kMatrix, kStorable)));
+  t.push_back(ResetOnDisconnect(Scalar("currentInfluence", "ci", T::kInt, 0, kHidden, -1.0)));
   t.push_back(Typed("slideOnSegmentRootMatrix", "ssrm", T::kMatrix, kStorable));
   t.push_back(Typed("slideOnSegmentTipMatrix", "sstm", T::kMatrix, kStorable));
   t.push_back(Scalar("slideOnSegmentConstraints", "ssc", T::kFloat, 0, A | O, 0.0, 1.0));
@@ -148,11 +94,7 @@ AttributeTable BuildMuscleTable() {
   t.push_back(Scalar("debugColorRed", "dbcr", T::kFloat, 0, 0));
   t.push_back(Scalar("debugColorGreen", "dbcg", T::kFloat, 0, 0));
   t.push_back(Scalar("debugColorBlue", "dbcb", T::kFloat, 0, 0));
-  AttributeInfo color = Compound("debugColor", "dbc", {"debugColorRed", "debugColorGreen", "debugColorBlue"},
-                                 kUsedAsColor | O);
-  color.type = T::kColor;
-  color.defaults = {1.0, 0.0, 0.0};
-  t.push_back(color);
+  t.push_back(Color("debugColor", "dbc", {"debugColorRed", "debugColorGreen", "debugColorBlue"}, {1.0, 0.0, 0.0}, O));
   t.push_back(Scalar("debugWidth", "dw", T::kFloat, 3, O, 0.0, {}, {}, 10.0));
   t.push_back(Enum("debugFeature", "dbgf",
                    {{"Attachments To Geometry", 1}, {"Attachments To Transform", 2}, {"Muscle Fibers", 4},

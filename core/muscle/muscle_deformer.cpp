@@ -1,14 +1,10 @@
 #include "core/muscle/muscle_deformer.h"
 
-#include <cmath>
-#include <cstdlib>
 
 #include "core/kernels/target_mesh.h"
 #include "core/log/logger.h"
 #include "core/muscle/muscle_assembly.h"
-#include "core/solver/compliance.h"
 #include "core/solver/mass_weights.h"
-#include "core/solver/masses.h"
 #include "core/tables/enum_tables.h"
 #include "core/tables/material_type.h"
 
@@ -86,26 +82,8 @@ void MuscleFamilyDeformer<Solver>::Initialize(const MuscleFrameValues& frame, bo
 template <class Solver>
 void MuscleFamilyDeformer<Solver>::SetFrameScalars(const MuscleFrameValues& frame, float dt, bool warn) {
   Solver& s = *solver_;
-  float gravity = frame.gravity;
-  if (s.space_scale_mode_ == kSpaceScaleForces || s.space_scale_mode_ == kSpaceScaleMassesAndForces)
-    gravity /= s.space_scale_;
-  const Vec3 direction =
-      NormalizeSafe(Vec3{frame.gravity_direction[0], frame.gravity_direction[1], frame.gravity_direction[2]});
-  s.gravity_[0] = direction.x * gravity;
-  s.gravity_[1] = direction.y * gravity;
-  s.gravity_[2] = direction.z * gravity;
-
-  s.time_step_ = dt;
-  s.world_matrix_ = frame.local_to_world;
-  s.world_matrix_inverse_ = IsIdentity(s.world_matrix_) ? s.world_matrix_ : InvertMatrix(s.world_matrix_);
-  s.iterations_ = static_cast<uint32_t>(std::abs(frame.iterations));
-  s.inertia_damper_ = frame.inertia_damper;
-  s.global_damping_multiplier_ = frame.global_damping_multiplier;
+  ApplyStepScalars(frame, dt, warn, node_.masses_map_, s, *s.shape_constraints_);
   s.sliding_constraints_mode_ = frame.sliding_constraints_mode;
-
-  EvaluateMasses(s.point_mass_mode_, s.space_scale_mode_, s.mesh_dimension_, s.density_, s.mesh_measure_,
-                 s.global_mass_multiplier_, s.space_scale_, warn, false, node_.masses_map_, s.masses_);
-
   EdgeConstraints& edges = *s.edge_constraints_;
   edges.activation_ = frame.activation;
   edges.rest_activation_ = frame.rest_activation;
@@ -116,15 +94,7 @@ void MuscleFamilyDeformer<Solver>::SetFrameScalars(const MuscleFrameValues& fram
     s.volume_constraint_->volume_preservation_ = frame.volume_preservation;
     s.volume_constraint_->volume_ratio_ = frame.volume_ratio;
   }
-
-  SetStiffnessAndCompliance(
-      s, ComputeStiffness(frame.material, frame.stiffness_multiplier, frame.stiffness, frame.use_custom_stiffness), dt);
-  SetShapeCompliance(*s.shape_constraints_, dt * dt, s.compliance_, frame.stiffness_shape_preservation,
-                     frame.override_shape_preservation_stiffness);
   UpdateTargets(s.targets_, frame.targets, warn);
-
-  s.attenuation_matrix_ = frame.attenuation_matrix;
-  s.attenuation_velocity_factor_ = frame.attenuation_velocity_factor;
   ApplyMassesToWeights(s, node_.shape_map_, node_.attachment_map_, node_.attachment_to_geo_map_,
                        node_.slide_on_segment_map_, node_.slide_on_geometry_map_);
 }
@@ -152,11 +122,7 @@ MuscleEvaluation MuscleFamilyDeformer<Solver>::Evaluate(const MuscleFrameValues&
   times.playing = !warn;
   times.solver_empty = s.positions_.empty();
 
-  s.density_ = frame.density * 0.001f;
-  s.point_mass_mode_ = frame.point_mass_mode;
-  s.space_scale_ = frame.space_scale > kEpsilon ? frame.space_scale : kEpsilon;
-  s.space_scale_mode_ = frame.space_scale_mode;
-  s.global_mass_multiplier_ = frame.global_mass_multiplier;
+  ApplyMassScalars(frame, s);
   s.attachment_constraints_->hard_ = frame.hard_attachments;
   s.attachment_to_geo_constraints_->hard_ = frame.hard_attachments;
 
@@ -172,12 +138,7 @@ MuscleEvaluation MuscleFamilyDeformer<Solver>::Evaluate(const MuscleFrameValues&
     result.stepped = true;
   }
 
-  // Output: the simulation blended with the input by the envelope.
-  const std::size_t count = std::min(s.positions_.size(), input.size());
-  output.assign(input.begin(), input.end());
-  const double envelope = frame.envelope;
-  for (std::size_t k = 0; k < count; ++k)
-    output[k] = (static_cast<double>(s.positions_[k]) - input[k]) * envelope + input[k];
+  BlendByEnvelope(s.positions_, input, frame.envelope, output);
   last_time_ = frame.current_time;
   return result;
 }
