@@ -1,0 +1,96 @@
+#include "core/skin/skin_deformer.h"
+
+#include <algorithm>
+
+#include "core/log/logger.h"
+#include "core/skin/uber_assembly.h"
+#include "core/solver/mass_weights.h"
+
+namespace myo_core {
+
+float MeshDiagonal(const std::vector<float>& points, const Matrix& matrix) {
+  if (points.size() < 3) return 0.0f;
+  Vec3 low = Load3(points.data(), 0), high = low;
+  for (uint32_t i = 1; i < points.size() / 3; ++i) {
+    const Vec3 p = Load3(points.data(), i);
+    low = {std::min(low.x, p.x), std::min(low.y, p.y), std::min(low.z, p.z)};
+    high = {std::max(high.x, p.x), std::max(high.y, p.y), std::max(high.z, p.z)};
+  }
+  return Length(TransformPoint(high, matrix) - TransformPoint(low, matrix));
+}
+
+SkinDeformer::SkinDeformer() : solver_(std::make_unique<SkinSolver>()) {}
+
+SkinEvaluation SkinDeformer::Evaluate(const SkinFrameValues& frame, const std::vector<double>& input,
+                                      DeformerHost& host, MapPort& maps, std::vector<double>& output) {
+  SkinEvaluation result;
+  output = input;
+  if (!frame.enable) return result;
+  if (!solver_) solver_ = std::make_unique<SkinSolver>();
+  SkinSolver& s = *solver_;
+  const bool warn = !host.IsPlaying();
+
+  FrameTimes times;
+  times.current = frame.current_time;
+  times.start = frame.start_time;
+  times.preroll = frame.preroll_start_time;
+  times.last = last_time_;
+  times.time_scale = frame.time_scale;
+  times.frames_per_second = host.FramesPerSecond();
+  times.playing = !warn;
+  times.solver_empty = s.positions_.empty();
+  ApplyMassScalars(frame, s);
+  result.decision = DecideFrame(times);
+  const FrameDecision& decision = result.decision;
+
+  if (frame.reference_mesh == nullptr) {
+    ReportError("Input reference mesh is null but it is required for " + host.NodeName() +
+                    " to compute. Aborting simulation.",
+                "");
+    result.succeeded = false;
+    return result;
+  }
+  if (frame.reference_mesh->PointCount() == 0) {
+    ReportError("Could not retrieve reference mesh data which is required for " + host.NodeName() +
+                    " to compute. Aborting simulation.",
+                "");
+    result.succeeded = false;
+    return result;
+  }
+  s.world_matrix_ = frame.local_to_world;
+
+  if (decision.initialize) {
+    MeshData mesh;
+    if (!host.ReadInputMesh(mesh)) mesh = MeshData{};
+    SkinAssemblyInputs inputs;
+    inputs.node_name = host.NodeName();
+    inputs.progress = &host;
+    inputs.map_index = frame.geometry_index;
+    inputs.world_matrix = frame.local_to_world;
+    inputs.attenuation_matrix = frame.attenuation_matrix;
+    inputs.read_points = decision.reset_positions;
+    inputs.warn = warn;
+    inputs.reference_mesh = frame.reference_mesh;
+    inputs.reference_matrix = frame.reference_matrix;
+    inputs.max_sliding_distance = frame.max_sliding_distance;
+    InitSkinData(mesh, maps, inputs, node_, s);
+    mesh_diagonal_ = MeshDiagonal(frame.reference_mesh->points, frame.reference_matrix);
+  }
+  if (decision.simulate) {
+    ReadReferenceMesh(*frame.reference_mesh, frame.reference_matrix, *s.uber_constraints_);
+    ApplyStepScalars(frame, decision.dt, warn, node_.masses_map_, s, *s.shape_constraints_);
+    s.sliding_constraints_mode_ = frame.sliding_constraints_mode;
+    DistanceConstraints& distances = *s.distance_constraints_;
+    distances.rest_length_multiplier_ = frame.rest_length_multiplier;
+    distances.compression_multiplier_ = frame.compression_multiplier;
+    distances.stretching_multiplier_ = frame.stretching_multiplier;
+    ApplyMassesToWeights(s, node_.shape_map_);
+    StepSkin(s);
+    result.stepped = true;
+  }
+  BlendByEnvelope(s.positions_, input, frame.envelope, output);
+  last_time_ = frame.current_time;
+  return result;
+}
+
+}  // namespace myo_core

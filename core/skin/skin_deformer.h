@@ -1,0 +1,64 @@
+#pragma once
+// One evaluation of the skin deformer, host-neutral: the same frame logic as
+// the muscle, around a skin solver held on a reference mesh.
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "core/host/deformer_host.h"
+#include "core/maps/map_port.h"
+#include "core/mesh/mesh_data.h"
+#include "core/muscle/frame_decision.h"
+#include "core/skin/skin_assembly.h"
+#include "core/skin/skin_solver.h"
+#include "core/solver/frame_values.h"
+
+namespace myo_core {
+
+struct SkinFrameValues : SolverFrameValues {
+  SkinFrameValues() {
+    iterations = 3;
+    material = kMaterialLeather;
+    density = 1100.0f;
+    space_scale_mode = 2;
+  }
+  const MeshData* reference_mesh = nullptr;  // "referenceMesh", object space; null when not connected
+  Matrix reference_matrix = IdentityMatrix();  // "referenceMatrix"
+};
+
+struct SkinEvaluation {
+  FrameDecision decision;
+  bool stepped = false;
+  bool succeeded = true;  // false without a usable reference mesh
+};
+
+class SkinDeformer {
+ public:
+  SkinDeformer();
+
+  // As MuscleDeformer::Evaluate. Without a reference mesh, or with one of no
+  // vertices, it reports the error and fails: the solver, the last time and
+  // the output (the input) stay.
+  SkinEvaluation Evaluate(const SkinFrameValues& frame, const std::vector<double>& input, DeformerHost& host,
+                          MapPort& maps, std::vector<double>& output);
+
+  const SkinSolver& solver() const { return *solver_; }
+  SkinSolver& solver() { return *solver_; }
+  const SkinNodeState& node() const { return node_; }
+  float last_time() const { return last_time_; }
+  // Diagonal of the reference mesh in world space at the last build; -1 before.
+  float mesh_diagonal() const { return mesh_diagonal_; }
+
+ private:
+  std::unique_ptr<SkinSolver> solver_;
+  SkinNodeState node_;
+  float last_time_ = 1.17549435e-38f;  // the smallest positive normal float
+  float mesh_diagonal_ = -1.0f;
+};
+
+// Length of the diagonal of the object-space bounding box of `points`, with
+// both corners carried through `matrix`.
+float MeshDiagonal(const std::vector<float>& points, const Matrix& matrix);
+
+}  // namespace myo_core

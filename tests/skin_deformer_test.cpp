@@ -1,0 +1,173 @@
+// The skin deformer on a time line, and a skin over a moving body.
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <vector>
+
+#include "core/maps/map_store.h"
+#include "core/mesh/closest_point_query.h"
+#include "core/skin/skin_attributes.h"
+#include "core/skin/skin_deformer.h"
+#include "scenes/muscle_meshes.h"
+#include "support/log_capture.h"
+#include "support/test_geometry.h"
+#include "support/test_host.h"
+
+using namespace myo_core;
+
+namespace {
+
+constexpr float kFrame = 1.0f / 24.0f;
+
+// A skin 0.5 above a closed body: both spindles along x.
+struct SkinOverBody {
+  MeshData body = myo_test::BuildMesh(myo_scenes::MakeSpindle(12, 12, 10.0f, 2.0f));
+  MeshData skin = myo_test::BuildMesh(myo_scenes::MakeSpindle(12, 12, 11.0f, 2.5f));
+  myo_test::TestHost host{skin};
+  MapStore maps;
+  SkinDeformer deformer;
+  SkinFrameValues frame;
+  std::vector<double> input{skin.points.begin(), skin.points.end()};
+  std::vector<double> output;
+
+  SkinOverBody() {
+    frame.reference_mesh = &body;
+    frame.preroll_start_time = 5 * kFrame;
+    frame.start_time = 10 * kFrame;
+  }
+  SkinEvaluation At(float f) {
+    frame.current_time = f * kFrame;
+    return deformer.Evaluate(frame, input, host, maps, output);
+  }
+};
+
+}  // namespace
+
+TEST(SkinDeformerTest, AMissingOrEmptyReferenceMeshStopsTheEvaluation) {
+  SkinOverBody t;
+  t.At(10);
+  const float last = t.deformer.last_time();
+  myo_test::LogCapture log;
+  t.frame.reference_mesh = nullptr;
+  const SkinEvaluation missing = t.At(11);
+  EXPECT_FALSE(missing.succeeded);
+  EXPECT_EQ(log.Count("[MyoForge][Error] Input reference mesh is null but it is required for muscle1 to compute. "
+                      "Aborting simulation."),
+            1u);
+  EXPECT_EQ(t.deformer.last_time(), last);
+  EXPECT_EQ(t.output, t.input);
+  const MeshData empty;
+  t.frame.reference_mesh = &empty;
+  EXPECT_FALSE(t.At(11).succeeded);
+  EXPECT_EQ(log.Count("[MyoForge][Error] Could not retrieve reference mesh data which is required for muscle1 to "
+                      "compute. Aborting simulation."),
+            1u);
+  // With the reference back, the simulation goes on.
+  t.frame.reference_mesh = &t.body;
+  EXPECT_TRUE(t.At(11).stepped);
+}
+
+TEST(SkinDeformerTest, TheStartRebuildsFromThePrerollPose) {
+  SkinOverBody t;
+  t.frame.gravity = 980.0f;
+  std::vector<float> hard(t.skin.PointCount(), 0.2f);
+  t.maps.SetAll("hardConstraintsList", "hardConstraints", 0, hard);
+  EXPECT_TRUE(t.At(5).decision.reset_positions);
+  for (int f = 6; f < 10; ++f) EXPECT_TRUE(t.At(static_cast<float>(f)).stepped);
+  const std::vector<float> settled = t.deformer.solver().positions_;
+  const SkinEvaluation start = t.At(10);
+  EXPECT_TRUE(start.decision.initialize);
+  EXPECT_FALSE(start.decision.reset_positions);
+  // Rest lengths are those of the settled pose.
+  const DistanceConstraints& d = *t.deformer.solver().distance_constraints_;
+  const uint32_t a = d.edge_vertices_a_[0], b = d.edge_vertices_b_[0];
+  EXPECT_EQ(d.rest_lengths_[0], Length(Load3(settled.data(), b) - Load3(settled.data(), a)));
+  EXPECT_GT(t.deformer.mesh_diagonal(), 10.0f);
+
+  // Envelope 0: the input, though the solver runs.
+  t.frame.envelope = 0.0f;
+  EXPECT_TRUE(t.At(11).stepped);
+  EXPECT_EQ(t.output, t.input);
+  // Enable off: the input passes and no time passes for the node.
+  t.frame.enable = false;
+  t.At(12);
+  EXPECT_EQ(t.deformer.last_time(), 11 * kFrame);
+}
+
+TEST(SkinDeformerTest, AttributeTableDefaultsAndOutputs) {
+  const AttributeTable& table = SkinAttributes();
+  EXPECT_EQ(FindAttribute(table, "it")->Default(), 3.0);
+  EXPECT_EQ(FindAttribute(table, "mat")->Default(), 4.0);
+  EXPECT_EQ(FindAttribute(table, "ssm")->Default(), 2.0);
+  EXPECT_EQ(FindAttribute(table, "hc")->Default(), 1.0);
+  EXPECT_FLOAT_EQ(FindAttribute(table, "d")->Default(), 1100.0f);
+  const SkinFrameValues frame;
+  EXPECT_EQ(frame.iterations, 3);
+  EXPECT_EQ(frame.material, 4);
+  EXPECT_EQ(frame.space_scale_mode, 2);
+  EXPECT_EQ(frame.density, 1100.0f);
+  int affecting = 0;
+  for (const AttributeInfo& info : table) affecting += info.Has(kAffectsOutput) ? 1 : 0;
+  EXPECT_EQ(affecting, 11);
+  EXPECT_EQ(FindAttribute(table, "dbgf")->fields.back().name, "Soft Constraints");
+}
+
+TEST(SkinDeformerTest, SkinOverAMovingBodyFollowsSlidesAndStaysFinite) {
+  SkinOverBody t;
+  t.frame.preroll_start_time = t.frame.start_time = kFrame;
+  t.frame.use_custom_stiffness = true;
+  t.frame.stiffness = 1e7f;
+  t.frame.iterations = 6;
+  t.frame.max_sliding_distance = 3.0f;
+  const uint32_t n = t.skin.PointCount();
+  std::vector<float> hard(n, 0.0f), soft(n, 0.0f), slide(n, 0.0f);
+  for (uint32_t i = 0; i < n; ++i) {
+    const float x = t.skin.points[3 * i];
+    (x < -2.0f ? hard : x > 2.0f ? slide : soft)[i] = 1.0f;
+  }
+  t.maps.SetAll("hardConstraintsList", "hardConstraints", 0, hard);
+  t.maps.SetAll("softConstraintsList", "softConstraints", 0, soft);
+  t.maps.SetAll("slideConstraintsList", "slideConstraints", 0, slide);
+
+  // The gap of every point to the body at rest.
+  ClosestPointQuery rest_surface;
+  rest_surface.Build(t.body.points, t.body.triangle_vertices, t.body.polygon_triangle_counts);
+  std::vector<float> rest_gap(n);
+  for (uint32_t i = 0; i < n; ++i) {
+    ClosestPointHit hit;
+    rest_surface.Closest(&t.skin.points[3 * i], -1.0f, hit);
+    rest_gap[i] = hit.distance;
+  }
+  float worst_hard = 0.0f, worst_slide = 0.0f;
+  for (int f = 1; f <= 200; ++f) {
+    // The body turns about z and drifts along y.
+    const float angle = 0.3f * std::sin(f * 0.05f);
+    t.frame.reference_matrix = myo_test::RotationZ(angle, {0.0f, 0.5f * std::sin(f * 0.03f), 0.0f});
+    ASSERT_TRUE(t.At(static_cast<float>(f)).succeeded);
+    const std::vector<float>& p = t.deformer.solver().positions_;
+    for (float v : p) ASSERT_TRUE(std::isfinite(v)) << "frame " << f;
+    if (f == 1) continue;
+    // Hard points ride rigidly with the body; sliding points keep their gap.
+    std::vector<float> moved(t.body.points.size());
+    for (uint32_t i = 0; i < t.body.PointCount(); ++i)
+      Store3(moved.data(), i, TransformPoint(Load3(t.body.points.data(), i), t.frame.reference_matrix));
+    ClosestPointQuery surface;
+    surface.Build(moved, t.body.triangle_vertices, t.body.polygon_triangle_counts);
+    for (uint32_t i = 0; i < n; ++i) {
+      const Vec3 x = Load3(p.data(), i);
+      if (hard[i] > 0.0f) {
+        const Vec3 rigid = TransformPoint(Load3(t.skin.points.data(), i), t.frame.reference_matrix);
+        worst_hard = std::fmax(worst_hard, Length(x - rigid));
+      }
+      if (slide[i] > 0.0f) {
+        ClosestPointHit hit;
+        const float q[3] = {x.x, x.y, x.z};
+        ASSERT_TRUE(surface.Closest(q, -1.0f, hit));
+        worst_slide = std::fmax(worst_slide, std::fabs(hit.distance - rest_gap[i]));
+      }
+    }
+  }
+  EXPECT_LT(worst_hard, 0.1f);  // cm; the edges to the soft belly pull a little
+  EXPECT_LT(worst_slide, 0.1f);
+}
