@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "core/muscle/frame_decision.h"
+#include "core/solver/frame_decision.h"
 #include "support/log_capture.h"
 
 using namespace myo_core;

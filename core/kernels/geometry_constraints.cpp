@@ -153,32 +153,6 @@ inline int LowestBit(int bits) {
   return j;
 }
 
-// The nearest of a row's candidates per lane: lane j keeps the nearest of
-// the candidates handed to it (a later one only when strictly nearer).
-struct LaneBest {
-  Float4 distance = Float4(0.0f);
-  Float4 position = Float4(-1.0f);  // list position, -1 while the lane has none
-  V3<Float4> point = {Float4(0.0f), Float4(0.0f), Float4(0.0f)};
-};
-
-// Runs the query on up to four candidates (list positions, -1 for none).
-MYO_LANE_INLINE void EvaluateCandidates(V3<Float4> p, const int64_t positions[4], const int32_t* row_slots,
-                                        const PackedTriangle* prepared, LaneBest& best) {
-  static const PackedTriangle kUnused = {};  // stands in for lanes without a candidate
-  const PackedTriangle* four[4];
-  for (int j = 0; j < 4; ++j) four[j] = positions[j] >= 0 ? &prepared[row_slots[positions[j]]] : &kUnused;
-  V3<Float4> point;
-  Float4 distance;
-  ClosestPointOnTriangle(p, LoadTriangles(four), point, distance);
-  const Mask4 used = MakeMask4(positions[0] >= 0, positions[1] >= 0, positions[2] >= 0, positions[3] >= 0);
-  const Mask4 take = And(used, Or(best.position < Float4(0.0f), distance < best.distance));
-  best.distance = Select(take, distance, best.distance);
-  best.position = Select(take, Float4(static_cast<float>(positions[0]), static_cast<float>(positions[1]),
-                                      static_cast<float>(positions[2]), static_cast<float>(positions[3])),
-                         best.position);
-  best.point = Select(take, point, best.point);
-}
-
 // The nearest of a row's candidates to p, the first in list order among
 // equals; what a scan of the list in order gives. The seed (the last
 // winner) is measured first; every other candidate whose ball shows it to be
@@ -197,7 +171,7 @@ int64_t NearestCandidate(Vec3 p, const int32_t* row_slots, int64_t count, int64_
   const bool seeded = seed >= 0 && seed < count && usable(seed);
   if (seeded) {
     const int64_t one[4] = {seed, -1, -1, -1};
-    EvaluateCandidates(p4, one, row_slots, prepared, first);
+    MeasureFourCandidates(p4, one, row_slots, prepared, first);
   }
   float seed_lanes[4];
   first.distance.Store(seed_lanes);
@@ -220,13 +194,13 @@ int64_t NearestCandidate(Vec3 p, const int32_t* row_slots, int64_t count, int64_
     for (; keep != 0; keep &= keep - 1) {
       pending[pending_count++] = k0 + LowestBit(keep);
       if (pending_count < 4) continue;
-      EvaluateCandidates(p4, pending, row_slots, prepared, lanes);
+      MeasureFourCandidates(p4, pending, row_slots, prepared, lanes);
       pending_count = 0;
     }
   }
   if (pending_count > 0) {
     for (int j = pending_count; j < 4; ++j) pending[j] = -1;
-    EvaluateCandidates(p4, pending, row_slots, prepared, lanes);
+    MeasureFourCandidates(p4, pending, row_slots, prepared, lanes);
   }
 
   // The seed and the four lanes, merged by distance and list position.

@@ -158,4 +158,33 @@ MYO_LANE_INLINE TriangleLanes<Float4, Mask4> LoadTriangles(const PackedTriangle*
   return t;
 }
 
+// The nearest of a list of candidate triangles, per lane: lane j keeps the
+// nearest of the candidates handed to it, a later one only when strictly
+// nearer.
+struct LaneBest {
+  Float4 distance = Float4(0.0f);
+  Float4 position = Float4(-1.0f);  // list position, -1 while the lane has none
+  V3<Float4> point = {Float4(0.0f), Float4(0.0f), Float4(0.0f)};
+};
+
+// Measures up to four candidates at once: positions are places in `list`
+// (-1 for none), and list entries index `prepared`.
+template <typename Index>
+MYO_LANE_INLINE void MeasureFourCandidates(V3<Float4> p, const int64_t positions[4], const Index* list,
+                                           const PackedTriangle* prepared, LaneBest& best) {
+  static const PackedTriangle kUnused = {};  // stands in for lanes without a candidate
+  const PackedTriangle* four[4];
+  for (int j = 0; j < 4; ++j) four[j] = positions[j] >= 0 ? &prepared[list[positions[j]]] : &kUnused;
+  V3<Float4> point;
+  Float4 distance;
+  ClosestPointOnTriangle(p, LoadTriangles(four), point, distance);
+  const Mask4 used = MakeMask4(positions[0] >= 0, positions[1] >= 0, positions[2] >= 0, positions[3] >= 0);
+  const Mask4 take = And(used, Or(best.position < Float4(0.0f), distance < best.distance));
+  best.distance = Select(take, distance, best.distance);
+  best.position = Select(take, Float4(static_cast<float>(positions[0]), static_cast<float>(positions[1]),
+                                      static_cast<float>(positions[2]), static_cast<float>(positions[3])),
+                         best.position);
+  best.point = Select(take, point, best.point);
+}
+
 }  // namespace myo_core

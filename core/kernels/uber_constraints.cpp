@@ -69,32 +69,6 @@ bool PrepareUsedTriangles(UberConstraints& uber) {
   return true;
 }
 
-// The nearest of a point's candidates, per lane: lane j keeps the nearest of
-// the candidates handed to it, a later one only when strictly nearer.
-struct LaneBest {
-  Float4 distance = Float4(0.0f);
-  Float4 position = Float4(-1.0f);  // list position, -1 while the lane has none
-  V3<Float4> point = {Float4(0.0f), Float4(0.0f), Float4(0.0f)};
-};
-
-// Measures up to four candidates (list positions, -1 for none) at once.
-MYO_LANE_INLINE void MeasureFour(V3<Float4> p, const int64_t positions[4], const uint32_t* list,
-                                 const PackedTriangle* prepared, LaneBest& best) {
-  static const PackedTriangle kUnused = {};  // stands in for lanes without a candidate
-  const PackedTriangle* four[4];
-  for (int j = 0; j < 4; ++j) four[j] = positions[j] >= 0 ? &prepared[list[positions[j]]] : &kUnused;
-  V3<Float4> point;
-  Float4 distance;
-  ClosestPointOnTriangle(p, LoadTriangles(four), point, distance);
-  const Mask4 used = MakeMask4(positions[0] >= 0, positions[1] >= 0, positions[2] >= 0, positions[3] >= 0);
-  const Mask4 take = And(used, Or(best.position < Float4(0.0f), distance < best.distance));
-  best.distance = Select(take, distance, best.distance);
-  best.position = Select(take, Float4(static_cast<float>(positions[0]), static_cast<float>(positions[1]),
-                                      static_cast<float>(positions[2]), static_cast<float>(positions[3])),
-                         best.position);
-  best.point = Select(take, point, best.point);
-}
-
 // The closest point of the list's triangles to p: the least distance, and
 // among equals the candidate that stands first in the list, which is what a
 // stable sort by distance puts first. Candidates run four at a time; each
@@ -110,12 +84,12 @@ bool NearestOfList(Vec3 p, const uint32_t* list, int64_t count, uint32_t triangl
     if (list[k] >= triangle_count) continue;
     pending[pending_count++] = k;
     if (pending_count < 4) continue;
-    MeasureFour(p4, pending, list, prepared, lanes);
+    MeasureFourCandidates(p4, pending, list, prepared, lanes);
     pending_count = 0;
   }
   if (pending_count > 0) {
     for (int j = pending_count; j < 4; ++j) pending[j] = -1;
-    MeasureFour(p4, pending, list, prepared, lanes);
+    MeasureFourCandidates(p4, pending, list, prepared, lanes);
   }
   float distances[4], positions[4], xs[4], ys[4], zs[4];
   lanes.distance.Store(distances);

@@ -112,15 +112,7 @@ MuscleEvaluation MuscleFamilyDeformer<Solver>::Evaluate(const MuscleFrameValues&
   Solver& s = *solver_;
   const bool warn = !host.IsPlaying();
 
-  FrameTimes times;
-  times.current = frame.current_time;
-  times.start = frame.start_time;
-  times.preroll = frame.preroll_start_time;
-  times.last = last_time_;
-  times.time_scale = frame.time_scale;
-  times.frames_per_second = host.FramesPerSecond();
-  times.playing = !warn;
-  times.solver_empty = s.positions_.empty();
+  const FrameTimes times = FrameTimesOf(frame, last_time_, host, s.positions_.empty());
 
   ApplyMassScalars(frame, s);
   s.attachment_constraints_->hard_ = frame.hard_attachments;

@@ -11,7 +11,7 @@
 
 #include "core/host/deformer_host.h"
 #include "core/maps/map_port.h"
-#include "core/muscle/frame_decision.h"
+#include "core/solver/frame_decision.h"
 #include "core/muscle/muscle_frame.h"
 #include "core/muscle/muscle_node_state.h"
 #include "core/solver/muscle_solver.h"

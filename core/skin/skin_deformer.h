@@ -9,7 +9,7 @@
 #include "core/host/deformer_host.h"
 #include "core/maps/map_port.h"
 #include "core/mesh/mesh_data.h"
-#include "core/muscle/frame_decision.h"
+#include "core/solver/frame_decision.h"
 #include "core/skin/skin_assembly.h"
 #include "core/skin/skin_solver.h"
 #include "core/solver/frame_values.h"

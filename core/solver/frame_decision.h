@@ -3,6 +3,9 @@
 // and of the last one, whether to rebuild the solver, whether the rebuild
 // takes the points from the mesh, whether to step, and the step's length.
 
+#include "core/host/deformer_host.h"
+#include "core/solver/frame_values.h"
+
 namespace myo_core {
 
 struct FrameTimes {
@@ -29,5 +32,10 @@ struct FrameDecision {
 // for a step that is not positive. A rebuild keeps the simulated points (the
 // settled shape becomes rest) only when it comes from the preroll.
 FrameDecision DecideFrame(const FrameTimes& times);
+
+// The times of an evaluation from its frame values, the last evaluated time
+// and the host's rate and playing state.
+FrameTimes FrameTimesOf(const SolverFrameValues& frame, float last_time, const DeformerHost& host,
+                        bool solver_empty);
 
 }  // namespace myo_core

@@ -1,4 +1,4 @@
-#include "core/muscle/frame_decision.h"
+#include "core/solver/frame_decision.h"
 
 #include "core/time/frame_jump.h"
 
@@ -13,6 +13,20 @@ FrameDecision DecideFrame(const FrameTimes& t) {
   decision.reset_positions =
       t.current < t.start || t.start == t.preroll || t.current < t.preroll || t.solver_empty;
   return decision;
+}
+
+FrameTimes FrameTimesOf(const SolverFrameValues& frame, float last_time, const DeformerHost& host,
+                        bool solver_empty) {
+  FrameTimes times;
+  times.current = frame.current_time;
+  times.start = frame.start_time;
+  times.preroll = frame.preroll_start_time;
+  times.last = last_time;
+  times.time_scale = frame.time_scale;
+  times.frames_per_second = host.FramesPerSecond();
+  times.playing = host.IsPlaying();
+  times.solver_empty = solver_empty;
+  return times;
 }
 
 }  // namespace myo_core
