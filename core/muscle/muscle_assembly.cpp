@@ -30,22 +30,6 @@ Vec3 OutsidePoint(const std::vector<float>& points, const Matrix& world_matrix) 
   return size + size + low;
 }
 
-void ReadMassMap(const MapPort& maps, uint32_t index, uint32_t count, MuscleKind kind, std::vector<float>& out) {
-  maps.ReadFloats("massList", "mass", index, count, 1.0f, out);
-  bool replaced = false;
-  for (float& value : out)
-    if (value < kEpsilon) {
-      value = kEpsilon;
-      replaced = true;
-    }
-  if (replaced) {
-    const std::string minimum = StreamText(kEpsilon);
-    const char* solver_name = kind == MuscleKind::kMuscle ? "Muscle" : "Ribbon Muscle";
-    LogWarning("Mass values lower than " + minimum + " are not supported by the " + solver_name +
-               " solver. Non supported mass values are replaced with " + minimum + " minimum mass values.");
-  }
-}
-
 }  // namespace
 
 float MeshArea(const std::vector<float>& positions, const std::vector<int32_t>& triangles) {
@@ -80,7 +64,8 @@ void InitializeSolverBase(const MeshData& mesh, MapPort& maps, const MuscleAssem
   }
 
   solver.masses_.assign(n, 1.0f);
-  ReadMassMap(maps, inputs.map_index, n, kind, node.masses_map_);
+  ReadPaintedMasses(maps, inputs.map_index, n, kind == MuscleKind::kMuscle ? "Muscle" : "Ribbon Muscle",
+                    node.masses_map_);
   EvaluateMasses(solver.point_mass_mode_, solver.space_scale_mode_, solver.mesh_dimension_, solver.density_,
                  solver.mesh_measure_, solver.global_mass_multiplier_, solver.space_scale_, inputs.warn,
                  true, node.masses_map_, solver.masses_);

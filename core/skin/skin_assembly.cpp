@@ -12,20 +12,8 @@
 namespace myo_core {
 
 void ReadSkinMassMap(const MapPort& maps, uint32_t map_index, uint32_t count, std::vector<float>& out) {
-  maps.ReadFloats("massList", "mass", map_index, count, 1.0f, out);
-  bool replaced = false;
-  for (float& value : out)
-    if (value < kEpsilon) {
-      value = kEpsilon;
-      replaced = true;
-    }
-  if (replaced) {
-    // One text for the skin and the shape solver.
-    const std::string minimum = StreamText(kEpsilon);
-    LogWarning("Mass values lower than " + minimum +
-               " are not supported by the Simshape solver. Non supported mass values are replaced with " +
-               minimum + " minimum mass values.");
-  }
+  // One text for the skin and the shape solver.
+  ReadPaintedMasses(maps, map_index, count, "Simshape", out);
 }
 
 void InitSolverData(const MeshData& mesh, const MapPort& maps, const SkinAssemblyInputs& inputs,

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "core/log/logger.h"
+#include "core/log/stream_text.h"
 #include "core/tables/enum_tables.h"
 
 namespace myo_core {
@@ -144,6 +145,22 @@ void CombineMasses(const std::vector<float>& input, float global_mass_multiplier
     LogDebug("Mass combination values between input masses, global mass multiplier and space "
              "scale lower than " + minimum + " are not supported. Non supported mass values "
              "are replaced with " + minimum + " minimum mass values.");
+  }
+}
+
+void ReadPaintedMasses(const MapPort& maps, uint32_t map_index, uint32_t count, const std::string& solver_name,
+                       std::vector<float>& out) {
+  maps.ReadFloats("massList", "mass", map_index, count, 1.0f, out);
+  bool replaced = false;
+  for (float& value : out)
+    if (value < 0.000001f) {
+      value = 0.000001f;
+      replaced = true;
+    }
+  if (replaced) {
+    const std::string minimum = StreamText(0.000001f);
+    LogWarning("Mass values lower than " + minimum + " are not supported by the " + solver_name +
+               " solver. Non supported mass values are replaced with " + minimum + " minimum mass values.");
   }
 }
 

@@ -5,7 +5,10 @@
 // nothing but the text of its log lines.
 
 #include <cstdint>
+#include <string>
 #include <vector>
+
+#include "core/maps/map_port.h"
 
 namespace myo_core {
 
@@ -36,5 +39,11 @@ void EvaluateMasses(int32_t point_mass_mode, int32_t space_scale_mode, int32_t m
 void CombineMasses(const std::vector<float>& input, float global_mass_multiplier,
                    float space_scale, int32_t space_scale_mode, int32_t mesh_dimension,
                    bool warn, std::vector<float>& output);
+
+// Reads the map "massList" / "mass" (default 1) of list element map_index,
+// raising every value below 1e-6 to 1e-6 with one warning that names the
+// solver ("Muscle", "Ribbon Muscle", "Simshape").
+void ReadPaintedMasses(const MapPort& maps, uint32_t map_index, uint32_t count, const std::string& solver_name,
+                       std::vector<float>& out);
 
 }  // namespace myo_core
