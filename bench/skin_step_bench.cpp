@@ -74,4 +74,42 @@ BENCHMARK(BM_SkinStep)
     ->Args({315, 2})
     ->Unit(benchmark::kMillisecond);
 
+// The same steps with the sliding points searched at every iteration.
+void BM_SkinStepQuality(benchmark::State& state) {
+  myo_core::SkinSolver& solver = SkinWithCells(static_cast<uint32_t>(state.range(0))).solver;
+  const int saved = omp_get_max_threads();
+  omp_set_num_threads(static_cast<int>(state.range(1)));
+  solver.sliding_constraints_mode_ = 1;
+  const myo_bench::LoopClock clock;
+  for (auto _ : state) {
+    myo_core::StepSkin(solver);
+    benchmark::ClobberMemory();
+  }
+  state.counters["ms_per_step"] = clock.Nanoseconds() / state.iterations() * 1e-6;
+  solver.sliding_constraints_mode_ = 0;
+  omp_set_num_threads(saved);
+}
+BENCHMARK(BM_SkinStepQuality)->Args({99, 2})->Args({315, 2})->Unit(benchmark::kMillisecond);
+
+// Building a skin of about 100k points over its reference, on 2 threads.
+void BM_SkinBuild(benchmark::State& state) {
+  myo_scenes::SkinSetupOptions options;
+  options.cells = static_cast<uint32_t>(state.range(0));
+  options.hard = 0.6f;
+  options.soft = 0.2f;
+  options.slide = 0.2f;
+  options.shape_preservation = 0.5f;
+  options.max_sliding_distance = 2.0f * options.size / static_cast<float>(options.cells);
+  options.thread_count = 2;
+  const myo_bench::LoopClock clock;
+  for (auto _ : state) {
+    myo_scenes::SkinScene scene;
+    std::string error;
+    myo_scenes::AssembleSkin(options, scene, error);
+    benchmark::DoNotOptimize(scene.solver.positions_.data());
+  }
+  state.counters["ms_per_build"] = clock.Nanoseconds() / state.iterations() * 1e-6;
+}
+BENCHMARK(BM_SkinBuild)->Arg(315)->Unit(benchmark::kMillisecond)->Iterations(2);
+
 }  // namespace
