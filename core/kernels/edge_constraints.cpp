@@ -37,11 +37,10 @@ void PrepareEdgeRows(EdgeConstraints& edges, float rest_activation) {
 
 namespace {
 
-constexpr uint32_t kLanes = 8;
-
 // SolveEdgeRow over kLanes rows that share no point, written lane by lane so
 // that the compiler can keep each operation in vector registers. Every lane
 // performs the scalar kernel's operations in the scalar kernel's order.
+template <uint32_t kLanes>
 void SolveEdgeBatch(const EdgeRowFrame* rows, const float* w, float compliance, float* positions,
                     float* lambdas) {
   float pix[kLanes], piy[kLanes], piz[kLanes], pjx[kLanes], pjy[kLanes], pjz[kLanes];
@@ -95,7 +94,9 @@ void SolveEdgeRows(const EdgeConstraints& edges, float compliance, float* positi
   for (std::size_t level = 0; level + 1 < levels.size(); ++level) {
     uint32_t begin = levels[level];
     const uint32_t end = levels[level + 1];
-    for (; begin + kLanes <= end; begin += kLanes) SolveEdgeBatch(rows + begin, w, compliance, positions, lambdas);
+    // Wide batches first, then a narrower one, then single rows.
+    for (; begin + 16 <= end; begin += 16) SolveEdgeBatch<16>(rows + begin, w, compliance, positions, lambdas);
+    for (; begin + 8 <= end; begin += 8) SolveEdgeBatch<8>(rows + begin, w, compliance, positions, lambdas);
     for (; begin < end; ++begin) {
       const EdgeRowFrame& row = rows[begin];
       SolveEdgeRow(row.lambda_row, row.i, row.j, w[row.i], w[row.j], compliance, row.target, row.compression,

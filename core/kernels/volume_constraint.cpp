@@ -20,21 +20,26 @@ void SolveVolumeConstraint(uint32_t lambda_row, float rest_volume, float preserv
                            float compliance, const std::vector<float>& inverse_masses,
                            const std::vector<int32_t>& triangles, std::vector<float>& positions,
                            std::vector<float>& lambdas, std::vector<float>& gradients) {
+  // One pass over the triangles forms the volume sum and the gradient
+  // together (a x b serves both); the gradient is only used when the
+  // violation is large enough to act on.
   float* p = positions.data();
-  const float violation = SixTimesVolume(triangles, p) - rest_volume * ratio;
-  if (std::fabs(violation) < kEpsilon) return;
-
   gradients.resize(positions.size());
   std::fill(gradients.begin(), gradients.end(), 0.0f);
   float* g = gradients.data();
+  float volume = 0.0f;
   const std::size_t triangle_count = triangles.size() / 3;
   for (std::size_t t = 0; t < triangle_count; ++t) {
     const int32_t ia = triangles[3 * t], ib = triangles[3 * t + 1], ic = triangles[3 * t + 2];
     const Vec3 a = Load3(p, ia), b = Load3(p, ib), c = Load3(p, ic);
+    const Vec3 ab = Cross(a, b);
+    volume += Dot(ab, c);
     Store3(g, ia, Load3(g, ia) + Cross(b, c));
     Store3(g, ib, Load3(g, ib) + Cross(c, a));
-    Store3(g, ic, Load3(g, ic) + Cross(a, b));
+    Store3(g, ic, Load3(g, ic) + ab);
   }
+  const float violation = volume - rest_volume * ratio;
+  if (std::fabs(violation) < kEpsilon) return;
 
   const uint32_t count = static_cast<uint32_t>(std::min(inverse_masses.size(), positions.size() / 3));
   float sum = 0.0f;
