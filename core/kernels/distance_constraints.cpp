@@ -8,12 +8,11 @@ namespace myo_core {
 
 namespace {
 
-constexpr uint32_t kLanes = 8;
-
 // SolveDistanceConstraint over kLanes rows that share no point, written lane
 // by lane so that the compiler can keep each operation in vector registers.
 // Every lane performs the scalar kernel's operations in the scalar kernel's
 // order; a lane whose weights sum below 1e-6 computes but writes nothing.
+template <uint32_t kLanes>
 void SolveDistanceBatch(const DistanceConstraints& group, const uint32_t* rows, float compliance,
                         float* positions, float* lambdas) {
   const float* w = group.inverse_masses_.data();
@@ -85,7 +84,9 @@ void SolveDistanceRows(const DistanceConstraints& group, float compliance, float
   for (std::size_t level = 0; level + 1 < levels.size(); ++level) {
     uint32_t begin = levels[level];
     const uint32_t end = levels[level + 1];
-    for (; begin + kLanes <= end; begin += kLanes) SolveDistanceBatch(group, order + begin, compliance, positions, lambdas);
+    // Wide batches first, then a narrower one, then single rows.
+    for (; begin + 16 <= end; begin += 16) SolveDistanceBatch<16>(group, order + begin, compliance, positions, lambdas);
+    for (; begin + 8 <= end; begin += 8) SolveDistanceBatch<8>(group, order + begin, compliance, positions, lambdas);
     for (; begin < end; ++begin) SolveDistanceRow(group, order[begin], compliance, positions, lambdas);
   }
 }
