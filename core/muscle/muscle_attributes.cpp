@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "core/attributes/attribute_builders.h"
+#include "core/attributes/simulation_attributes.h"
 #include "core/tables/enum_tables.h"
 #include "core/tables/material_type.h"
 
@@ -18,34 +19,12 @@ constexpr uint32_t O = kAffectsOutput;
 
 AttributeTable BuildMuscleTable() {
   AttributeTable t;
-  t.push_back(Scalar("enable", "e", T::kBool, 1, K | O));
-  t.push_back(Scalar("iterations", "it", T::kInt, 10, K, 1.0, {}, {}, 10.0));
-  t.push_back(Enum("material", "mat", EnumFieldsOf(MaterialType()), kMaterialMuscle, K));
-  t.push_back(Scalar("stiffnessMultiplier", "sm", T::kFloat, 1, K, 0.0, {}, {}, 2.0));
-  t.push_back(Enum("pointMassMode", "pmm", EnumFieldsOf(PointMassMode()), kPointMassByUniformValue, K));
-  t.push_back(Scalar("density", "d", T::kFloat, DefaultMuscleDensity(), K, 0.000001, {}, 0.001, 1000000.0));
+  AppendSolverHeader(t, 10, kMaterialMuscle, DefaultMuscleDensity());
   t.push_back(Scalar("activation", "a", T::kFloat, 0, K, 0.0, 1.0));
   t.push_back(Scalar("restActivation", "ra", T::kFloat, 0, K, 0.0, 0.999));
   t.push_back(Scalar("volumePreservation", "vp", T::kFloat, 1, K, 0.0, 1.0));
   t.push_back(Scalar("volumeRatio", "vr", T::kFloat, 1, K, 0.0, {}, {}, 2.0));
-  t.push_back(Scalar("timeScale", "ts", T::kFloat, 1, K, 0.001, {}, {}, 10.0));
-  t.push_back(Scalar("spaceScale", "ss", T::kFloat, 1, K, 0.001, {}, {}, 100.0));
-  t.push_back(Enum("spaceScaleMode", "ssm", EnumFieldsOf(SpaceScaleMode()), kSpaceScaleForces, K));
-  t.push_back(Scalar("gravity", "g", T::kFloat, 0, K, 0.0, {}, {}, 100.0));
-  t.push_back(Compound("gravityDirection", "gd", {"gravityDirectionX", "gravityDirectionY", "gravityDirectionZ"}, 0));
-  t.push_back(Scalar("gravityDirectionX", "gx", T::kFloat, 0, K));
-  t.push_back(Scalar("gravityDirectionY", "gy", T::kFloat, -1, K));
-  t.push_back(Scalar("gravityDirectionZ", "gz", T::kFloat, 0, K));
-  t.push_back(Scalar("useCustomStiffness", "ucs", T::kBool, 0, K));
-  t.push_back(Scalar("stiffness", "s", T::kFloat, 100000, K, 0.0, {}, {}, 1e12));
-  t.push_back(Scalar("overrideShapePreservationStiffness", "osps", T::kBool, 0, K));
-  t.push_back(Scalar("stiffnessShapePreservation", "ssp", T::kFloat, 1000, K, 0.0, {}, {}, 1e12));
-  t.push_back(Scalar("globalMassMultiplier", "gmm", T::kFloat, 1, K, 0.000001, {}, 0.001, 10.0));
-  t.push_back(Scalar("globalDampingMultiplier", "gdm", T::kFloat, 0.75, K, 0.0, {}, {}, 1.0));
-  t.push_back(Scalar("inertiaDamper", "idmp", T::kFloat, 0, K, 0.0, 1.0));
-  t.push_back(Scalar("restLengthMultiplier", "rlm", T::kFloat, 1, K, 0.0, {}, {}, 2.0));
-  t.push_back(Scalar("compressionMultiplier", "cm", T::kFloat, 1, K, 0.0, {}, {}, 2.0));
-  t.push_back(Scalar("stretchingMultiplier", "stretm", T::kFloat, 1, K, 0.0, {}, {}, 2.0));
+  AppendScalesAndStiffness(t, kSpaceScaleForces);
   t.push_back(Scalar("maxSlidingDistanceMultiplier", "msdm", T::kFloat, 1, A | kReadable, 0.0, 1.0));
   t.push_back(List("maxSlidingDistanceMultiplierList", "msdml", "maxSlidingDistanceMultiplier", 0));
   t.push_back(Scalar("maxSlidingDistance", "msld", T::kFloat, 0, 0, 0.0, {}, {}, 10.0));
