@@ -1,0 +1,111 @@
+// Values over the time line: keyed scalars and transforms, and the frame
+// values a node reads from them.
+
+#include <gtest/gtest.h>
+
+#include "app/run/scene_attribute_source.h"
+#include "app/scene/keyframe_track.h"
+#include "app/scene/transform_track.h"
+#include "core/attributes/frame_readers.h"
+#include "core/muscle/muscle_attributes.h"
+#include "core/skin/skin_attributes.h"
+
+namespace {
+
+using myo_app::ScalarTrack;
+
+TEST(SceneTracks, ScalarsHoldOutsideTheirKeysAndInterpolateOrStepBetween) {
+  ScalarTrack track{{10, 20, 40}, {0, 1, -1}, false};
+  EXPECT_EQ(track.At(0), 0.0);
+  EXPECT_EQ(track.At(10), 0.0);
+  EXPECT_DOUBLE_EQ(track.At(15), 0.5);
+  EXPECT_DOUBLE_EQ(track.At(30), 0.0);
+  EXPECT_EQ(track.At(40), -1.0);
+  EXPECT_EQ(track.At(99), -1.0);
+  track.stepped = true;
+  EXPECT_EQ(track.At(19.9), 0.0);
+  EXPECT_EQ(track.At(20), 1.0);
+  EXPECT_EQ(track.At(39), 1.0);
+  EXPECT_EQ(ScalarTrack::Constant(7).At(-100), 7.0);
+}
+
+TEST(SceneTracks, TransformsScaleThenRotateXYZThenTranslate) {
+  myo_app::TransformKeyTRS key;
+  key.rotate = {90, 0, 0};
+  // Points are row vectors: p * M. A quarter turn about x takes y to z.
+  myo_app::Matrix4d m = myo_app::ComposeTRS(key);
+  EXPECT_NEAR(m[4 + 2], 1.0, 1e-12);
+  // About x first, then y: z (from y) turns into x.
+  key.rotate = {90, 90, 0};
+  key.scale = {2, 1, 1};
+  key.translate = {5, 6, 7};
+  m = myo_app::ComposeTRS(key);
+  EXPECT_NEAR(m[4 + 0], 1.0, 1e-12);   // y -> z -> x
+  EXPECT_NEAR(m[0 + 2], -2.0, 1e-12);  // x, scaled by 2, -> -z under the turn about y
+  EXPECT_EQ(m[12], 5.0);
+  EXPECT_EQ(m[14], 7.0);
+
+  myo_app::TransformTrack track;
+  track.frames = {0, 10};
+  track.trs.resize(2);
+  track.trs[1].rotate = {0, 0, 90};
+  track.trs[1].translate = {10, 0, 0};
+  const myo_app::Matrix4d half = track.LocalAt(5);
+  EXPECT_NEAR(half[0], std::cos(3.14159265358979323846 / 4), 1e-12);
+  EXPECT_DOUBLE_EQ(half[12], 5.0);
+  EXPECT_EQ(track.LocalAt(-3), myo_app::IdentityMatrix4d());
+}
+
+// A source that answers every attribute with the table's default, and fails
+// the test for a name the table does not have.
+class TableDefaults : public myo_core::AttributeSource {
+ public:
+  explicit TableDefaults(const myo_core::AttributeTable& table) : table_(table) {}
+  double Number(const std::string& name) const override {
+    const myo_core::AttributeInfo* info = myo_core::FindAttribute(table_, name);
+    EXPECT_NE(info, nullptr) << name;
+    return info != nullptr ? info->Default() : 0.0;
+  }
+  myo_core::Matrix MatrixValue(const std::string& name) const override {
+    EXPECT_NE(myo_core::FindAttribute(table_, name), nullptr) << name;
+    return myo_core::IdentityMatrix();
+  }
+
+ private:
+  const myo_core::AttributeTable& table_;
+};
+
+void ExpectSameScalars(const myo_core::SolverFrameValues& a, const myo_core::SolverFrameValues& b) {
+  EXPECT_EQ(a.enable, b.enable);
+  EXPECT_EQ(a.iterations, b.iterations);
+  EXPECT_EQ(a.material, b.material);
+  EXPECT_EQ(a.point_mass_mode, b.point_mass_mode);
+  EXPECT_EQ(a.density, b.density);
+  EXPECT_EQ(a.space_scale_mode, b.space_scale_mode);
+  EXPECT_EQ(a.stiffness, b.stiffness);
+  EXPECT_EQ(a.stiffness_shape_preservation, b.stiffness_shape_preservation);
+  EXPECT_EQ(a.global_damping_multiplier, b.global_damping_multiplier);
+  EXPECT_EQ(a.gravity_direction[1], b.gravity_direction[1]);
+  EXPECT_EQ(a.attenuation_velocity_factor, b.attenuation_velocity_factor);
+  EXPECT_EQ(a.sliding_constraints_mode, b.sliding_constraints_mode);
+}
+
+// The frame values' own defaults and the attribute tables' defaults agree,
+// and every attribute the readers ask for is in the node's table.
+TEST(SceneTracks, FrameReadersFindEveryAttributeAndAgreeWithTheFrameDefaults) {
+  myo_core::MuscleFrameValues muscle;
+  myo_core::ReadMuscleFrameValues(TableDefaults(myo_core::MuscleAttributes()), true, muscle);
+  ExpectSameScalars(muscle, myo_core::MuscleFrameValues());
+  EXPECT_EQ(muscle.volume_ratio, myo_core::MuscleFrameValues().volume_ratio);
+  EXPECT_EQ(muscle.hard_attachments, myo_core::MuscleFrameValues().hard_attachments);
+
+  myo_core::MuscleFrameValues ribbon;
+  myo_core::ReadMuscleFrameValues(TableDefaults(myo_core::RibbonMuscleAttributes()), false, ribbon);
+  ExpectSameScalars(ribbon, myo_core::MuscleFrameValues());
+
+  myo_core::SkinFrameValues skin;
+  myo_core::ReadSkinFrameValues(TableDefaults(myo_core::SkinAttributes()), skin);
+  ExpectSameScalars(skin, myo_core::SkinFrameValues());
+}
+
+}  // namespace
