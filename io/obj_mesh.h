@@ -1,14 +1,29 @@
 #pragma once
-// Wavefront OBJ polygon meshes, polygons kept as they are.
+// Wavefront OBJ polygon meshes, polygons kept as they are, with their texture
+// coordinates when the file has them.
 
+#include <cstdint>
 #include <string>
+#include <vector>
 
 #include "core/mesh/polygon_mesh.h"
 
 namespace myo_io {
 
+struct ObjMesh {
+  myo_core::PolygonMesh polygons;
+  std::vector<float> uvs;           // 2 per texture coordinate
+  std::vector<int32_t> uv_indices;  // one per polygon corner, -1 where a corner has none; empty without uvs
+};
+
 // Reads every face of every object in the file into one mesh. Returns false
-// with a message naming the file and the problem when it cannot be read.
-bool ReadObjMesh(const std::string& path, myo_core::PolygonMesh& mesh, std::string& error);
+// with one message naming the file and the problem when it cannot be read or
+// a face refers to a vertex or texture coordinate the file does not have.
+bool ReadObjMesh(const std::string& path, ObjMesh& mesh, std::string& error);
+
+// The OBJ text of `topology` with `points` (3N floats) as its vertices,
+// printed so that every float reads back to the same bits. Faces keep their
+// texture coordinates where all corners of the face have one.
+std::string ObjText(const ObjMesh& topology, const std::vector<float>& points, const std::string& comment);
 
 }  // namespace myo_io
