@@ -1,7 +1,11 @@
 #!/usr/bin/env bash
-# Sets everything up and runs the main job on the bundled example muscle.
+# Sets everything up and runs the main job: the bundled forearm example (a
+# muscle between two animated bones, sliding on the upper arm bone, under a
+# skin) through the standalone host. Results go to myoforge-out/forearm.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/install-deps.sh
 scripts/build.sh release
-build/release/demo/myo_demo examples/spindle_muscle.obj 48
+build/release/app/myoforge run examples/forearm/forearm.json -o myoforge-out/forearm
+echo "Frames: myoforge-out/forearm/biceps/ and myoforge-out/forearm/skin/ (one OBJ per frame);"
+echo "figures per frame: myoforge-out/forearm/figures.csv; summary: myoforge-out/forearm/summary.json"

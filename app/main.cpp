@@ -1,0 +1,130 @@
+// myoforge: evaluates MyoForge deformers from a scene file on a time line,
+// as Maya plays them, and writes the results.
+
+#include <omp.h>
+
+#include <atomic>
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <iostream>
+
+#include <CLI/CLI.hpp>
+
+#include "app/cli/exit_codes.h"
+#include "app/cli/listings.h"
+#include "app/cli/progress_bar.h"
+#include "app/run/scene_run.h"
+#include "app/scene/scene_reader.h"
+#include "core/log/logger.h"
+
+namespace {
+
+std::atomic<bool> g_interrupted{false};
+
+void OnSignal(int) { g_interrupted.store(true); }
+
+// The level of MYO_LOGGER_LEVEL as the plug-in reads it, then the flags.
+void SetLogLevel(bool quiet, bool verbose) {
+  myo_core::SetLevel(1);
+  if (const char* level = std::getenv("MYO_LOGGER_LEVEL"))
+    myo_core::SetLevel(static_cast<unsigned>(static_cast<signed char>(level[0]) - '0'));
+  if (verbose) myo_core::SetLevel(0);
+  if (quiet) myo_core::SetLevel(3);
+}
+
+int Fail(int code, const std::string& message) {
+  std::cerr << "myoforge: " << message << std::endl;
+  return code;
+}
+
+std::string DefaultOutput(const std::string& scene) {
+  return (std::filesystem::path("myoforge-out") / std::filesystem::path(scene).stem()).string();
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  CLI::App app{"myoforge: runs MyoForge muscle, ribbon muscle and skin deformers from a scene file"};
+  app.require_subcommand(1);
+  app.fallthrough();  // --quiet and --verbose also after the subcommand
+  app.set_version_flag("--version", std::string("myoforge ") + MYOFORGE_VERSION_TEXT);
+  bool quiet = false, verbose = false;
+  app.add_flag("-q,--quiet", quiet, "Show errors only");
+  app.add_flag("-v,--verbose", verbose, "Show debug messages of the deformers");
+
+  std::string scene_path, output, format = "obj";
+  int threads = 0;
+  bool no_progress = false;
+  CLI::App* run = app.add_subcommand("run", "Simulate the scene's time line and write the results");
+  run->add_option("scene", scene_path, "Scene file (JSON)")->required();
+  run->add_option("-o,--output", output, "Output directory (default: myoforge-out/<scene name>)");
+  run->add_option("-f,--format", format, "obj: one OBJ per node and frame; pc2: one point cache per node")
+      ->check(CLI::IsMember({"obj", "pc2"}));
+  run->add_option("-t,--threads", threads, "Threads for the parallel passes (default: all cores)")
+      ->check(CLI::PositiveNumber);
+  run->add_flag("--no-progress", no_progress, "Do not draw the progress bar");
+
+  std::string validate_path;
+  CLI::App* validate = app.add_subcommand("validate", "Check a scene, its meshes and maps without simulating");
+  validate->add_option("scene", validate_path, "Scene file (JSON)")->required();
+
+  CLI::App* nodes = app.add_subcommand("nodes", "List the node types");
+  std::string node_type;
+  CLI::App* attributes = app.add_subcommand("attributes", "List the attributes of a node type");
+  attributes->add_option("type", node_type, "Node type, as in \"myoforge nodes\"")->required();
+
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& e) {
+    const int code = app.exit(e);
+    return code == 0 ? myo_app::kExitSuccess : myo_app::kExitUsage;
+  }
+  SetLogLevel(quiet, verbose);
+
+  if (nodes->parsed()) {
+    std::cout << myo_app::NodeListing();
+    return myo_app::kExitSuccess;
+  }
+  if (attributes->parsed()) {
+    const myo_app::NodeType* type = myo_app::FindNodeType(node_type);
+    if (type == nullptr) return Fail(myo_app::kExitUsage, "unknown node type \"" + node_type + "\"");
+    std::cout << myo_app::AttributeListing(*type);
+    return myo_app::kExitSuccess;
+  }
+
+  const std::string path = validate->parsed() ? validate_path : scene_path;
+  myo_app::Scene scene;
+  std::string error;
+  if (!myo_app::ReadScene(path, scene, error)) return Fail(myo_app::kExitInvalidScene, error);
+  if (validate->parsed()) {
+    if (!quiet)
+      std::cout << path << ": valid: " << scene.nodes.size() << " nodes, " << scene.meshes.size() << " meshes, "
+                << scene.transforms.size() << " transforms, frames " << scene.timeline.preroll << " to "
+                << scene.timeline.end << std::endl;
+    return myo_app::kExitSuccess;
+  }
+
+  if (threads > 0) omp_set_num_threads(threads);
+  std::signal(SIGINT, OnSignal);
+  std::signal(SIGTERM, OnSignal);
+  myo_app::RunOptions options;
+  options.output_directory = output.empty() ? DefaultOutput(path) : output;
+  options.format = format == "pc2" ? myo_app::OutputFormat::kPc2 : myo_app::OutputFormat::kObj;
+  options.interrupted = &g_interrupted;
+  myo_app::ProgressBar bar(std::filesystem::path(path).filename().string(),
+                           !quiet && !no_progress && myo_app::StandardErrorIsTerminal());
+  options.progress = [&bar](std::size_t done, std::size_t total) { bar.Update(done, total); };
+  const myo_app::RunResult result = myo_app::RunScene(scene, options, error);
+  bar.Finish();
+  switch (result) {
+    case myo_app::RunResult::kInterrupted:
+      return Fail(myo_app::kExitInterrupted, "interrupted; the frames written so far are complete");
+    case myo_app::RunResult::kFailed: return Fail(myo_app::kExitRunFailed, error);
+    case myo_app::RunResult::kDone: break;
+  }
+  if (!quiet)
+    std::cout << "Wrote " << (scene.timeline.end - scene.timeline.start + 1) << " frames of " << scene.nodes.size()
+              << " nodes to " << options.output_directory << " (summary.json, figures.csv)" << std::endl;
+  return myo_app::kExitSuccess;
+}

@@ -1,0 +1,69 @@
+#pragma once
+// One node of a scene on the time line: its deformer, its maps and its host,
+// and the mesh it outputs (the topology of its base mesh with the points of
+// the last evaluation). Each evaluation fills the frame values exactly as the
+// Maya node does from its plugs.
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "app/run/scene_host.h"
+#include "app/scene/scene.h"
+#include "core/maps/map_store.h"
+#include "core/muscle/muscle_deformer.h"
+#include "core/skin/skin_deformer.h"
+
+namespace myo_app {
+
+// Figures of one evaluation, for the per-frame table.
+struct NodeFigures {
+  bool stepped = false;
+  double evaluate_ms = 0.0;    // the whole evaluation, a rebuild included
+  uint32_t iterations = 0;
+  double volume_ratio = -1.0;  // volume over rest volume, muscles only; -1 elsewhere
+  double max_speed = 0.0;      // largest point speed, scene units per second
+};
+
+// The mesh of a scene name at the current frame: a mesh of the file or a
+// node's output. Null for other names.
+using MeshLookup = std::function<const myo_core::MeshData*(const std::string&)>;
+
+class NodeRunner {
+ public:
+  NodeRunner(const Scene& scene, const NodeSpec& node);
+  ~NodeRunner();
+
+  // Evaluates the node at `frame`. False with a message when the deformer
+  // fails; the output then keeps its input points.
+  bool Evaluate(double frame, bool playing, const MeshLookup& meshes, std::string& error);
+
+  const NodeSpec& spec() const { return node_; }
+  const myo_core::MeshData& output() const { return output_; }
+  const NodeFigures& figures() const { return figures_; }
+
+ private:
+  template <class Deformer>
+  bool EvaluateMuscle(Deformer& deformer, double frame, const MeshLookup& meshes, bool with_volume);
+  bool EvaluateSkin(double frame, const MeshLookup& meshes, std::string& error);
+  myo_core::ConnectedMatrices Connected(const std::string& list, const std::vector<std::string>& children,
+                                        double frame) const;
+  std::vector<myo_core::TargetInput> Targets(double frame, const MeshLookup& meshes) const;
+  myo_core::Matrix LocalToWorld(double frame) const;
+  void TakeOutput(const myo_core::SolverData& solver);
+
+  const Scene& scene_;
+  const NodeSpec& node_;
+  myo_core::MapStore maps_;
+  SceneHost host_;
+  myo_core::MeshData output_;
+  std::vector<double> input_points_;   // 3N, the input of this evaluation
+  std::vector<double> output_points_;  // 3N
+  NodeFigures figures_;
+  std::unique_ptr<myo_core::MuscleDeformer> muscle_;
+  std::unique_ptr<myo_core::RibbonMuscleDeformer> ribbon_;
+  std::unique_ptr<myo_core::SkinDeformer> skin_;
+};
+
+}  // namespace myo_app

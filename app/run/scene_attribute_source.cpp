@@ -1,0 +1,32 @@
+#include "app/run/scene_attribute_source.h"
+
+namespace myo_app {
+
+myo_core::Matrix ToFloatMatrix(const Matrix4d& m) {
+  myo_core::Matrix out;
+  for (std::size_t i = 0; i < 16; ++i) out[i] = static_cast<float>(m[i]);
+  return out;
+}
+
+double SceneAttributeSource::Number(const std::string& long_name) const {
+  const myo_core::AttributeInfo* info = FindNodeAttribute(*node_.type, long_name);
+  const bool is_time = info != nullptr && info->type == myo_core::AttributeType::kTime;
+  const double fps = scene_.timeline.fps;
+  const auto it = node_.attributes.find(long_name);
+  if (it != node_.attributes.end()) {
+    const double value = it->second.At(frame_);
+    return is_time ? value / fps : value;
+  }
+  if (long_name == "currentTime") return frame_ / fps;
+  if (long_name == "startTime") return scene_.timeline.start / fps;
+  if (long_name == "prerollStartTime") return scene_.timeline.preroll / fps;
+  return info != nullptr ? info->Default() : 0.0;
+}
+
+myo_core::Matrix SceneAttributeSource::MatrixValue(const std::string& long_name) const {
+  for (const ConnectionSpec& c : node_.connections)
+    if (c.list.empty() && c.attribute == long_name) return ToFloatMatrix(scene_.WorldMatrix(c.source, frame_));
+  return myo_core::IdentityMatrix();
+}
+
+}  // namespace myo_app

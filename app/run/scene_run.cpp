@@ -1,0 +1,218 @@
+#include "app/run/scene_run.h"
+
+#include <sys/resource.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <filesystem>
+#include <map>
+#include <memory>
+#include <sstream>
+
+#include <nlohmann/json.hpp>
+
+#include "app/run/node_runner.h"
+#include "core/log/logger.h"
+#include "io/atomic_file.h"
+#include "io/obj_mesh.h"
+#include "io/point_cache.h"
+
+namespace myo_app {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+double PeakMemoryMegabytes() {
+  rusage usage{};
+  getrusage(RUSAGE_SELF, &usage);
+  return static_cast<double>(usage.ru_maxrss) / 1024.0;  // kilobytes on Linux
+}
+
+// Per node: what the summary reports.
+struct NodeTotals {
+  std::size_t frames = 0;
+  std::size_t steps = 0;
+  double evaluate_ms_sum = 0.0;
+  double evaluate_ms_max = 0.0;
+  double max_speed = 0.0;
+  double min_volume_ratio = 1e300;
+  double max_volume_ratio = -1e300;
+};
+
+std::string Csv(double value) {
+  std::ostringstream out;
+  out.precision(9);
+  out << value;
+  return out.str();
+}
+
+class SceneRun {
+ public:
+  SceneRun(const Scene& scene, const RunOptions& options) : scene_(scene), options_(options) {}
+
+  RunResult Run(std::string& error) {
+    const auto begin = std::chrono::steady_clock::now();
+    std::error_code ec;
+    fs::create_directories(options_.output_directory, ec);
+    if (ec) {
+      error = options_.output_directory + ": cannot create the output directory: " + ec.message();
+      return RunResult::kFailed;
+    }
+    for (const NodeSpec& node : scene_.nodes) runners_.push_back(std::make_unique<NodeRunner>(scene_, node));
+    for (std::size_t i = 0; i < runners_.size(); ++i) by_name_[scene_.nodes[i].name] = runners_[i].get();
+    if (!OpenOutputs(error)) return RunResult::kFailed;
+
+    const Timeline& t = scene_.timeline;
+    const std::size_t total = static_cast<std::size_t>(t.end - t.preroll) + 1;
+    std::string csv = "frame,node,stepped,evaluate_ms,iterations,volume_ratio,max_speed\n";
+    std::size_t done = 0;
+    for (double frame = t.preroll; frame <= t.end; frame += 1.0) {
+      if (options_.interrupted != nullptr && options_.interrupted->load()) return RunResult::kInterrupted;
+      const bool playing = frame != t.preroll;
+      for (auto& runner : runners_) {
+        if (!runner->Evaluate(frame, playing, Lookup(), error)) return RunResult::kFailed;
+        if (frame >= t.start) Record(frame, *runner, csv);
+      }
+      if (frame >= t.start && !WriteFrame(frame, error)) return RunResult::kFailed;
+      if (options_.progress) options_.progress(++done, total);
+    }
+    if (!CommitOutputs(error)) return RunResult::kFailed;
+    if (!myo_io::WriteFileAtomically(Path("figures.csv"), csv, error)) return RunResult::kFailed;
+    const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
+    if (!myo_io::WriteFileAtomically(Path("summary.json"), Summary(seconds).dump(2) + "\n", error))
+      return RunResult::kFailed;
+    return RunResult::kDone;
+  }
+
+ private:
+  std::string Path(const std::string& name) const { return (fs::path(options_.output_directory) / name).string(); }
+
+  MeshLookup Lookup() const {
+    return [this](const std::string& name) -> const myo_core::MeshData* {
+      const auto it = by_name_.find(name);
+      if (it != by_name_.end()) return &it->second->output();
+      const MeshSpec* mesh = scene_.FindMesh(name);
+      return mesh != nullptr ? &mesh->data : nullptr;
+    };
+  }
+
+  bool OpenOutputs(std::string& error) {
+    const Timeline& t = scene_.timeline;
+    for (const NodeSpec& node : scene_.nodes) {
+      if (options_.format == OutputFormat::kPc2) {
+        auto cache = std::make_unique<myo_io::PointCacheWriter>();
+        const uint32_t points = scene_.BaseMesh(node)->data.PointCount();
+        if (!cache->Open(Path(node.name + ".pc2"), points, static_cast<float>(t.start),
+                         static_cast<uint32_t>(t.end - t.start) + 1, error))
+          return false;
+        caches_.push_back(std::move(cache));
+      } else {
+        std::error_code ec;
+        fs::create_directories(Path(node.name), ec);
+        if (ec) {
+          error = Path(node.name) + ": cannot create the directory: " + ec.message();
+          return false;
+        }
+      }
+    }
+    return true;
+  }
+
+  bool WriteFrame(double frame, std::string& error) {
+    for (std::size_t i = 0; i < runners_.size(); ++i) {
+      const NodeRunner& runner = *runners_[i];
+      if (options_.format == OutputFormat::kPc2) {
+        if (!caches_[i]->Append(runner.output().points, error)) return false;
+        continue;
+      }
+      const std::string& name = runner.spec().name;
+      const std::string file = (fs::path(Path(name)) / (name + "." + FrameTag(frame) + ".obj")).string();
+      const std::string text = myo_io::ObjText(scene_.BaseMesh(runner.spec())->obj, runner.output().points,
+                                               name + " at frame " + FrameTag(frame));
+      if (!myo_io::WriteFileAtomically(file, text, error)) return false;
+    }
+    return true;
+  }
+
+  bool CommitOutputs(std::string& error) {
+    for (auto& cache : caches_)
+      if (!cache->Commit(error)) return false;
+    return true;
+  }
+
+  void Record(double frame, const NodeRunner& runner, std::string& csv) {
+    const NodeFigures& f = runner.figures();
+    NodeTotals& totals = totals_[runner.spec().name];
+    ++totals.frames;
+    totals.steps += f.stepped ? 1 : 0;
+    totals.evaluate_ms_sum += f.evaluate_ms;
+    totals.evaluate_ms_max = std::max(totals.evaluate_ms_max, f.evaluate_ms);
+    totals.max_speed = std::max(totals.max_speed, f.max_speed);
+    if (f.volume_ratio >= 0.0) {
+      totals.min_volume_ratio = std::min(totals.min_volume_ratio, f.volume_ratio);
+      totals.max_volume_ratio = std::max(totals.max_volume_ratio, f.volume_ratio);
+    }
+    csv += FrameTag(frame) + "," + runner.spec().name + "," + (f.stepped ? "1" : "0") + "," + Csv(f.evaluate_ms) +
+           "," + std::to_string(f.iterations) + "," + (f.volume_ratio >= 0.0 ? Csv(f.volume_ratio) : "") + "," +
+           Csv(f.max_speed) + "\n";
+  }
+
+  nlohmann::json Summary(double seconds) const {
+    const Timeline& t = scene_.timeline;
+    nlohmann::json nodes = nlohmann::json::array();
+    for (const NodeSpec& node : scene_.nodes) {
+      const NodeTotals& totals = totals_.at(node.name);
+      nlohmann::json entry = {
+          {"name", node.name},
+          {"type", node.type->name},
+          {"points", scene_.BaseMesh(node)->data.PointCount()},
+          {"frames_written", totals.frames},
+          {"steps", totals.steps},
+          {"mean_evaluate_ms", totals.frames ? totals.evaluate_ms_sum / totals.frames : 0.0},
+          {"max_evaluate_ms", totals.evaluate_ms_max},
+          {"max_speed", totals.max_speed},
+          {"output", options_.format == OutputFormat::kPc2 ? node.name + ".pc2"
+                                                            : node.name + "/" + node.name + ".####.obj"},
+      };
+      if (totals.max_volume_ratio >= 0.0) {
+        entry["min_volume_ratio"] = totals.min_volume_ratio;
+        entry["max_volume_ratio"] = totals.max_volume_ratio;
+      }
+      nodes.push_back(entry);
+    }
+    return {
+        {"scene", scene_.path},
+        {"timeline", {{"preroll", t.preroll}, {"start", t.start}, {"end", t.end}, {"fps", t.fps}}},
+        {"frames_simulated", static_cast<std::size_t>(t.end - t.preroll) + 1},
+        {"frames_written", static_cast<std::size_t>(t.end - t.start) + 1},
+        {"format", options_.format == OutputFormat::kPc2 ? "pc2" : "obj"},
+        {"seconds", seconds},
+        {"peak_memory_mb", PeakMemoryMegabytes()},
+        {"nodes", nodes},
+        {"figures", "figures.csv"},
+    };
+  }
+
+  const Scene& scene_;
+  const RunOptions& options_;
+  std::vector<std::unique_ptr<NodeRunner>> runners_;
+  std::map<std::string, const NodeRunner*> by_name_;
+  std::vector<std::unique_ptr<myo_io::PointCacheWriter>> caches_;
+  std::map<std::string, NodeTotals> totals_;
+};
+
+}  // namespace
+
+std::string FrameTag(double frame) {
+  char text[32];
+  std::snprintf(text, sizeof text, "%04lld", static_cast<long long>(frame));
+  return text;
+}
+
+RunResult RunScene(const Scene& scene, const RunOptions& options, std::string& error) {
+  return SceneRun(scene, options).Run(error);
+}
+
+}  // namespace myo_app

@@ -1,0 +1,40 @@
+#pragma once
+// Plays a scene's time line as Maya plays it: every frame from the preroll
+// (or the start) to the end, each node evaluated once per frame in an order
+// that respects the connections. The first frame is evaluated as a user
+// standing on it would see it, not playing; the rest play. Results are
+// written for the frames from the start to the end.
+
+#include <atomic>
+#include <functional>
+#include <string>
+
+#include "app/scene/scene.h"
+
+namespace myo_app {
+
+enum class OutputFormat { kObj, kPc2 };
+
+struct RunOptions {
+  std::string output_directory;
+  OutputFormat format = OutputFormat::kObj;
+  // Called after each frame with the frames done and the total.
+  std::function<void(std::size_t, std::size_t)> progress;
+  // Set from a signal handler: the run stops after the frame in progress.
+  const std::atomic<bool>* interrupted = nullptr;
+};
+
+enum class RunResult { kDone, kFailed, kInterrupted };
+
+// Outputs, in the output directory:
+// - OBJ: <node>/<node>.<frame>.obj for every node and frame, or
+//   PC2: <node>.pc2, one point cache per node;
+// - figures.csv: one row per node and written frame;
+// - summary.json: the run as a whole.
+// Every file is written atomically. On a failure `error` names it.
+RunResult RunScene(const Scene& scene, const RunOptions& options, std::string& error);
+
+// Frame number as it appears in file names: at least four digits.
+std::string FrameTag(double frame);
+
+}  // namespace myo_app

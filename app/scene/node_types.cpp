@@ -1,0 +1,70 @@
+#include "app/scene/node_types.h"
+
+#include "core/attributes/attribute_builders.h"
+#include "core/muscle/muscle_attributes.h"
+#include "core/skin/skin_attributes.h"
+
+namespace myo_app {
+
+using myo_core::AttributeInfo;
+using myo_core::AttributeTable;
+using myo_core::AttributeType;
+
+const std::vector<NodeType>& NodeTypes() {
+  static const std::vector<NodeType> types = {
+      {"MyoMuscle", NodeKind::kMuscle, &myo_core::MuscleAttributes(),
+       "closed muscle with fibers, activation, attachments, slides and volume"},
+      {"MyoRibbonMuscle", NodeKind::kRibbonMuscle, &myo_core::RibbonMuscleAttributes(),
+       "open sheet of muscle, as MyoMuscle without volume"},
+      {"MyoSkin", NodeKind::kSkin, &myo_core::SkinAttributes(),
+       "skin held on a reference mesh by hard, soft and slide constraints"},
+  };
+  return types;
+}
+
+const NodeType* FindNodeType(const std::string& name) {
+  for (const NodeType& type : NodeTypes())
+    if (type.name == name) return &type;
+  return nullptr;
+}
+
+const AttributeTable& DeformerAttributes() {
+  static const AttributeTable table = {
+      myo_core::attribute_builders::Scalar("envelope", "en", AttributeType::kFloat, 1, myo_core::kKeyable, 0.0, 1.0)};
+  return table;
+}
+
+const AttributeInfo* FindNodeAttribute(const NodeType& type, const std::string& name) {
+  if (const AttributeInfo* info = myo_core::FindAttribute(*type.attributes, name)) return info;
+  return myo_core::FindAttribute(DeformerAttributes(), name);
+}
+
+const AttributeInfo* FindMapList(const NodeType& type, const std::string& element) {
+  const AttributeInfo* map = myo_core::FindAttribute(*type.attributes, element);
+  if (map == nullptr || !map->Has(myo_core::kArray) || map->type == AttributeType::kMesh ||
+      map->type == AttributeType::kMatrix)
+    return nullptr;
+  for (const AttributeInfo& info : *type.attributes) {
+    if (info.type != AttributeType::kCompound || !info.Has(myo_core::kArray)) continue;
+    for (const std::string& child : info.children)
+      if (child == map->long_name) return &info;
+  }
+  return nullptr;
+}
+
+std::string TypeName(AttributeType type) {
+  switch (type) {
+    case AttributeType::kBool: return "bool";
+    case AttributeType::kInt: return "int";
+    case AttributeType::kFloat: return "float";
+    case AttributeType::kEnum: return "enum";
+    case AttributeType::kTime: return "time";
+    case AttributeType::kMatrix: return "matrix";
+    case AttributeType::kMesh: return "mesh";
+    case AttributeType::kCompound: return "compound";
+    case AttributeType::kColor: return "color";
+  }
+  return "unknown";
+}
+
+}  // namespace myo_app

@@ -1,0 +1,602 @@
+#include "app/scene/scene_reader.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <set>
+#include <sstream>
+
+#include <nlohmann/json.hpp>
+
+namespace myo_app {
+
+namespace {
+
+using nlohmann::json;
+using myo_core::AttributeInfo;
+using myo_core::AttributeType;
+
+// A fault in the scene: the message is complete, the reader stops.
+struct SceneFault {
+  std::string message;
+};
+
+// Where a value sits in the file, for messages: "nodes[0].attributes.iterations".
+class Field {
+ public:
+  Field(const std::string& file, std::string path) : file_(&file), path_(std::move(path)) {}
+  Field operator[](const std::string& key) const { return Field(*file_, path_.empty() ? key : path_ + "." + key); }
+  Field operator[](std::size_t i) const { return Field(*file_, path_ + "[" + std::to_string(i) + "]"); }
+  [[noreturn]] void Fail(const std::string& what) const {
+    throw SceneFault{*file_ + ": " + (path_.empty() ? std::string() : path_ + ": ") + what};
+  }
+
+ private:
+  const std::string* file_;
+  std::string path_;
+};
+
+std::string LineAndColumn(const std::string& text, std::size_t byte) {
+  std::size_t line = 1, column = 1;
+  for (std::size_t i = 0; i < byte && i < text.size(); ++i) {
+    if (text[i] == '\n') {
+      ++line;
+      column = 1;
+    } else {
+      ++column;
+    }
+  }
+  return "line " + std::to_string(line) + ", column " + std::to_string(column);
+}
+
+std::string ReadText(const std::string& path, const std::string& what) {
+  std::ifstream in(path, std::ios::binary);
+  if (!in) throw SceneFault{path + ": cannot open " + what};
+  std::ostringstream text;
+  text << in.rdbuf();
+  return text.str();
+}
+
+const json& Require(const json& object, const char* key, const Field& field) {
+  const auto it = object.find(key);
+  if (it == object.end()) field.Fail(std::string("missing \"") + key + "\"");
+  return *it;
+}
+
+void ExpectObject(const json& value, const Field& field) {
+  if (!value.is_object()) field.Fail("expected an object");
+}
+
+void ExpectArray(const json& value, const Field& field) {
+  if (!value.is_array()) field.Fail("expected an array");
+}
+
+// Keys of an object that are not among `known`.
+void RejectUnknownKeys(const json& object, std::initializer_list<const char*> known, const Field& field) {
+  for (const auto& item : object.items()) {
+    if (std::none_of(known.begin(), known.end(), [&](const char* k) { return item.key() == k; }))
+      field[item.key()].Fail("unknown key");
+  }
+}
+
+double Number(const json& value, const Field& field) {
+  if (!value.is_number()) field.Fail("expected a number");
+  const double number = value.get<double>();
+  if (!std::isfinite(number)) field.Fail("expected a finite number");
+  return number;
+}
+
+std::string Text(const json& value, const Field& field) {
+  if (!value.is_string() || value.get<std::string>().empty()) field.Fail("expected a non-empty string");
+  return value.get<std::string>();
+}
+
+uint32_t Index(const json& value, const Field& field) {
+  const double number = Number(value, field);
+  if (number < 0.0 || number != std::floor(number) || number > 1e9) field.Fail("expected an index (0, 1, 2, ...)");
+  return static_cast<uint32_t>(number);
+}
+
+template <std::size_t N>
+std::array<double, N> Numbers(const json& value, const Field& field) {
+  if (!value.is_array() || value.size() != N) field.Fail("expected " + std::to_string(N) + " numbers");
+  std::array<double, N> out{};
+  for (std::size_t i = 0; i < N; ++i) out[i] = Number(value[i], field[i]);
+  return out;
+}
+
+std::string ResolvePath(const std::string& scene_path, const std::string& file) {
+  const std::filesystem::path p(file);
+  if (p.is_absolute()) return file;
+  return (std::filesystem::path(scene_path).parent_path() / p).lexically_normal().string();
+}
+
+class SceneReader {
+ public:
+  SceneReader(const std::string& path, Scene& scene) : path_(path), scene_(scene) {}
+
+  void Read() {
+    const std::string text = ReadText(path_, "the scene file");
+    json root;
+    try {
+      root = json::parse(text);
+    } catch (const json::parse_error& e) {
+      std::string what = e.what();
+      const std::size_t cut = what.find("syntax error");
+      throw SceneFault{path_ + ": " + LineAndColumn(text, e.byte == 0 ? 0 : e.byte - 1) + ": invalid JSON: " +
+                       (cut == std::string::npos ? what : what.substr(cut))};
+    }
+    const Field top(path_, "");
+    ExpectObject(root, top);
+    RejectUnknownKeys(root, {"version", "timeline", "transforms", "meshes", "nodes"}, top);
+    if (root.contains("version") && Number(root["version"], top["version"]) != 1.0)
+      top["version"].Fail("unsupported version (this host reads version 1)");
+    ReadTimeline(Require(root, "timeline", top), top["timeline"]);
+    if (root.contains("transforms")) ReadTransforms(root["transforms"], top["transforms"]);
+    if (root.contains("meshes")) ReadMeshes(root["meshes"], top["meshes"]);
+    CheckTransformParents(top);
+    ReadNodes(Require(root, "nodes", top), top["nodes"]);
+    OrderNodes(top["nodes"]);
+  }
+
+ private:
+  void ReadTimeline(const json& value, const Field& field) {
+    ExpectObject(value, field);
+    RejectUnknownKeys(value, {"start", "end", "preroll", "fps"}, field);
+    Timeline& t = scene_.timeline;
+    t.start = Number(Require(value, "start", field), field["start"]);
+    t.end = Number(Require(value, "end", field), field["end"]);
+    t.preroll = value.contains("preroll") ? Number(value["preroll"], field["preroll"]) : t.start;
+    t.fps = value.contains("fps") ? Number(value["fps"], field["fps"]) : 24.0;
+    for (const char* key : {"start", "end", "preroll"}) {
+      const double frame = key == std::string("start") ? t.start : key == std::string("end") ? t.end : t.preroll;
+      if (frame != std::floor(frame)) field[key].Fail("expected a whole frame number");
+    }
+    if (t.end < t.start) field["end"].Fail("the end frame comes before the start frame");
+    if (t.preroll > t.start) field["preroll"].Fail("the preroll frame comes after the start frame");
+    if (!(t.fps > 0.0)) field["fps"].Fail("frames per second must be above 0");
+  }
+
+  void AddName(const std::string& name, SourceKind kind, std::size_t index, const Field& field) {
+    if (!scene_.kinds.emplace(name, kind).second) field.Fail("the name \"" + name + "\" is used twice");
+    scene_.index[name] = index;
+  }
+
+  void ReadTransforms(const json& list, const Field& field) {
+    ExpectArray(list, field);
+    for (std::size_t i = 0; i < list.size(); ++i) {
+      const json& value = list[i];
+      const Field f = field[i];
+      ExpectObject(value, f);
+      RejectUnknownKeys(value, {"name", "parent", "keys"}, f);
+      TransformSpec spec;
+      spec.name = Text(Require(value, "name", f), f["name"]);
+      if (value.contains("parent")) spec.parent = Text(value["parent"], f["parent"]);
+      if (value.contains("keys")) ReadTransformKeys(value["keys"], f["keys"], spec.track);
+      AddName(spec.name, SourceKind::kTransform, scene_.transforms.size(), f["name"]);
+      scene_.transforms.push_back(std::move(spec));
+    }
+  }
+
+  void ReadTransformKeys(const json& keys, const Field& field, TransformTrack& track) {
+    ExpectArray(keys, field);
+    if (keys.empty()) field.Fail("expected at least one key");
+    for (std::size_t k = 0; k < keys.size(); ++k) {
+      const json& key = keys[k];
+      const Field f = field[k];
+      ExpectObject(key, f);
+      RejectUnknownKeys(key, {"frame", "matrix", "translate", "rotate", "scale"}, f);
+      track.frames.push_back(Number(Require(key, "frame", f), f["frame"]));
+      const bool matrix = key.contains("matrix");
+      if (k == 0) track.matrix_keys = matrix;
+      if (matrix != track.matrix_keys)
+        f.Fail("mixes matrix keys with translate, rotate and scale keys in one transform");
+      if (matrix) {
+        if (key.contains("translate") || key.contains("rotate") || key.contains("scale"))
+          f.Fail("a key has either \"matrix\" or translate, rotate and scale");
+        track.matrices.push_back(Numbers<16>(key["matrix"], f["matrix"]));
+      } else {
+        TransformKeyTRS trs;
+        if (key.contains("translate")) trs.translate = Numbers<3>(key["translate"], f["translate"]);
+        if (key.contains("rotate")) trs.rotate = Numbers<3>(key["rotate"], f["rotate"]);
+        if (key.contains("scale")) trs.scale = Numbers<3>(key["scale"], f["scale"]);
+        track.trs.push_back(trs);
+      }
+      if (k > 0 && !(track.frames[k] > track.frames[k - 1]))
+        f["frame"].Fail("keyframes out of order: frame " + Format(track.frames[k]) + " follows frame " +
+                        Format(track.frames[k - 1]));
+    }
+  }
+
+  void ReadMeshes(const json& list, const Field& field) {
+    ExpectArray(list, field);
+    for (std::size_t i = 0; i < list.size(); ++i) {
+      const json& value = list[i];
+      const Field f = field[i];
+      ExpectObject(value, f);
+      RejectUnknownKeys(value, {"name", "file", "parent"}, f);
+      MeshSpec spec;
+      spec.name = Text(Require(value, "name", f), f["name"]);
+      spec.file = Text(Require(value, "file", f), f["file"]);
+      if (value.contains("parent")) {
+        spec.parent = Text(value["parent"], f["parent"]);
+        if (scene_.FindTransform(spec.parent) == nullptr)
+          f["parent"].Fail("\"" + spec.parent + "\" is not a transform of the scene");
+      }
+      AddName(spec.name, SourceKind::kMesh, scene_.meshes.size(), f["name"]);
+      std::string error;
+      const std::string file = ResolvePath(path_, spec.file);
+      if (!myo_io::ReadObjMesh(file, spec.obj, error)) f["file"].Fail(error);
+      if (spec.obj.polygons.points.empty()) f["file"].Fail(file + ": the mesh has no vertices");
+      if (!myo_core::BuildMeshData(spec.obj.polygons.points, spec.obj.polygons.vertex_counts,
+                                   spec.obj.polygons.vertices, spec.data, error))
+        f["file"].Fail(file + ": " + error);
+      scene_.meshes.push_back(std::move(spec));
+    }
+  }
+
+  void CheckTransformParents(const Field& top) {
+    for (std::size_t i = 0; i < scene_.transforms.size(); ++i) {
+      const TransformSpec& spec = scene_.transforms[i];
+      if (spec.parent.empty()) continue;
+      const Field f = top["transforms"][i]["parent"];
+      if (scene_.FindTransform(spec.parent) == nullptr)
+        f.Fail("\"" + spec.parent + "\" is not a transform of the scene");
+      // Walk up: a chain longer than the transforms is a cycle.
+      std::string current = spec.parent;
+      std::string chain = spec.name + " -> " + spec.parent;
+      for (std::size_t hops = 0; !current.empty(); ++hops) {
+        if (current == spec.name) f.Fail("a cycle of parents: " + chain);
+        if (hops > scene_.transforms.size()) break;
+        current = scene_.FindTransform(current)->parent;
+        if (!current.empty()) chain += " -> " + current;
+      }
+    }
+  }
+
+  void ReadNodes(const json& list, const Field& field) {
+    ExpectArray(list, field);
+    if (list.empty()) field.Fail("expected at least one node");
+    // Names first, so that a node may take a later node's output.
+    for (std::size_t i = 0; i < list.size(); ++i) {
+      ExpectObject(list[i], field[i]);
+      const std::string name = Text(Require(list[i], "name", field[i]), field[i]["name"]);
+      AddName(name, SourceKind::kNode, i, field[i]["name"]);
+      NodeSpec spec;
+      spec.name = name;
+      scene_.nodes.push_back(std::move(spec));
+    }
+    for (std::size_t i = 0; i < list.size(); ++i) ReadNodeHead(list[i], field[i], scene_.nodes[i]);
+    for (std::size_t i = 0; i < list.size(); ++i) ReadNodeBody(list[i], field[i], scene_.nodes[i]);
+  }
+
+  void ReadNodeHead(const json& value, const Field& f, NodeSpec& node) {
+    RejectUnknownKeys(value, {"name", "type", "input", "attributes", "maps", "connections"}, f);
+    const std::string type = Text(Require(value, "type", f), f["type"]);
+    node.type = FindNodeType(type);
+    if (node.type == nullptr) {
+      std::string known;
+      for (const NodeType& t : NodeTypes()) known += (known.empty() ? "" : ", ") + t.name;
+      f["type"].Fail("unknown node type \"" + type + "\" (known: " + known + ")");
+    }
+    node.input = Text(Require(value, "input", f), f["input"]);
+    const auto kind = scene_.kinds.find(node.input);
+    if (kind == scene_.kinds.end() || kind->second == SourceKind::kTransform)
+      f["input"].Fail("\"" + node.input + "\" is not a mesh or node of the scene");
+    if (node.input == node.name) f["input"].Fail("a node cannot deform its own output");
+  }
+
+  void ReadNodeBody(const json& value, const Field& f, NodeSpec& node) {
+    // Input chains are checked for cycles before the base mesh is asked for.
+    OrderNodesCheckOnly(f);
+    const MeshSpec* base = scene_.BaseMesh(node);
+    if (value.contains("attributes")) ReadAttributes(value["attributes"], f["attributes"], node);
+    if (value.contains("connections")) ReadConnections(value["connections"], f["connections"], node);
+    if (value.contains("maps")) ReadMaps(value["maps"], f["maps"], node, base->data.PointCount());
+    if (node.type->kind == NodeKind::kSkin &&
+        std::none_of(node.connections.begin(), node.connections.end(),
+                     [](const ConnectionSpec& c) { return c.attribute == "referenceMesh"; }))
+      f.Fail("a MyoSkin needs \"referenceMesh\" connected to a mesh or a node");
+  }
+
+  void ReadAttributes(const json& object, const Field& field, NodeSpec& node) {
+    ExpectObject(object, field);
+    for (const auto& item : object.items()) {
+      const Field f = field[item.key()];
+      const AttributeInfo* info = FindNodeAttribute(*node.type, item.key());
+      if (info == nullptr) f.Fail("unknown attribute of " + node.type->name);
+      if (node.attributes.count(info->long_name) != 0)
+        f.Fail("\"" + info->long_name + "\" is set twice (by its long and its short name)");
+      node.attributes[info->long_name] = AttributeTrack(item.value(), *info, f);
+    }
+  }
+
+  ScalarTrack AttributeTrack(const json& value, const AttributeInfo& info, const Field& f) {
+    switch (info.type) {
+      case AttributeType::kMatrix:
+      case AttributeType::kMesh:
+        f.Fail("a " + TypeName(info.type) + " attribute takes a connection, not a value");
+      case AttributeType::kCompound:
+      case AttributeType::kColor:
+        f.Fail("a compound attribute: set its children one by one");
+      default:
+        break;
+    }
+    if (info.Has(myo_core::kArray)) f.Fail("a per-point attribute: give it as a map in \"maps\"");
+    ScalarTrack track;
+    track.stepped = info.type != AttributeType::kFloat && info.type != AttributeType::kTime;
+    if (value.is_object()) {
+      RejectUnknownKeys(value, {"keys"}, f);
+      const json& keys = Require(value, "keys", f);
+      ExpectArray(keys, f["keys"]);
+      if (keys.empty()) f["keys"].Fail("expected at least one key");
+      for (std::size_t k = 0; k < keys.size(); ++k) {
+        const Field fk = f["keys"][k];
+        if (!keys[k].is_array() || keys[k].size() != 2) fk.Fail("expected a key [frame, value]");
+        const double frame = Number(keys[k][0], fk[0]);
+        if (k > 0 && !(frame > track.frames.back()))
+          fk.Fail("keyframes out of order: frame " + Format(frame) + " follows frame " + Format(track.frames.back()));
+        track.frames.push_back(frame);
+        track.values.push_back(AttributeValue(keys[k][1], info, fk[1]));
+      }
+    } else {
+      track.frames.push_back(0.0);
+      track.values.push_back(AttributeValue(value, info, f));
+      track.stepped = true;
+    }
+    return track;
+  }
+
+  double AttributeValue(const json& value, const AttributeInfo& info, const Field& f) {
+    double number = 0.0;
+    switch (info.type) {
+      case AttributeType::kBool:
+        if (value.is_boolean()) return value.get<bool>() ? 1.0 : 0.0;
+        number = Number(value, f);
+        if (number != 0.0 && number != 1.0) f.Fail("expected true or false");
+        return number;
+      case AttributeType::kEnum:
+        if (value.is_string()) {
+          for (const myo_core::EnumField& field : info.fields)
+            if (field.name == value.get<std::string>()) return field.value;
+          f.Fail("\"" + value.get<std::string>() + "\" is not one of " + EnumChoices(info));
+        }
+        number = Number(value, f);
+        for (const myo_core::EnumField& field : info.fields)
+          if (field.value == number) return number;
+        f.Fail(Format(number) + " is not one of " + EnumChoices(info));
+      case AttributeType::kInt:
+        number = Number(value, f);
+        if (number != std::floor(number)) f.Fail("expected a whole number");
+        break;
+      default:
+        number = Number(value, f);
+        break;
+    }
+    if (info.min && number < *info.min)
+      f.Fail(Format(number) + " is below the minimum " + Format(*info.min));
+    if (info.max && number > *info.max)
+      f.Fail(Format(number) + " is above the maximum " + Format(*info.max));
+    return number;
+  }
+
+  static std::string EnumChoices(const AttributeInfo& info) {
+    std::string text;
+    for (const myo_core::EnumField& field : info.fields)
+      text += (text.empty() ? "" : ", ") + std::string("\"") + field.name + "\" (" + std::to_string(field.value) + ")";
+    return text;
+  }
+
+  static std::string Format(double number) {
+    std::ostringstream out;
+    out << number;
+    return out.str();
+  }
+
+  void ReadConnections(const json& object, const Field& field, NodeSpec& node) {
+    ExpectObject(object, field);
+    std::set<std::string> plugs;
+    for (const auto& item : object.items()) {
+      const Field f = field[item.key()];
+      ConnectionSpec connection = ParsePlug(item.key(), *node.type, f);
+      connection.source = Text(item.value(), f);
+      const std::string key = connection.list + "[" + std::to_string(connection.index) + "]." + connection.attribute;
+      if (!plugs.insert(key).second) f.Fail("the plug is connected twice");
+      const AttributeInfo* info = FindNodeAttribute(*node.type, connection.attribute);
+      const auto kind = scene_.kinds.find(connection.source);
+      if (kind == scene_.kinds.end()) f.Fail("\"" + connection.source + "\" is not in the scene");
+      if (info->type == AttributeType::kMatrix && kind->second != SourceKind::kTransform)
+        f.Fail("a matrix attribute takes a transform, and \"" + connection.source + "\" is not one");
+      if (info->type == AttributeType::kMesh && kind->second == SourceKind::kTransform)
+        f.Fail("a mesh attribute takes a mesh or a node, and \"" + connection.source + "\" is a transform");
+      if (connection.source == node.name) f.Fail("a node cannot take its own output");
+      node.connections.push_back(std::move(connection));
+    }
+  }
+
+  // "attribute" or "list[index].attribute", by long or short names.
+  ConnectionSpec ParsePlug(const std::string& plug, const NodeType& type, const Field& f) {
+    ConnectionSpec c;
+    c.plug = plug;
+    std::string attribute = plug;
+    const std::size_t open = plug.find('[');
+    if (open != std::string::npos) {
+      const std::size_t close = plug.find("].", open);
+      if (close == std::string::npos || close == open + 1) f.Fail("expected a plug \"list[index].attribute\"");
+      const std::string digits = plug.substr(open + 1, close - open - 1);
+      if (digits.find_first_not_of("0123456789") != std::string::npos || digits.size() > 9)
+        f.Fail("expected a plug \"list[index].attribute\"");
+      const AttributeInfo* list = FindNodeAttribute(type, plug.substr(0, open));
+      if (list == nullptr || list->type != AttributeType::kCompound || !list->Has(myo_core::kArray))
+        f.Fail("\"" + plug.substr(0, open) + "\" is not a list attribute of " + type.name);
+      c.list = list->long_name;
+      c.index = static_cast<uint32_t>(std::stoul(digits));
+      attribute = plug.substr(close + 2);
+      const AttributeInfo* child = FindNodeAttribute(type, attribute);
+      if (child == nullptr || std::find(list->children.begin(), list->children.end(), child->long_name) ==
+                                  list->children.end())
+        f.Fail("\"" + attribute + "\" is not an attribute of " + c.list);
+    }
+    const AttributeInfo* info = FindNodeAttribute(type, attribute);
+    if (info == nullptr) f.Fail("unknown attribute of " + type.name);
+    c.attribute = info->long_name;
+    if (info->type != AttributeType::kMatrix && info->type != AttributeType::kMesh)
+      f.Fail("only matrix and mesh attributes take connections here");
+    if (c.list.empty()) {
+      for (const AttributeInfo& parent : *type.attributes)
+        if (parent.Has(myo_core::kArray) && std::find(parent.children.begin(), parent.children.end(),
+                                                      info->long_name) != parent.children.end())
+          f.Fail("needs an index: connect \"" + parent.long_name + "[0]." + info->long_name + "\"");
+    }
+    return c;
+  }
+
+  void ReadMaps(const json& list, const Field& field, NodeSpec& node, uint32_t points) {
+    ExpectArray(list, field);
+    std::set<std::pair<std::string, uint32_t>> seen;
+    for (std::size_t i = 0; i < list.size(); ++i) {
+      const json& value = list[i];
+      const Field f = field[i];
+      ExpectObject(value, f);
+      RejectUnknownKeys(value, {"name", "set", "values", "value", "file"}, f);
+      const std::string name = Text(Require(value, "name", f), f["name"]);
+      const AttributeInfo* element = FindNodeAttribute(*node.type, name);
+      const AttributeInfo* list_info = element ? FindMapList(*node.type, element->long_name) : nullptr;
+      if (list_info == nullptr) f["name"].Fail("\"" + name + "\" is not a per-point map of " + node.type->name);
+      MapSpec map;
+      map.list = list_info->long_name;
+      map.element = element->long_name;
+      if (element->type == AttributeType::kCompound) map.children = element->children;
+      map.set = value.contains("set") ? Index(value["set"], f["set"]) : 0;
+      if (list_info->children.size() == 1 && map.set != 0)
+        f["set"].Fail("\"" + map.element + "\" has one set per deformed mesh: use set 0");
+      if (!seen.emplace(map.element, map.set).second) f.Fail("the map is given twice for this set");
+      const std::size_t width = map.children.empty() ? 1 : map.children.size();
+      const int sources = value.contains("values") + value.contains("value") + value.contains("file");
+      if (sources != 1) f.Fail("give exactly one of \"values\", \"value\" and \"file\"");
+      if (value.contains("value")) {
+        map.values.assign(static_cast<std::size_t>(points) * width,
+                          static_cast<float>(Number(value["value"], f["value"])));
+      } else if (value.contains("values")) {
+        const json& values = value["values"];
+        ExpectArray(values, f["values"]);
+        for (std::size_t k = 0; k < values.size(); ++k) {
+          if (values[k].is_array()) {
+            if (values[k].size() != width) f["values"][k].Fail("expected " + std::to_string(width) + " numbers");
+            for (std::size_t c = 0; c < width; ++c)
+              map.values.push_back(static_cast<float>(Number(values[k][c], f["values"][k][c])));
+          } else {
+            map.values.push_back(static_cast<float>(Number(values[k], f["values"][k])));
+          }
+        }
+      } else {
+        const std::string file = ResolvePath(path_, Text(value["file"], f["file"]));
+        std::string error;
+        if (!ReadMapFile(file, map.values, error)) f["file"].Fail(error);
+      }
+      if (map.values.size() != static_cast<std::size_t>(points) * width)
+        f.Fail("the map has " + std::to_string(map.values.size()) + " values; the mesh has " +
+               std::to_string(points) + " points" +
+               (width > 1 ? " and the map " + std::to_string(width) + " per point" : std::string()));
+      node.maps.push_back(std::move(map));
+    }
+  }
+
+  // Nodes a node depends on: its input and the node outputs it connects.
+  std::vector<std::size_t> Dependencies(const NodeSpec& node) const {
+    std::vector<std::size_t> out;
+    if (scene_.FindNode(node.input) != nullptr) out.push_back(scene_.index.at(node.input));
+    for (const ConnectionSpec& c : node.connections)
+      if (scene_.FindNode(c.source) != nullptr) out.push_back(scene_.index.at(c.source));
+    return out;
+  }
+
+  // Depth-first order; a node met again while on the path closes a cycle.
+  std::vector<std::size_t> TopologicalOrder(const Field& field) const {
+    const std::size_t n = scene_.nodes.size();
+    std::vector<int> state(n, 0);  // 0 unseen, 1 on the path, 2 done
+    std::vector<std::size_t> order, path;
+    std::function<void(std::size_t)> visit = [&](std::size_t i) {
+      if (state[i] == 2) return;
+      if (state[i] == 1) {
+        std::string cycle;
+        const auto from = std::find(path.begin(), path.end(), i);
+        for (auto it = from; it != path.end(); ++it) cycle += scene_.nodes[*it].name + " -> ";
+        field.Fail("a cycle of connections: " + cycle + scene_.nodes[i].name);
+      }
+      state[i] = 1;
+      path.push_back(i);
+      for (std::size_t d : Dependencies(scene_.nodes[i])) visit(d);
+      path.pop_back();
+      state[i] = 2;
+      order.push_back(i);
+    };
+    for (std::size_t i = 0; i < n; ++i) visit(i);
+    return order;
+  }
+
+  void OrderNodesCheckOnly(const Field& field) {
+    if (!inputs_checked_) TopologicalOrder(field);
+    inputs_checked_ = true;
+  }
+
+  void OrderNodes(const Field& field) {
+    const std::vector<std::size_t> order = TopologicalOrder(field);
+    std::vector<NodeSpec> nodes;
+    for (std::size_t i : order) nodes.push_back(std::move(scene_.nodes[i]));
+    scene_.nodes = std::move(nodes);
+    for (std::size_t i = 0; i < scene_.nodes.size(); ++i) scene_.index[scene_.nodes[i].name] = i;
+  }
+
+  const std::string& path_;
+  Scene& scene_;
+  bool inputs_checked_ = false;
+};
+
+}  // namespace
+
+bool ReadMapFile(const std::string& path, std::vector<float>& values, std::string& error) {
+  std::ifstream in(path);
+  if (!in) {
+    error = path + ": cannot open the map file";
+    return false;
+  }
+  std::vector<float> out;
+  std::string line;
+  for (std::size_t number = 1; std::getline(in, line); ++number) {
+    const std::size_t hash = line.find('#');
+    if (hash != std::string::npos) line.resize(hash);
+    std::replace(line.begin(), line.end(), ',', ' ');
+    std::istringstream words(line);
+    std::string word;
+    while (words >> word) {
+      char* end = nullptr;
+      const double value = std::strtod(word.c_str(), &end);
+      if (end == word.c_str() || *end != '\0' || !std::isfinite(value)) {
+        error = path + ": line " + std::to_string(number) + ": \"" + word + "\" is not a number";
+        return false;
+      }
+      out.push_back(static_cast<float>(value));
+    }
+  }
+  values = std::move(out);
+  return true;
+}
+
+bool ReadScene(const std::string& path, Scene& scene, std::string& error) {
+  Scene result;
+  result.path = path;
+  try {
+    SceneReader(path, result).Read();
+  } catch (const SceneFault& fault) {
+    error = fault.message;
+    return false;
+  }
+  scene = std::move(result);
+  return true;
+}
+
+}  // namespace myo_app

@@ -1,0 +1,117 @@
+// The myoforge command end to end: the bundled example runs and writes its
+// results, the same scene gives the same bytes whatever the threads, bad
+// scenes fail with one line and leave nothing behind, and the listings come
+// from the attribute tables.
+
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+
+#include <cstring>
+#include <filesystem>
+
+#include "support/command_runner.h"
+
+namespace {
+
+using myo_test::ListFiles;
+using myo_test::ReadFile;
+using myo_test::RunCommand;
+
+const std::string kBinary = MYOFORGE_BINARY;
+const std::string kForearm = std::string(MYO_EXAMPLES_DIR) + "/forearm/forearm.json";
+
+TEST(MyoforgeCommand, ForearmRunsWritesEveryFrameAndRepeatsBitForBit) {
+  myo_test::TemporaryDirectory one, two;
+  const auto first = RunCommand(kBinary, "run '" + kForearm + "' -q -t 1 -o '" + one.path() + "'");
+  ASSERT_EQ(first.exit_code, 0) << first.err;
+  EXPECT_EQ(first.out, "");
+  const auto second = RunCommand(kBinary, "run '" + kForearm + "' -t 2 -o '" + two.path() + "'");
+  ASSERT_EQ(second.exit_code, 0) << second.err;
+  EXPECT_EQ(second.out, "Wrote 96 frames of 2 nodes to " + two.path() + " (summary.json, figures.csv)\n");
+  EXPECT_EQ(second.err, "");  // no progress bar when standard error is not a terminal
+
+  const std::string files = ListFiles(one.path());
+  EXPECT_EQ(files, ListFiles(two.path()));
+  EXPECT_NE(files.find("biceps/biceps.0001.obj\n"), std::string::npos);
+  EXPECT_NE(files.find("skin/skin.0096.obj\n"), std::string::npos);
+  EXPECT_EQ(files.find("biceps.0000.obj"), std::string::npos);  // preroll frames are simulated, not written
+  EXPECT_EQ(files.find(".partial"), std::string::npos);
+  for (const char* frame : {"biceps/biceps.0001.obj", "biceps/biceps.0050.obj", "skin/skin.0096.obj"})
+    EXPECT_EQ(ReadFile(one.File(frame)), ReadFile(two.File(frame))) << frame;
+
+  // The skin keeps the texture coordinates of its input.
+  const std::string skin = ReadFile(one.File("skin/skin.0050.obj"));
+  EXPECT_NE(skin.find("\nvt "), std::string::npos);
+  EXPECT_NE(skin.find("\nf 1/1 2/2 34/34 33/33\n"), std::string::npos);
+
+  const auto summary = nlohmann::json::parse(ReadFile(one.File("summary.json")));
+  EXPECT_EQ(summary["frames_simulated"], 108);
+  EXPECT_EQ(summary["nodes"][0]["name"], "biceps");
+  EXPECT_EQ(summary["nodes"][0]["steps"], 96);
+  EXPECT_NEAR(summary["nodes"][0]["min_volume_ratio"].get<double>(), 1.0, 0.05);
+  const std::string csv = ReadFile(one.File("figures.csv"));
+  EXPECT_EQ(csv.rfind("frame,node,stepped,evaluate_ms,iterations,volume_ratio,max_speed\n0001,biceps,1,", 0), 0u);
+}
+
+TEST(MyoforgeCommand, PointCacheHoldsEveryFrame) {
+  myo_test::TemporaryDirectory out;
+  const auto run = RunCommand(kBinary, "run '" + kForearm + "' -q -f pc2 -o '" + out.path() + "'");
+  ASSERT_EQ(run.exit_code, 0) << run.err;
+  EXPECT_EQ(ListFiles(out.path()), "biceps.pc2\nfigures.csv\nskin.pc2\nsummary.json\n");
+  const std::string cache = ReadFile(out.File("biceps.pc2"));
+  ASSERT_GE(cache.size(), 32u);
+  EXPECT_EQ(std::memcmp(cache.data(), "POINTCACHE2\0", 12), 0);
+  int32_t points = 0, samples = 0;
+  std::memcpy(&points, cache.data() + 16, 4);
+  std::memcpy(&samples, cache.data() + 28, 4);
+  EXPECT_EQ(points, 986);
+  EXPECT_EQ(samples, 96);
+  EXPECT_EQ(cache.size(), 32u + 96u * 986u * 12u);
+}
+
+TEST(MyoforgeCommand, InvalidScenesFailWithOneLineAndWriteNothing) {
+  myo_test::TemporaryDirectory dir;
+  dir.Write("bad.json", "{\"timeline\": {\"start\": 1, \"end\": 4}, \"nodes\": [{\"name\": \"m\", \"type\": "
+                        "\"MyoMuscle\", \"input\": \"nothing\"}]}");
+  const std::string out = dir.File("out");
+  const auto result = RunCommand(kBinary, "run '" + dir.File("bad.json") + "' -o '" + out + "'");
+  EXPECT_EQ(result.exit_code, 3);
+  EXPECT_EQ(result.err, "myoforge: " + dir.File("bad.json") +
+                            ": nodes[0].input: \"nothing\" is not a mesh or node of the scene\n");
+  EXPECT_FALSE(std::filesystem::exists(out));
+  const auto validate = RunCommand(kBinary, "validate '" + dir.File("bad.json") + "'");
+  EXPECT_EQ(validate.exit_code, 3);
+  const auto valid = RunCommand(kBinary, "validate '" + kForearm + "'");
+  EXPECT_EQ(valid.exit_code, 0) << valid.err;
+  EXPECT_EQ(valid.out, kForearm + ": valid: 2 nodes, 4 meshes, 2 transforms, frames -11 to 96\n");
+}
+
+TEST(MyoforgeCommand, FailureWhileRunningLeavesNoPartialFile) {
+  myo_test::TemporaryDirectory dir;
+  dir.Write("blocked", "a file where the output directory should be");
+  const auto result = RunCommand(kBinary, "run '" + kForearm + "' -q -o '" + dir.File("blocked") + "/out'");
+  EXPECT_EQ(result.exit_code, 4);
+  EXPECT_NE(result.err.find(dir.File("blocked") + "/out: cannot create the output directory"), std::string::npos);
+  EXPECT_EQ(ListFiles(dir.path()), "blocked\n");
+}
+
+TEST(MyoforgeCommand, ListingsAndUsage) {
+  const auto nodes = RunCommand(kBinary, "nodes");
+  EXPECT_EQ(nodes.exit_code, 0);
+  EXPECT_EQ(nodes.out.rfind("MyoMuscle ", 0), 0u);
+  const auto skin = RunCommand(kBinary, "attributes MyoSkin");
+  EXPECT_EQ(skin.exit_code, 0);
+  EXPECT_NE(skin.out.find("\nhardConstraints                     hc      float     1 "), std::string::npos) << skin.out;
+  EXPECT_NE(skin.out.find("\nenvelope                            en      float     1                     0..1"),
+            std::string::npos);
+  EXPECT_EQ(RunCommand(kBinary, "attributes MyoCloth").exit_code, 2);
+  EXPECT_EQ(RunCommand(kBinary, "").exit_code, 2);
+  EXPECT_EQ(RunCommand(kBinary, "run").exit_code, 2);
+  EXPECT_EQ(RunCommand(kBinary, "run x.json --threads 0").exit_code, 2);
+  const auto help = RunCommand(kBinary, "run --help");
+  EXPECT_EQ(help.exit_code, 0);
+  EXPECT_NE(help.out.find("--format"), std::string::npos);
+}
+
+}  // namespace

@@ -1,0 +1,202 @@
+// Reading and checking scene files: a valid scene resolves names, units and
+// maps; every kind of fault stops the read with one line naming the file,
+// the field or line, and what is wrong.
+
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+
+#include "app/scene/scene_reader.h"
+#include "support/command_runner.h"
+
+namespace {
+
+using nlohmann::json;
+
+// A closed tetrahedron: four points, four triangles.
+const char* kTetrahedron =
+    "v 0 0 0\nv 1 0 0\nv 0 1 0\nv 0 0 1\n"
+    "f 1 3 2\nf 1 2 4\nf 1 4 3\nf 2 3 4\n";
+
+class SceneReaderTest : public ::testing::Test {
+ protected:
+  SceneReaderTest() {
+    dir_.Write("meshes/body.obj", kTetrahedron);
+    dir_.Write("meshes/bone.obj", kTetrahedron);
+    scene_ = json::parse(R"({
+      "timeline": {"start": 1, "end": 10, "preroll": -4, "fps": 25},
+      "transforms": [{"name": "root", "keys": [{"frame": 1, "translate": [1, 2, 3]}]},
+                     {"name": "tip", "parent": "root", "keys": [{"frame": 1, "rotate": [0, 0, 90]}]}],
+      "meshes": [{"name": "body", "file": "meshes/body.obj"},
+                 {"name": "bone", "file": "meshes/bone.obj", "parent": "root"}],
+      "nodes": [{"name": "skin", "type": "MyoSkin", "input": "body",
+                 "connections": {"referenceMesh": "muscle", "referenceMatrix": "root"},
+                 "maps": [{"name": "hc", "values": [1, 0.5, 0.25, 0]}]},
+                {"name": "muscle", "type": "MyoMuscle", "input": "body",
+                 "attributes": {"it": 4, "material": "Tendon", "activation": {"keys": [[1, 0], [5, 1]]},
+                                "startTime": 3},
+                 "connections": {"attachmentConstraintsList[2].attachmentMatrix": "tip",
+                                 "targets[0].targetWorldMesh": "bone", "targets[0].targetWorldMatrix": "root"},
+                 "maps": [{"name": "attachmentConstraints", "set": 2, "value": 1},
+                          {"name": "fibers", "values": [[1, 0, 0], [1, 0, 0], [0, 1, 0], [0, 1, 0]]}]}]
+    })");
+  }
+
+  // Writes the scene and reads it; the error, or "" when it reads.
+  std::string Read() {
+    dir_.Write("scene.json", scene_.dump(2));
+    std::string error;
+    if (myo_app::ReadScene(Path(), result_, error)) return "";
+    return error;
+  }
+  std::string Path() const { return dir_.File("scene.json"); }
+
+  myo_test::TemporaryDirectory dir_;
+  json scene_;
+  myo_app::Scene result_;
+};
+
+TEST_F(SceneReaderTest, ValidSceneResolvesNamesOrderAndValues) {
+  ASSERT_EQ(Read(), "");
+  // The skin reads the muscle's output, so the muscle is evaluated first.
+  ASSERT_EQ(result_.nodes.size(), 2u);
+  EXPECT_EQ(result_.nodes[0].name, "muscle");
+  EXPECT_EQ(result_.nodes[1].name, "skin");
+  const myo_app::NodeSpec& muscle = result_.nodes[0];
+  // Short names are stored under long names; enums by name become numbers.
+  EXPECT_EQ(muscle.attributes.at("iterations").At(1), 4.0);
+  EXPECT_EQ(muscle.attributes.at("material").At(1), 3.0);
+  EXPECT_DOUBLE_EQ(muscle.attributes.at("activation").At(3), 0.5);
+  // Plugs: list, logical index and child by long names.
+  ASSERT_EQ(muscle.connections.size(), 3u);
+  EXPECT_EQ(muscle.connections[0].list, "attachmentConstraintsList");
+  EXPECT_EQ(muscle.connections[0].index, 2u);
+  EXPECT_EQ(muscle.connections[0].attribute, "attachmentMatrix");
+  // Maps: the list that holds them, the set, and vector components.
+  ASSERT_EQ(muscle.maps.size(), 2u);
+  EXPECT_EQ(muscle.maps[0].list, "attachmentConstraintsList");
+  EXPECT_EQ(muscle.maps[0].set, 2u);
+  EXPECT_EQ(muscle.maps[0].values, std::vector<float>(4, 1.0f));
+  EXPECT_EQ(muscle.maps[1].list, "fibersList");
+  EXPECT_EQ(muscle.maps[1].values.size(), 12u);
+  EXPECT_EQ(result_.nodes[1].maps[0].element, "hardConstraints");
+  // A mesh under a transform, and a child transform under its parent.
+  const myo_app::Matrix4d world = result_.WorldMatrix("tip", 1);
+  EXPECT_NEAR(world[1], 1.0, 1e-12);  // x turns into y
+  EXPECT_DOUBLE_EQ(world[12], 1.0);
+  EXPECT_DOUBLE_EQ(world[14], 3.0);
+  EXPECT_EQ(result_.BaseMesh(result_.nodes[1])->name, "body");
+}
+
+TEST_F(SceneReaderTest, MalformedFilesNameTheFileAndWhere) {
+  dir_.Write("scene.json", "{\n  \"timeline\": {\"start\": 1,,\n}");
+  std::string error;
+  EXPECT_FALSE(myo_app::ReadScene(Path(), result_, error));
+  EXPECT_EQ(error.rfind(Path() + ": line 2, column 27: invalid JSON: syntax error", 0), 0u) << error;
+
+  EXPECT_FALSE(myo_app::ReadScene(dir_.File("missing.json"), result_, error));
+  EXPECT_EQ(error, dir_.File("missing.json") + ": cannot open the scene file");
+
+  scene_["meshes"][0]["file"] = "meshes/none.obj";
+  EXPECT_NE(Read().find(dir_.File("meshes/none.obj")), std::string::npos);
+
+  dir_.Write("meshes/body.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 7\n");
+  scene_["meshes"][0]["file"] = "meshes/body.obj";
+  EXPECT_EQ(Read(), Path() + ": meshes[0].file: " + dir_.File("meshes/body.obj") +
+                        ": face 1: vertex index 7 is out of range (the file has 3)");
+}
+
+TEST_F(SceneReaderTest, AttributesAreCheckedAgainstTheNodeTable) {
+  const std::string node = Path() + ": nodes[1].attributes.";
+  scene_["nodes"][1]["attributes"].erase("it");
+  scene_["nodes"][1]["attributes"]["stiffnes"] = 1;
+  EXPECT_EQ(Read(), node + "stiffnes: unknown attribute of MyoMuscle");
+  scene_["nodes"][1]["attributes"].erase("stiffnes");
+
+  scene_["nodes"][1]["attributes"]["iterations"] = 0;
+  EXPECT_EQ(Read(), node + "iterations: 0 is below the minimum 1");
+  scene_["nodes"][1]["attributes"]["iterations"] = 2.5;
+  EXPECT_EQ(Read(), node + "iterations: expected a whole number");
+  scene_["nodes"][1]["attributes"]["iterations"] = "ten";
+  EXPECT_EQ(Read(), node + "iterations: expected a number");
+  scene_["nodes"][1]["attributes"].erase("iterations");
+
+  scene_["nodes"][1]["attributes"]["material"] = "Steel";
+  EXPECT_NE(Read().find(node + "material: \"Steel\" is not one of \"Fat\" (0)"), std::string::npos);
+  scene_["nodes"][1]["attributes"]["material"] = 1;
+
+  scene_["nodes"][1]["attributes"]["activation"] = json::parse(R"({"keys": [[1, 0], [5, 1.5]]})");
+  EXPECT_EQ(Read(), node + "activation.keys[1][1]: 1.5 is above the maximum 1");
+  scene_["nodes"][1]["attributes"]["activation"] = json::parse(R"({"keys": [[5, 0], [5, 1]]})");
+  EXPECT_EQ(Read(), node + "activation.keys[1]: keyframes out of order: frame 5 follows frame 5");
+  scene_["nodes"][1]["attributes"]["activation"] = 0.5;
+
+  scene_["nodes"][1]["attributes"]["attenuationMatrix"] = 1;
+  EXPECT_EQ(Read(), node + "attenuationMatrix: a matrix attribute takes a connection, not a value");
+  scene_["nodes"][1]["attributes"].erase("attenuationMatrix");
+  scene_["nodes"][1]["attributes"]["tendons"] = 1;
+  EXPECT_EQ(Read(), node + "tendons: a per-point attribute: give it as a map in \"maps\"");
+  scene_["nodes"][1]["attributes"].erase("tendons");
+  scene_["nodes"][1]["attributes"]["iterations"] = 3;
+  scene_["nodes"][1]["attributes"]["it"] = 3;
+  EXPECT_EQ(Read(), node + "iterations: \"iterations\" is set twice (by its long and its short name)");
+}
+
+TEST_F(SceneReaderTest, MapsMustFitTheirMesh) {
+  const std::string maps = Path() + ": nodes[0].maps[0]";
+  scene_["nodes"][0]["maps"][0]["values"] = {1, 1, 1};
+  EXPECT_EQ(Read(), maps + ": the map has 3 values; the mesh has 4 points");
+  scene_["nodes"][0]["maps"][0] = json::parse(R"({"name": "hardConstraints", "file": "maps/hard.txt"})");
+  dir_.Write("maps/hard.txt", "# hard\n1 1\n0.5, x\n");
+  EXPECT_EQ(Read(), maps + ".file: " + dir_.File("maps/hard.txt") + ": line 3: \"x\" is not a number");
+  dir_.Write("maps/hard.txt", "# hard\n1 1\n0.5, 0.25 # last\n");
+  EXPECT_EQ(Read(), "");
+  EXPECT_EQ(result_.nodes[1].maps[0].values, (std::vector<float>{1, 1, 0.5f, 0.25f}));
+
+  scene_["nodes"][0]["maps"][0] = json::parse(R"({"name": "hardConstraints", "set": 1, "value": 1})");
+  EXPECT_EQ(Read(), maps + ".set: \"hardConstraints\" has one set per deformed mesh: use set 0");
+  scene_["nodes"][0]["maps"][0] = json::parse(R"({"name": "enable", "value": 1})");
+  EXPECT_EQ(Read(), maps + ".name: \"enable\" is not a per-point map of MyoSkin");
+  scene_["nodes"][0]["maps"][0] = json::parse(R"({"name": "hc", "value": 1, "values": [1, 1, 1, 1]})");
+  EXPECT_EQ(Read(), maps + ": give exactly one of \"values\", \"value\" and \"file\"");
+}
+
+TEST_F(SceneReaderTest, ConnectionsAndTheGraphAreChecked) {
+  json& muscle = scene_["nodes"][1];
+  const std::string connections = Path() + ": nodes[1].connections.";
+  muscle["connections"]["attachmentMatrix"] = "tip";
+  EXPECT_EQ(Read(), connections +
+                        "attachmentMatrix: needs an index: connect \"attachmentConstraintsList[0].attachmentMatrix\"");
+  muscle["connections"].erase("attachmentMatrix");
+  muscle["connections"]["targets[1].targetWorldMesh"] = "root";
+  EXPECT_EQ(Read(), connections + "targets[1].targetWorldMesh: a mesh attribute takes a mesh or a node, and "
+                                  "\"root\" is a transform");
+  muscle["connections"].erase("targets[1].targetWorldMesh");
+  muscle["connections"]["attenuationMatrix"] = "nowhere";
+  EXPECT_EQ(Read(), connections + "attenuationMatrix: \"nowhere\" is not in the scene");
+  muscle["connections"].erase("attenuationMatrix");
+
+  // The muscle slides on the skin's output while the skin rides the muscle.
+  muscle["connections"]["targets[0].targetWorldMesh"] = "skin";
+  EXPECT_EQ(Read(), Path() + ": nodes: a cycle of connections: skin -> muscle -> skin");
+  muscle["connections"]["targets[0].targetWorldMesh"] = "bone";
+
+  scene_["nodes"][0]["connections"].erase("referenceMesh");
+  EXPECT_EQ(Read(), Path() + ": nodes[0]: a MyoSkin needs \"referenceMesh\" connected to a mesh or a node");
+  scene_["nodes"][0]["connections"]["referenceMesh"] = "bone";
+
+  scene_["transforms"][0]["parent"] = "tip";
+  EXPECT_EQ(Read(), Path() + ": transforms[0].parent: a cycle of parents: root -> tip -> root");
+  scene_["transforms"][0].erase("parent");
+  scene_["transforms"][1]["keys"] = json::parse(R"([{"frame": 2}, {"frame": 1}])");
+  EXPECT_EQ(Read(), Path() + ": transforms[1].keys[1].frame: keyframes out of order: frame 1 follows frame 2");
+  scene_["transforms"][1]["keys"] = json::parse(R"([{"frame": 1}])");
+  scene_["meshes"][1]["name"] = "root";
+  EXPECT_EQ(Read(), Path() + ": meshes[1].name: the name \"root\" is used twice");
+  scene_["meshes"][1]["name"] = "bone";
+  scene_["nodes"][1]["type"] = "MyoCloth";
+  EXPECT_EQ(Read(), Path() + ": nodes[1].type: unknown node type \"MyoCloth\" (known: MyoMuscle, MyoRibbonMuscle, "
+                             "MyoSkin)");
+}
+
+}  // namespace
