@@ -1,0 +1,173 @@
+#include "maya/nodes/myo_skin_deformer.h"
+
+#include <maya/MDataHandle.h>
+#include <maya/MFnDependencyNode.h>
+#include <maya/MGlobal.h>
+#include <maya/MPlug.h>
+#include <maya/MPointArray.h>
+
+#include <string>
+
+#include "core/attributes/frame_readers.h"
+#include "core/log/logger.h"
+#include "core/paint/weight_normalization.h"
+#include "core/plugin/plugin_lifecycle.h"
+#include "core/plugin/registration_table.h"
+#include "core/skin/skin_attributes.h"
+#include "core/solver/frame_decision.h"
+#include "maya/plugin/data_block_attributes.h"
+#include "maya/plugin/maya_conversions.h"
+#include "maya/plugin/maya_deformer_host.h"
+#include "maya/plugin/maya_map_port.h"
+#include "maya/plugin/maya_mesh_data.h"
+#include "maya/plugin/node_helpers.h"
+
+const MTypeId MyoSkinDeformer::id(myo_core::kMyoSkinId);
+myo_maya::NodeAttributes MyoSkinDeformer::attributes_;
+
+MyoSkinDeformer::MyoSkinDeformer() = default;
+
+MyoSkinDeformer::~MyoSkinDeformer() {
+  if (attribute_changed_callback_ != 0) MMessage::removeCallback(attribute_changed_callback_);
+}
+
+void* MyoSkinDeformer::creator() { return new MyoSkinDeformer(); }
+
+MStatus MyoSkinDeformer::initialize() {
+  return attributes_.Create(
+      myo_core::SkinAttributes(), [](const MObject& attribute) { return addAttribute(attribute); },
+      [](const MObject& when_changes, const MObject& is_affected) {
+        return attributeAffects(when_changes, is_affected);
+      },
+      outputGeom);
+}
+
+void MyoSkinDeformer::postConstructor() {
+  setDeformationDetails(4);
+  RegisterHelperCleanup();
+  MObject node = thisMObject();
+  attribute_changed_callback_ = MNodeMessage::addAttributeChangedCallback(node, OnSlidingDistanceChanged, this);
+}
+
+MStatus MyoSkinDeformer::deform(MDataBlock& block, MItGeometry& iterator, const MMatrix& local_to_world,
+                                unsigned int multi_index) {
+  myo_maya::DataBlockAttributes source(block, attributes_);
+  myo_core::SkinFrameValues frame;
+  myo_core::ReadSkinFrameValues(source, frame);
+  if (!frame.enable) return MS::kSuccess;  // the input passes through, no time passes for the node
+
+  frame.envelope = block.inputValue(envelope).asFloat();
+  frame.local_to_world = myo_maya::ToCoreMatrix(local_to_world);
+  frame.geometry_index = multi_index;
+
+  myo_maya::MayaDeformerHost host(thisMObject(), block, multi_index);
+
+  // The reference mesh, whole when the solver is built this evaluation and as
+  // points otherwise (its topology stays frozen in the solver). A missing one
+  // is the core deformer's error to report.
+  const bool builds = myo_core::DecideFrame(myo_core::FrameTimesOf(frame, deformer_.last_time(), host,
+                                                                    IsSolverEmpty()))
+                          .initialize;
+  myo_core::MeshData reference;
+  const MObject reference_object = block.inputValue(attributes_["referenceMesh"]).asMesh();
+  if (!reference_object.isNull() && myo_maya::ReadMayaMeshFor(builds, reference_object, reference))
+    frame.reference_mesh = &reference;
+
+  MPointArray points;
+  iterator.allPositions(points, MSpace::kObject);
+  std::vector<double> input(3 * static_cast<size_t>(points.length()));  // 3N
+  for (unsigned i = 0; i < points.length(); ++i) {
+    input[3 * i] = points[i].x;
+    input[3 * i + 1] = points[i].y;
+    input[3 * i + 2] = points[i].z;
+  }
+
+  myo_maya::MayaMapPort maps(thisMObject(), &block, attributes_);
+  std::vector<double> output;  // 3N
+  const myo_core::SkinEvaluation result = deformer_.Evaluate(frame, input, host, maps, output);
+  if (!result.succeeded) return MS::kInvalidParameter;
+
+  for (unsigned i = 0; i < points.length() && 3 * i + 2 < output.size(); ++i)
+    points[i] = MPoint(output[3 * i], output[3 * i + 1], output[3 * i + 2], 1.0);
+  iterator.setAllPositions(points, MSpace::kObject);
+
+  if (result.decision.initialize) {
+    KeepVertexNeighbors();
+    display_weights_ = LiveArray(display_weight_);
+  }
+  return MS::kSuccess;
+}
+
+void MyoSkinDeformer::KeepVertexNeighbors() {
+  const myo_core::SkinNodeState& node = deformer_.node();
+  vertex_neighbors_.assign(node.vertex_neighbor_counts_.size(), {});
+  for (size_t v = 0; v < vertex_neighbors_.size(); ++v) {
+    const auto first = node.vertex_neighbors_.begin() + node.vertex_neighbor_offsets_[v];
+    vertex_neighbors_[v].assign(first, first + node.vertex_neighbor_counts_[v]);
+  }
+}
+
+const std::vector<myo_core::WeightMapInfo>& MyoSkinDeformer::WeightMaps() const {
+  return myo_core::SkinWeightMaps();
+}
+
+const char* MyoSkinDeformer::TypeName() const { return myo_core::kMyoSkinTypeName; }
+
+std::vector<float>* MyoSkinDeformer::LiveArray(int32_t type) {
+  myo_core::SkinSolver& solver = deformer_.solver();
+  // The deformer keeps its maps in its node state, which it shows read-only;
+  // the paint commands write these arrays in place.
+  auto& node = const_cast<myo_core::SkinNodeState&>(deformer_.node());
+  switch (type) {
+    case myo_core::kWeightsHardConstraints: return &solver.uber_constraints_->hard_weights_;
+    case myo_core::kWeightsSoftConstraints: return &solver.uber_constraints_->soft_weights_;
+    case myo_core::kWeightsSlideConstraints: return &solver.uber_constraints_->slide_weights_;
+    case myo_core::kWeightsCompressionResistance: return &node.compression_map_;
+    case myo_core::kWeightsStretchingResistance: return &node.stretching_map_;
+    case myo_core::kWeightsGlobalDamping: return &solver.damping_weights_;
+    case myo_core::kWeightsSlidingDistanceMultiplier: return &node.max_sliding_map_;
+    case myo_core::kWeightsMasses: return &node.masses_map_;
+    case myo_core::kWeightsShapePreservation: return &node.shape_map_;
+    default: return nullptr;
+  }
+}
+
+uint32_t MyoSkinDeformer::SolverInfluences(myo_core::InfluenceKind) { return 0; }
+
+void MyoSkinDeformer::ConsolidateWeights() {
+  myo_core::UberConstraints& uber = *deformer_.solver().uber_constraints_;
+  if (display_weight_ != myo_core::kWeightsHardConstraints && display_weight_ != myo_core::kWeightsSoftConstraints &&
+      display_weight_ != myo_core::kWeightsSlideConstraints) {
+    if (myo_core::FindWeightMap(WeightMaps(), display_weight_) == nullptr)
+      myo_core::ReportDebug(std::string("No implemented display_weight_ type provided in ") + TypeName() +
+                                "::ConsolidateWeights",
+                            "");
+    return;
+  }
+  myo_core::NormalizeUberWeights(uber.hard_weights_, uber.soft_weights_, uber.slide_weights_, GetNumPoints(),
+                                 display_weight_);
+}
+
+uint32_t MyoSkinDeformer::GetNumPoints() { return deformer_.solver().point_count_; }
+
+bool MyoSkinDeformer::IsSolverEmpty() { return deformer_.solver().positions_.empty(); }
+
+// The dialog on a large "maxSlidingDistance": only with a user interface,
+// only for a value set on that plug.
+void MyoSkinDeformer::OnSlidingDistanceChanged(MNodeMessage::AttributeMessage message, MPlug& plug, MPlug&,
+                                               void*) {
+  if ((message & MNodeMessage::kAttributeSet) == 0) return;
+  MStatus status;
+  const MGlobal::MMayaState state = MGlobal::mayaState(&status);
+  if (!status || !myo_core::HasUserInterface(static_cast<int32_t>(state))) return;
+  if (plug.partialName() != "msld") return;
+  MFnDependencyNode fn(plug.node());
+  auto* node = dynamic_cast<MyoSkinDeformer*>(fn.userNode());
+  if (node == nullptr) {
+    myo_core::ReportWarning(
+        "Wrong node obtained when attempting to get max sliding distance information from callback.", "");
+    return;
+  }
+  node->warn_sliding_distance_ =
+      myo_maya::ConfirmAttributeWarning(node->deformer_.mesh_diagonal(), false, node->warn_sliding_distance_, plug);
+}

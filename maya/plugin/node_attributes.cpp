@@ -1,0 +1,167 @@
+#include "maya/plugin/node_attributes.h"
+
+#include <maya/MFnAttribute.h>
+#include <maya/MFnCompoundAttribute.h>
+#include <maya/MFnEnumAttribute.h>
+#include <maya/MFnMatrixAttribute.h>
+#include <maya/MFnNumericAttribute.h>
+#include <maya/MFnNumericData.h>
+#include <maya/MFnTypedAttribute.h>
+#include <maya/MFnUnitAttribute.h>
+#include <maya/MTime.h>
+
+#include <set>
+
+#include "core/log/logger.h"
+#include "maya/plugin/maya_conversions.h"
+
+namespace myo_maya {
+
+using myo_core::AttributeInfo;
+using myo_core::AttributeType;
+
+namespace {
+
+void ApplyNumericLimits(const AttributeInfo& info, MFnNumericAttribute& fn) {
+  if (info.min) fn.setMin(*info.min);
+  if (info.max) fn.setMax(*info.max);
+  if (info.soft_min) fn.setSoftMin(*info.soft_min);
+  if (info.soft_max) fn.setSoftMax(*info.soft_max);
+}
+
+void ApplyFlags(const AttributeInfo& info, MFnAttribute& fn) {
+  if (info.Has(myo_core::kKeyable)) fn.setKeyable(true);
+  if (info.Has(myo_core::kArray)) {
+    fn.setArray(true);
+    fn.setUsesArrayDataBuilder(true);
+  }
+  if (info.Has(myo_core::kReadable)) fn.setReadable(true);
+  if (info.Has(myo_core::kStorable)) fn.setStorable(true);
+  if (info.Has(myo_core::kHidden)) fn.setHidden(true);
+  if (info.Has(myo_core::kUsedAsColor)) fn.setUsedAsColor(true);
+  if (info.disconnect_behavior >= 0)
+    fn.setDisconnectBehavior(static_cast<MFnAttribute::DisconnectBehavior>(info.disconnect_behavior));
+}
+
+MObject CreateNumeric(const AttributeInfo& info, MFnNumericData::Type type, MStatus& status) {
+  MFnNumericAttribute fn;
+  MObject attribute = fn.create(ToMString(info.long_name), ToMString(info.short_name), type, info.Default(), &status);
+  if (status) ApplyNumericLimits(info, fn);
+  return attribute;
+}
+
+}  // namespace
+
+MStatus NodeAttributes::CreateOne(const AttributeInfo& info) {
+  if (attributes_.count(info.long_name) != 0) return MS::kSuccess;
+  const MString long_name = ToMString(info.long_name);
+  const MString short_name = ToMString(info.short_name);
+  MStatus status;
+  MObject attribute;
+
+  // A compound's children exist before the compound.
+  for (const std::string& child : info.children) {
+    const AttributeInfo* child_info = myo_core::FindAttribute(*table_, child);
+    if (child_info == nullptr) {
+      myo_core::LogError("Attribute " + info.long_name + " lists the unknown child " + child + ".");
+      return MS::kFailure;
+    }
+    status = CreateOne(*child_info);
+    if (!status) return status;
+  }
+
+  switch (info.type) {
+    case AttributeType::kBool: attribute = CreateNumeric(info, MFnNumericData::kBoolean, status); break;
+    case AttributeType::kInt: attribute = CreateNumeric(info, MFnNumericData::kInt, status); break;
+    case AttributeType::kFloat: attribute = CreateNumeric(info, MFnNumericData::kFloat, status); break;
+    case AttributeType::kEnum: {
+      MFnEnumAttribute fn;
+      attribute = fn.create(long_name, short_name, static_cast<short>(info.Default()), &status);
+      for (const myo_core::EnumField& field : info.fields)
+        if (status) status = fn.addField(ToMString(field.name), static_cast<short>(field.value));
+      break;
+    }
+    case AttributeType::kTime: {
+      MFnUnitAttribute fn;
+      attribute = fn.create(long_name, short_name, MTime(info.Default(), MTime::kSeconds), &status);
+      break;
+    }
+    case AttributeType::kMatrix: {
+      MFnMatrixAttribute fn;
+      attribute = fn.create(long_name, short_name, MFnMatrixAttribute::kDouble, &status);
+      break;
+    }
+    case AttributeType::kMesh: {
+      MFnTypedAttribute fn;
+      attribute = fn.create(long_name, short_name, MFnData::kMesh, MObject::kNullObj, &status);
+      break;
+    }
+    case AttributeType::kCompound: {
+      MFnCompoundAttribute fn;
+      attribute = fn.create(long_name, short_name, &status);
+      for (const std::string& child : info.children)
+        if (status) status = fn.addChild(attributes_[child]);
+      break;
+    }
+    case AttributeType::kColor: {
+      if (info.children.size() != 3) {
+        status = MS::kFailure;
+        break;
+      }
+      MFnNumericAttribute fn;
+      attribute = fn.create(long_name, short_name, attributes_[info.children[0]], attributes_[info.children[1]],
+                            attributes_[info.children[2]], &status);
+      if (status && info.defaults.size() == 3)
+        fn.setDefault(static_cast<float>(info.defaults[0]), static_cast<float>(info.defaults[1]),
+                      static_cast<float>(info.defaults[2]));
+      break;
+    }
+  }
+  if (!status) {
+    myo_core::LogError("Could not create the attribute " + info.long_name + ".");
+    return status;
+  }
+  MFnAttribute fn(attribute);
+  ApplyFlags(info, fn);
+  attributes_[info.long_name] = attribute;
+  return MS::kSuccess;
+}
+
+MStatus NodeAttributes::Create(const myo_core::AttributeTable& table, const AddFunction& add,
+                               const AffectsFunction& affects, const MObject& output) {
+  table_ = &table;
+  attributes_.clear();
+  std::set<std::string> children;
+  for (const AttributeInfo& info : table)
+    for (const std::string& child : info.children) children.insert(child);
+
+  for (const AttributeInfo& info : table) {
+    MStatus status = CreateOne(info);
+    if (!status) return status;
+  }
+  // Adding a compound adds its children with it.
+  for (const AttributeInfo& info : table) {
+    if (children.count(info.long_name) != 0) continue;
+    MStatus status = add(attributes_[info.long_name]);
+    if (!status) {
+      myo_core::LogError("Could not add the attribute " + info.long_name + ".");
+      return status;
+    }
+  }
+  for (const AttributeInfo& info : table) {
+    if (!info.Has(myo_core::kAffectsOutput)) continue;
+    MStatus status = affects(attributes_[info.long_name], output);
+    if (!status) {
+      myo_core::LogError("Could not make the attribute " + info.long_name + " affect the output geometry.");
+      return status;
+    }
+  }
+  return MS::kSuccess;
+}
+
+const MObject& NodeAttributes::operator[](const std::string& long_name) const {
+  const auto found = attributes_.find(long_name);
+  return found == attributes_.end() ? MObject::kNullObj : found->second;
+}
+
+}  // namespace myo_maya
