@@ -46,6 +46,7 @@ class SkinDeformer {
   const SkinSolver& solver() const { return *solver_; }
   SkinSolver& solver() { return *solver_; }
   const SkinNodeState& node() const { return node_; }
+  SkinNodeState& node() { return node_; }
   float last_time() const { return last_time_; }
   // Diagonal of the reference mesh in world space at the last build; -1 before.
   float mesh_diagonal() const { return mesh_diagonal_; }

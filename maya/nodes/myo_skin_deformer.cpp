@@ -115,9 +115,8 @@ const char* MyoSkinDeformer::TypeName() const { return myo_core::kMyoSkinTypeNam
 
 std::vector<float>* MyoSkinDeformer::LiveArray(int32_t type) {
   myo_core::SkinSolver& solver = deformer_.solver();
-  // The deformer keeps its maps in its node state, which it shows read-only;
-  // the paint commands write these arrays in place.
-  auto& node = const_cast<myo_core::SkinNodeState&>(deformer_.node());
+  // The paint commands write these arrays in place.
+  myo_core::SkinNodeState& node = deformer_.node();
   switch (type) {
     case myo_core::kWeightsHardConstraints: return &solver.uber_constraints_->hard_weights_;
     case myo_core::kWeightsSoftConstraints: return &solver.uber_constraints_->soft_weights_;
