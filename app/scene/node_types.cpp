@@ -2,6 +2,7 @@
 
 #include "core/attributes/attribute_builders.h"
 #include "core/muscle/muscle_attributes.h"
+#include "core/plugin/registration_table.h"
 #include "core/skin/skin_attributes.h"
 
 namespace myo_app {
@@ -12,11 +13,11 @@ using myo_core::AttributeType;
 
 const std::vector<NodeType>& NodeTypes() {
   static const std::vector<NodeType> types = {
-      {"MyoMuscle", NodeKind::kMuscle, &myo_core::MuscleAttributes(),
+      {myo_core::kMyoMuscleTypeName, NodeKind::kMuscle, &myo_core::MuscleAttributes(),
        "closed muscle with fibers, activation, attachments, slides and volume"},
-      {"MyoRibbonMuscle", NodeKind::kRibbonMuscle, &myo_core::RibbonMuscleAttributes(),
+      {myo_core::kMyoRibbonMuscleTypeName, NodeKind::kRibbonMuscle, &myo_core::RibbonMuscleAttributes(),
        "open sheet of muscle, as MyoMuscle without volume"},
-      {"MyoSkin", NodeKind::kSkin, &myo_core::SkinAttributes(),
+      {myo_core::kMyoSkinTypeName, NodeKind::kSkin, &myo_core::SkinAttributes(),
        "skin held on a reference mesh by hard, soft and slide constraints"},
   };
   return types;
