@@ -62,7 +62,7 @@ TEST_F(SceneReaderTest, ValidSceneResolvesNamesOrderAndValues) {
   ASSERT_EQ(result_.nodes.size(), 2u);
   EXPECT_EQ(result_.nodes[0].name, "muscle");
   EXPECT_EQ(result_.nodes[1].name, "skin");
-  const myo_app::NodeSpec& muscle = result_.nodes[0];
+  const myo_app::SceneNode& muscle = result_.nodes[0];
   // Short names are stored under long names; enums by name become numbers.
   EXPECT_EQ(muscle.attributes.at("iterations").At(1), 4.0);
   EXPECT_EQ(muscle.attributes.at("material").At(1), 3.0);

@@ -63,8 +63,8 @@ class SceneRunTest : public ::testing::Test {
 
 TEST_F(SceneRunTest, NodesReadTimesInSecondsKeysAndConnectedMatrices) {
   const myo_app::Scene scene = Read();
-  const myo_app::NodeSpec& inner = *scene.FindNode("inner");
-  const myo_app::NodeSpec& outer = *scene.FindNode("outer");
+  const myo_app::SceneNode& inner = *scene.FindNode("inner");
+  const myo_app::SceneNode& outer = *scene.FindNode("outer");
   const myo_app::SceneAttributeSource at_four(scene, inner, 4);
   EXPECT_DOUBLE_EQ(at_four.Number("currentTime"), 4.0 / 30.0);
   EXPECT_DOUBLE_EQ(at_four.Number("startTime"), 1.0 / 30.0);

@@ -22,10 +22,10 @@ double MaxSpeed(const std::vector<float>& velocities) {
 
 }  // namespace
 
-NodeRunner::NodeRunner(const Scene& scene, const NodeSpec& node)
+NodeRunner::NodeRunner(const Scene& scene, const SceneNode& node)
     : scene_(scene), node_(node), host_(node.name, static_cast<float>(scene.timeline.fps)) {
   output_ = scene.BaseMesh(node)->data;
-  for (const MapSpec& map : node.maps) {
+  for (const SceneMap& map : node.maps) {
     const uint32_t width = map.children.empty() ? 1u : static_cast<uint32_t>(map.children.size());
     maps_.SetAll(map.list, map.element, map.set, map.values, width);
   }
@@ -39,21 +39,21 @@ NodeRunner::NodeRunner(const Scene& scene, const NodeSpec& node)
 NodeRunner::~NodeRunner() = default;
 
 myo_core::Matrix NodeRunner::LocalToWorld(double frame) const {
-  const MeshSpec* base = scene_.BaseMesh(node_);
+  const SceneMesh* base = scene_.BaseMesh(node_);
   return ToFloatMatrix(scene_.WorldMatrix(base->parent, frame));
 }
 
 myo_core::ConnectedMatrices NodeRunner::Connected(const std::string& list, const std::vector<std::string>& children,
                                                   double frame) const {
   // Logical indices with every child connected, ascending.
-  std::map<uint32_t, std::vector<const ConnectionSpec*>> by_index;
-  for (const ConnectionSpec& c : node_.connections)
+  std::map<uint32_t, std::vector<const SceneConnection*>> by_index;
+  for (const SceneConnection& c : node_.connections)
     if (c.list == list) by_index[c.index].push_back(&c);
   myo_core::ConnectedMatrices out;
   for (const auto& [index, connections] : by_index) {
     std::vector<myo_core::Matrix> matrices;
     for (const std::string& child : children)
-      for (const ConnectionSpec* c : connections)
+      for (const SceneConnection* c : connections)
         if (c->attribute == child) matrices.push_back(ToFloatMatrix(scene_.WorldMatrix(c->source, frame)));
     if (matrices.size() != children.size()) continue;
     out.indices.push_back(index);
@@ -65,7 +65,7 @@ myo_core::ConnectedMatrices NodeRunner::Connected(const std::string& list, const
 std::vector<myo_core::TargetInput> NodeRunner::Targets(double frame, const MeshLookup& meshes) const {
   std::map<uint32_t, myo_core::TargetInput> by_index;
   std::map<uint32_t, int> parts;
-  for (const ConnectionSpec& c : node_.connections) {
+  for (const SceneConnection& c : node_.connections) {
     if (c.list != "targets") continue;
     myo_core::TargetInput& target = by_index[c.index];
     target.logical_index = c.index;
@@ -120,7 +120,7 @@ bool NodeRunner::EvaluateSkin(double frame, const MeshLookup& meshes, std::strin
   myo_core::ReadSkinFrameValues(source, values);
   values.envelope = static_cast<float>(source.Number("envelope"));
   values.local_to_world = LocalToWorld(frame);
-  for (const ConnectionSpec& c : node_.connections)
+  for (const SceneConnection& c : node_.connections)
     if (c.attribute == "referenceMesh") values.reference_mesh = meshes(c.source);
   const myo_core::SkinEvaluation result = skin_->Evaluate(values, input_points_, host_, maps_, output_points_);
   figures_.stepped = result.stepped;

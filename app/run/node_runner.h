@@ -32,14 +32,14 @@ using MeshLookup = std::function<const myo_core::MeshData*(const std::string&)>;
 
 class NodeRunner {
  public:
-  NodeRunner(const Scene& scene, const NodeSpec& node);
+  NodeRunner(const Scene& scene, const SceneNode& node);
   ~NodeRunner();
 
   // Evaluates the node at `frame`. False with a message when the deformer
   // fails; the output then keeps its input points.
   bool Evaluate(double frame, bool playing, const MeshLookup& meshes, std::string& error);
 
-  const NodeSpec& spec() const { return node_; }
+  const SceneNode& node() const { return node_; }
   const myo_core::MeshData& output() const { return output_; }
   const NodeFigures& figures() const { return figures_; }
 
@@ -54,7 +54,7 @@ class NodeRunner {
   void TakeOutput(const myo_core::SolverData& solver);
 
   const Scene& scene_;
-  const NodeSpec& node_;
+  const SceneNode& node_;
   myo_core::MapStore maps_;
   SceneHost host_;
   myo_core::MeshData output_;

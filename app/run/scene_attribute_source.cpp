@@ -24,7 +24,7 @@ double SceneAttributeSource::Number(const std::string& long_name) const {
 }
 
 myo_core::Matrix SceneAttributeSource::MatrixValue(const std::string& long_name) const {
-  for (const ConnectionSpec& c : node_.connections)
+  for (const SceneConnection& c : node_.connections)
     if (c.list.empty() && c.attribute == long_name) return ToFloatMatrix(scene_.WorldMatrix(c.source, frame_));
   return myo_core::IdentityMatrix();
 }

@@ -13,7 +13,7 @@ namespace myo_app {
 
 class SceneAttributeSource : public myo_core::AttributeSource {
  public:
-  SceneAttributeSource(const Scene& scene, const NodeSpec& node, double frame)
+  SceneAttributeSource(const Scene& scene, const SceneNode& node, double frame)
       : scene_(scene), node_(node), frame_(frame) {}
 
   double Number(const std::string& long_name) const override;
@@ -21,7 +21,7 @@ class SceneAttributeSource : public myo_core::AttributeSource {
 
  private:
   const Scene& scene_;
-  const NodeSpec& node_;
+  const SceneNode& node_;
   double frame_;
 };
 

@@ -60,7 +60,7 @@ class SceneRun {
       error = options_.output_directory + ": cannot create the output directory: " + ec.message();
       return RunResult::kFailed;
     }
-    for (const NodeSpec& node : scene_.nodes) runners_.push_back(std::make_unique<NodeRunner>(scene_, node));
+    for (const SceneNode& node : scene_.nodes) runners_.push_back(std::make_unique<NodeRunner>(scene_, node));
     for (std::size_t i = 0; i < runners_.size(); ++i) by_name_[scene_.nodes[i].name] = runners_[i].get();
     if (!OpenOutputs(error)) return RunResult::kFailed;
 
@@ -93,14 +93,14 @@ class SceneRun {
     return [this](const std::string& name) -> const myo_core::MeshData* {
       const auto it = by_name_.find(name);
       if (it != by_name_.end()) return &it->second->output();
-      const MeshSpec* mesh = scene_.FindMesh(name);
+      const SceneMesh* mesh = scene_.FindMesh(name);
       return mesh != nullptr ? &mesh->data : nullptr;
     };
   }
 
   bool OpenOutputs(std::string& error) {
     const Timeline& t = scene_.timeline;
-    for (const NodeSpec& node : scene_.nodes) {
+    for (const SceneNode& node : scene_.nodes) {
       if (options_.format == OutputFormat::kPc2) {
         auto cache = std::make_unique<myo_io::PointCacheWriter>();
         const uint32_t points = scene_.BaseMesh(node)->data.PointCount();
@@ -127,9 +127,9 @@ class SceneRun {
         if (!caches_[i]->Append(runner.output().points, error)) return false;
         continue;
       }
-      const std::string& name = runner.spec().name;
+      const std::string& name = runner.node().name;
       const std::string file = (fs::path(Path(name)) / (name + "." + FrameTag(frame) + ".obj")).string();
-      const std::string text = myo_io::ObjText(scene_.BaseMesh(runner.spec())->obj, runner.output().points,
+      const std::string text = myo_io::ObjText(scene_.BaseMesh(runner.node())->obj, runner.output().points,
                                                name + " at frame " + FrameTag(frame));
       if (!myo_io::WriteFileAtomically(file, text, error)) return false;
     }
@@ -144,7 +144,7 @@ class SceneRun {
 
   void Record(double frame, const NodeRunner& runner, std::string& csv) {
     const NodeFigures& f = runner.figures();
-    NodeTotals& totals = totals_[runner.spec().name];
+    NodeTotals& totals = totals_[runner.node().name];
     ++totals.frames;
     totals.steps += f.stepped ? 1 : 0;
     totals.evaluate_ms_sum += f.evaluate_ms;
@@ -154,7 +154,7 @@ class SceneRun {
       totals.min_volume_ratio = std::min(totals.min_volume_ratio, f.volume_ratio);
       totals.max_volume_ratio = std::max(totals.max_volume_ratio, f.volume_ratio);
     }
-    csv += FrameTag(frame) + "," + runner.spec().name + "," + (f.stepped ? "1" : "0") + "," + Csv(f.evaluate_ms) +
+    csv += FrameTag(frame) + "," + runner.node().name + "," + (f.stepped ? "1" : "0") + "," + Csv(f.evaluate_ms) +
            "," + std::to_string(f.iterations) + "," + (f.volume_ratio >= 0.0 ? Csv(f.volume_ratio) : "") + "," +
            Csv(f.max_speed) + "\n";
   }
@@ -162,7 +162,7 @@ class SceneRun {
   nlohmann::json Summary(double seconds) const {
     const Timeline& t = scene_.timeline;
     nlohmann::json nodes = nlohmann::json::array();
-    for (const NodeSpec& node : scene_.nodes) {
+    for (const SceneNode& node : scene_.nodes) {
       const NodeTotals& totals = totals_.at(node.name);
       nlohmann::json entry = {
           {"name", node.name},

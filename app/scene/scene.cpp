@@ -13,18 +13,18 @@ const T* Lookup(const Scene& scene, const std::vector<T>& items, const std::stri
 
 }  // namespace
 
-const TransformSpec* Scene::FindTransform(const std::string& name) const {
+const SceneTransform* Scene::FindTransform(const std::string& name) const {
   return Lookup(*this, transforms, name, SourceKind::kTransform);
 }
 
-const MeshSpec* Scene::FindMesh(const std::string& name) const { return Lookup(*this, meshes, name, SourceKind::kMesh); }
+const SceneMesh* Scene::FindMesh(const std::string& name) const { return Lookup(*this, meshes, name, SourceKind::kMesh); }
 
-const NodeSpec* Scene::FindNode(const std::string& name) const { return Lookup(*this, nodes, name, SourceKind::kNode); }
+const SceneNode* Scene::FindNode(const std::string& name) const { return Lookup(*this, nodes, name, SourceKind::kNode); }
 
-const MeshSpec* Scene::BaseMesh(const NodeSpec& node) const {
-  const NodeSpec* current = &node;
+const SceneMesh* Scene::BaseMesh(const SceneNode& node) const {
+  const SceneNode* current = &node;
   for (std::size_t hops = 0; hops <= nodes.size(); ++hops) {
-    if (const MeshSpec* mesh = FindMesh(current->input)) return mesh;
+    if (const SceneMesh* mesh = FindMesh(current->input)) return mesh;
     current = FindNode(current->input);
     if (current == nullptr) return nullptr;
   }
@@ -33,7 +33,7 @@ const MeshSpec* Scene::BaseMesh(const NodeSpec& node) const {
 
 Matrix4d Scene::WorldMatrix(const std::string& transform, double frame) const {
   Matrix4d world = IdentityMatrix4d();
-  const TransformSpec* current = FindTransform(transform);
+  const SceneTransform* current = FindTransform(transform);
   for (std::size_t hops = 0; current != nullptr && hops <= transforms.size(); ++hops) {
     world = Multiply(world, current->track.LocalAt(frame));
     current = FindTransform(current->parent);

@@ -23,13 +23,13 @@ struct Timeline {
   double fps = 24.0;     // frames per second
 };
 
-struct TransformSpec {
+struct SceneTransform {
   std::string name;
   std::string parent;  // a transform, or empty
   TransformTrack track;
 };
 
-struct MeshSpec {
+struct SceneMesh {
   std::string name;
   std::string file;    // as written in the scene
   std::string parent;  // the transform that places it, or empty
@@ -37,7 +37,7 @@ struct MeshSpec {
   myo_core::MeshData data;
 };
 
-struct MapSpec {
+struct SceneMap {
   std::string list;     // long name of the list attribute
   std::string element;  // long name of the per-point attribute
   std::vector<std::string> children;  // components of a vector map, else empty
@@ -48,7 +48,7 @@ struct MapSpec {
 // One connection into a plug of the node: "attribute" or
 // "list[index].attribute", from a transform (matrices), a mesh or another
 // node's output (meshes).
-struct ConnectionSpec {
+struct SceneConnection {
   std::string plug;        // as written
   std::string attribute;   // long name of the connected attribute
   std::string list;        // long name of its array parent, or empty
@@ -58,29 +58,29 @@ struct ConnectionSpec {
 
 enum class SourceKind { kTransform, kMesh, kNode };
 
-struct NodeSpec {
+struct SceneNode {
   std::string name;
   const NodeType* type = nullptr;
   std::string input;                              // mesh or node deformed by this node
   std::map<std::string, ScalarTrack> attributes;  // by long name, values in the units of the file
-  std::vector<MapSpec> maps;
-  std::vector<ConnectionSpec> connections;
+  std::vector<SceneMap> maps;
+  std::vector<SceneConnection> connections;
 };
 
 struct Scene {
   std::string path;  // the scene file
   Timeline timeline;
-  std::vector<TransformSpec> transforms;
-  std::vector<MeshSpec> meshes;
-  std::vector<NodeSpec> nodes;         // in the order of evaluation
+  std::vector<SceneTransform> transforms;
+  std::vector<SceneMesh> meshes;
+  std::vector<SceneNode> nodes;         // in the order of evaluation
   std::map<std::string, SourceKind> kinds;  // every name and what it is
   std::map<std::string, std::size_t> index;  // every name to its position in its vector
 
-  const TransformSpec* FindTransform(const std::string& name) const;
-  const MeshSpec* FindMesh(const std::string& name) const;
-  const NodeSpec* FindNode(const std::string& name) const;
+  const SceneTransform* FindTransform(const std::string& name) const;
+  const SceneMesh* FindMesh(const std::string& name) const;
+  const SceneNode* FindNode(const std::string& name) const;
   // The mesh a node deforms, following its input through other nodes.
-  const MeshSpec* BaseMesh(const NodeSpec& node) const;
+  const SceneMesh* BaseMesh(const SceneNode& node) const;
   // World matrix of a transform at a frame, through its parents.
   Matrix4d WorldMatrix(const std::string& transform, double frame) const;
 };

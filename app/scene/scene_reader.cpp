@@ -172,12 +172,12 @@ class SceneReader {
       const Field f = field[i];
       ExpectObject(value, f);
       RejectUnknownKeys(value, {"name", "parent", "keys"}, f);
-      TransformSpec spec;
-      spec.name = Text(Require(value, "name", f), f["name"]);
-      if (value.contains("parent")) spec.parent = Text(value["parent"], f["parent"]);
-      if (value.contains("keys")) ReadTransformKeys(value["keys"], f["keys"], spec.track);
-      AddName(spec.name, SourceKind::kTransform, scene_.transforms.size(), f["name"]);
-      scene_.transforms.push_back(std::move(spec));
+      SceneTransform item;
+      item.name = Text(Require(value, "name", f), f["name"]);
+      if (value.contains("parent")) item.parent = Text(value["parent"], f["parent"]);
+      if (value.contains("keys")) ReadTransformKeys(value["keys"], f["keys"], item.track);
+      AddName(item.name, SourceKind::kTransform, scene_.transforms.size(), f["name"]);
+      scene_.transforms.push_back(std::move(item));
     }
   }
 
@@ -218,38 +218,38 @@ class SceneReader {
       const Field f = field[i];
       ExpectObject(value, f);
       RejectUnknownKeys(value, {"name", "file", "parent"}, f);
-      MeshSpec spec;
-      spec.name = Text(Require(value, "name", f), f["name"]);
-      spec.file = Text(Require(value, "file", f), f["file"]);
+      SceneMesh item;
+      item.name = Text(Require(value, "name", f), f["name"]);
+      item.file = Text(Require(value, "file", f), f["file"]);
       if (value.contains("parent")) {
-        spec.parent = Text(value["parent"], f["parent"]);
-        if (scene_.FindTransform(spec.parent) == nullptr)
-          f["parent"].Fail("\"" + spec.parent + "\" is not a transform of the scene");
+        item.parent = Text(value["parent"], f["parent"]);
+        if (scene_.FindTransform(item.parent) == nullptr)
+          f["parent"].Fail("\"" + item.parent + "\" is not a transform of the scene");
       }
-      AddName(spec.name, SourceKind::kMesh, scene_.meshes.size(), f["name"]);
+      AddName(item.name, SourceKind::kMesh, scene_.meshes.size(), f["name"]);
       std::string error;
-      const std::string file = ResolvePath(path_, spec.file);
-      if (!myo_io::ReadObjMesh(file, spec.obj, error)) f["file"].Fail(error);
-      if (spec.obj.polygons.points.empty()) f["file"].Fail(file + ": the mesh has no vertices");
-      if (!myo_core::BuildMeshData(spec.obj.polygons.points, spec.obj.polygons.vertex_counts,
-                                   spec.obj.polygons.vertices, spec.data, error))
+      const std::string file = ResolvePath(path_, item.file);
+      if (!myo_io::ReadObjMesh(file, item.obj, error)) f["file"].Fail(error);
+      if (item.obj.polygons.points.empty()) f["file"].Fail(file + ": the mesh has no vertices");
+      if (!myo_core::BuildMeshData(item.obj.polygons.points, item.obj.polygons.vertex_counts,
+                                   item.obj.polygons.vertices, item.data, error))
         f["file"].Fail(file + ": " + error);
-      scene_.meshes.push_back(std::move(spec));
+      scene_.meshes.push_back(std::move(item));
     }
   }
 
   void CheckTransformParents(const Field& top) {
     for (std::size_t i = 0; i < scene_.transforms.size(); ++i) {
-      const TransformSpec& spec = scene_.transforms[i];
-      if (spec.parent.empty()) continue;
+      const SceneTransform& item = scene_.transforms[i];
+      if (item.parent.empty()) continue;
       const Field f = top["transforms"][i]["parent"];
-      if (scene_.FindTransform(spec.parent) == nullptr)
-        f.Fail("\"" + spec.parent + "\" is not a transform of the scene");
+      if (scene_.FindTransform(item.parent) == nullptr)
+        f.Fail("\"" + item.parent + "\" is not a transform of the scene");
       // Walk up: a chain longer than the transforms is a cycle.
-      std::string current = spec.parent;
-      std::string chain = spec.name + " -> " + spec.parent;
+      std::string current = item.parent;
+      std::string chain = item.name + " -> " + item.parent;
       for (std::size_t hops = 0; !current.empty(); ++hops) {
-        if (current == spec.name) f.Fail("a cycle of parents: " + chain);
+        if (current == item.name) f.Fail("a cycle of parents: " + chain);
         if (hops > scene_.transforms.size()) break;
         current = scene_.FindTransform(current)->parent;
         if (!current.empty()) chain += " -> " + current;
@@ -265,15 +265,15 @@ class SceneReader {
       ExpectObject(list[i], field[i]);
       const std::string name = Text(Require(list[i], "name", field[i]), field[i]["name"]);
       AddName(name, SourceKind::kNode, i, field[i]["name"]);
-      NodeSpec spec;
-      spec.name = name;
-      scene_.nodes.push_back(std::move(spec));
+      SceneNode item;
+      item.name = name;
+      scene_.nodes.push_back(std::move(item));
     }
     for (std::size_t i = 0; i < list.size(); ++i) ReadNodeHead(list[i], field[i], scene_.nodes[i]);
     for (std::size_t i = 0; i < list.size(); ++i) ReadNodeBody(list[i], field[i], scene_.nodes[i]);
   }
 
-  void ReadNodeHead(const json& value, const Field& f, NodeSpec& node) {
+  void ReadNodeHead(const json& value, const Field& f, SceneNode& node) {
     RejectUnknownKeys(value, {"name", "type", "input", "attributes", "maps", "connections"}, f);
     const std::string type = Text(Require(value, "type", f), f["type"]);
     node.type = FindNodeType(type);
@@ -289,20 +289,20 @@ class SceneReader {
     if (node.input == node.name) f["input"].Fail("a node cannot deform its own output");
   }
 
-  void ReadNodeBody(const json& value, const Field& f, NodeSpec& node) {
+  void ReadNodeBody(const json& value, const Field& f, SceneNode& node) {
     // Input chains are checked for cycles before the base mesh is asked for.
     OrderNodesCheckOnly(f);
-    const MeshSpec* base = scene_.BaseMesh(node);
+    const SceneMesh* base = scene_.BaseMesh(node);
     if (value.contains("attributes")) ReadAttributes(value["attributes"], f["attributes"], node);
     if (value.contains("connections")) ReadConnections(value["connections"], f["connections"], node);
     if (value.contains("maps")) ReadMaps(value["maps"], f["maps"], node, base->data.PointCount());
     if (node.type->kind == NodeKind::kSkin &&
         std::none_of(node.connections.begin(), node.connections.end(),
-                     [](const ConnectionSpec& c) { return c.attribute == "referenceMesh"; }))
+                     [](const SceneConnection& c) { return c.attribute == "referenceMesh"; }))
       f.Fail("a MyoSkin needs \"referenceMesh\" connected to a mesh or a node");
   }
 
-  void ReadAttributes(const json& object, const Field& field, NodeSpec& node) {
+  void ReadAttributes(const json& object, const Field& field, SceneNode& node) {
     ExpectObject(object, field);
     for (const auto& item : object.items()) {
       const Field f = field[item.key()];
@@ -396,12 +396,12 @@ class SceneReader {
     return out.str();
   }
 
-  void ReadConnections(const json& object, const Field& field, NodeSpec& node) {
+  void ReadConnections(const json& object, const Field& field, SceneNode& node) {
     ExpectObject(object, field);
     std::set<std::string> plugs;
     for (const auto& item : object.items()) {
       const Field f = field[item.key()];
-      ConnectionSpec connection = ParsePlug(item.key(), *node.type, f);
+      SceneConnection connection = ParsePlug(item.key(), *node.type, f);
       connection.source = Text(item.value(), f);
       const std::string key = connection.list + "[" + std::to_string(connection.index) + "]." + connection.attribute;
       if (!plugs.insert(key).second) f.Fail("the plug is connected twice");
@@ -418,8 +418,8 @@ class SceneReader {
   }
 
   // "attribute" or "list[index].attribute", by long or short names.
-  ConnectionSpec ParsePlug(const std::string& plug, const NodeType& type, const Field& f) {
-    ConnectionSpec c;
+  SceneConnection ParsePlug(const std::string& plug, const NodeType& type, const Field& f) {
+    SceneConnection c;
     c.plug = plug;
     std::string attribute = plug;
     const std::size_t open = plug.find('[');
@@ -454,7 +454,7 @@ class SceneReader {
     return c;
   }
 
-  void ReadMaps(const json& list, const Field& field, NodeSpec& node, uint32_t points) {
+  void ReadMaps(const json& list, const Field& field, SceneNode& node, uint32_t points) {
     ExpectArray(list, field);
     std::set<std::pair<std::string, uint32_t>> seen;
     for (std::size_t i = 0; i < list.size(); ++i) {
@@ -466,7 +466,7 @@ class SceneReader {
       const AttributeInfo* element = FindNodeAttribute(*node.type, name);
       const AttributeInfo* list_info = element ? FindMapList(*node.type, element->long_name) : nullptr;
       if (list_info == nullptr) f["name"].Fail("\"" + name + "\" is not a per-point map of " + node.type->name);
-      MapSpec map;
+      SceneMap map;
       map.list = list_info->long_name;
       map.element = element->long_name;
       if (element->type == AttributeType::kCompound) map.children = element->children;
@@ -506,10 +506,10 @@ class SceneReader {
   }
 
   // Nodes a node depends on: its input and the node outputs it connects.
-  std::vector<std::size_t> Dependencies(const NodeSpec& node) const {
+  std::vector<std::size_t> Dependencies(const SceneNode& node) const {
     std::vector<std::size_t> out;
     if (scene_.FindNode(node.input) != nullptr) out.push_back(scene_.index.at(node.input));
-    for (const ConnectionSpec& c : node.connections)
+    for (const SceneConnection& c : node.connections)
       if (scene_.FindNode(c.source) != nullptr) out.push_back(scene_.index.at(c.source));
     return out;
   }
@@ -545,7 +545,7 @@ class SceneReader {
 
   void OrderNodes(const Field& field) {
     const std::vector<std::size_t> order = TopologicalOrder(field);
-    std::vector<NodeSpec> nodes;
+    std::vector<SceneNode> nodes;
     for (std::size_t i : order) nodes.push_back(std::move(scene_.nodes[i]));
     scene_.nodes = std::move(nodes);
     for (std::size_t i = 0; i < scene_.nodes.size(); ++i) scene_.index[scene_.nodes[i].name] = i;
