@@ -149,19 +149,13 @@ MStatus MyoMuscleFamilyNode<Solver>::deform(MDataBlock& block, MItGeometry& iter
 
   MPointArray points;
   iterator.allPositions(points, MSpace::kObject);
-  std::vector<double> input(3 * static_cast<size_t>(points.length()));  // 3N
-  for (unsigned i = 0; i < points.length(); ++i) {
-    input[3 * i] = points[i].x;
-    input[3 * i + 1] = points[i].y;
-    input[3 * i + 2] = points[i].z;
-  }
+  const std::vector<double> input = myo_maya::ToFlatPoints(points);  // 3N
 
   myo_maya::MayaMapPort maps(thisMObject(), &block, attributes_);
   std::vector<double> output;  // 3N
   const myo_core::MuscleEvaluation result = deformer_.Evaluate(frame, input, host, maps, output);
 
-  for (unsigned i = 0; i < points.length() && 3 * i + 2 < output.size(); ++i)
-    points[i] = MPoint(output[3 * i], output[3 * i + 1], output[3 * i + 2], 1.0);
+  myo_maya::FromFlatPoints(output, points);
   iterator.setAllPositions(points, MSpace::kObject);
 
   if (result.current_influence != frame.current_influence)

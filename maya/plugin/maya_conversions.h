@@ -32,8 +32,29 @@ inline myo_core::Matrix ToCoreMatrix(const MFloatMatrix& m) {
 }  // namespace myo_maya
 
 #include <maya/MPlug.h>
+#include <maya/MPointArray.h>
+
+#include <vector>
 
 namespace myo_maya {
+
+// The points of a geometry iterator as the deformer logic takes them: 3N
+// doubles.
+inline std::vector<double> ToFlatPoints(const MPointArray& points) {
+  std::vector<double> flat(3 * static_cast<size_t>(points.length()));
+  for (unsigned i = 0; i < points.length(); ++i) {
+    flat[3 * i] = points[i].x;
+    flat[3 * i + 1] = points[i].y;
+    flat[3 * i + 2] = points[i].z;
+  }
+  return flat;
+}
+
+// Writes 3N doubles back over the points they came from.
+inline void FromFlatPoints(const std::vector<double>& flat, MPointArray& points) {
+  for (unsigned i = 0; i < points.length() && 3 * i + 2 < flat.size(); ++i)
+    points[i] = MPoint(flat[3 * i], flat[3 * i + 1], flat[3 * i + 2], 1.0);
+}
 
 // MPlug::child takes its attribute by non-const reference.
 inline MPlug ChildPlug(const MPlug& plug, const MObject& attribute) {
