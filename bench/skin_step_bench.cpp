@@ -1,6 +1,7 @@
 // Cost of the skin step on square grids of about 10k and 100k points over a
 // reference grid, 3 iterations, with distance, shape and Uber rows (hard,
-// soft and slide blended, Fast sliding), on 1 and 2 threads. The 2-thread
+// soft and slide blended, Fast sliding), on 1 and 2 threads; and of the
+// 100k skin with the default maps on 2 threads. The 2-thread
 // runs report their speed-up over the 1-thread run of the same size. The
 // plug-in's process runs OpenMP with OMP_WAIT_POLICY=PASSIVE; run the
 // benchmark so too, or spinning threads distort the 2-thread figures on a
@@ -11,24 +12,29 @@
 
 #include <map>
 #include <memory>
+#include <utility>
 
 #include "bench/support/loop_clock.h"
 #include "scenes/skin_setup.h"
 
 namespace {
 
-// One assembled skin per grid size, kept across benchmark runs.
-myo_scenes::SkinScene& SkinWithCells(uint32_t cells) {
-  static std::map<uint32_t, std::unique_ptr<myo_scenes::SkinScene>> scenes;
-  auto& scene = scenes[cells];
+// One assembled skin per grid size and kind of maps, kept across benchmark
+// runs: the blended maps above, or the maps as a new node has them (hard 1,
+// soft, slide and shape preservation 0).
+myo_scenes::SkinScene& SkinWithCells(uint32_t cells, bool default_maps = false) {
+  static std::map<std::pair<uint32_t, bool>, std::unique_ptr<myo_scenes::SkinScene>> scenes;
+  auto& scene = scenes[{cells, default_maps}];
   if (!scene) {
     scene = std::make_unique<myo_scenes::SkinScene>();
     myo_scenes::SkinSetupOptions options;
     options.cells = cells;
-    options.hard = 0.6f;
-    options.soft = 0.2f;
-    options.slide = 0.2f;
-    options.shape_preservation = 0.5f;
+    if (!default_maps) {
+      options.hard = 0.6f;
+      options.soft = 0.2f;
+      options.slide = 0.2f;
+      options.shape_preservation = 0.5f;
+    }
     options.max_sliding_distance = 2.0f * options.size / static_cast<float>(cells);  // two cells
     options.thread_count = 2;
     std::string error;
@@ -73,6 +79,23 @@ BENCHMARK(BM_SkinStep)
     ->Args({315, 1})
     ->Args({315, 2})
     ->Unit(benchmark::kMillisecond);
+
+// The skin as it comes out of the box: the default maps, so no shape rows,
+// no sliding search and Uber rows of the hard term alone.
+void BM_SkinStepDefaultMaps(benchmark::State& state) {
+  myo_core::SkinSolver& solver = SkinWithCells(static_cast<uint32_t>(state.range(0)), true).solver;
+  const int saved = omp_get_max_threads();
+  omp_set_num_threads(static_cast<int>(state.range(1)));
+  const myo_bench::LoopClock clock;
+  for (auto _ : state) {
+    myo_core::StepSkin(solver);
+    benchmark::ClobberMemory();
+  }
+  state.counters["ms_per_step"] = clock.Nanoseconds() / state.iterations() * 1e-6;
+  state.counters["points"] = solver.point_count_;
+  omp_set_num_threads(saved);
+}
+BENCHMARK(BM_SkinStepDefaultMaps)->Args({315, 2})->Unit(benchmark::kMillisecond);
 
 // The same steps with the sliding points searched at every iteration.
 void BM_SkinStepQuality(benchmark::State& state) {

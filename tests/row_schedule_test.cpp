@@ -88,3 +88,55 @@ TEST(RowScheduleTest, ScheduledRowsGiveTheBitsOfTableOrder) {
   EXPECT_EQ(0, std::memcmp(table_positions.data(), solver.positions_.data(), 4 * table_positions.size()));
   EXPECT_EQ(0, std::memcmp(table_lambdas.data(), solver.lambdas_.data(), 4 * table_lambdas.size()));
 }
+
+// Windows level runs of rows one after the other: whatever the window, a row
+// comes after every earlier row it shares a point with, no level mixes
+// windows, and a row with a point out of range comes after everything
+// before it. A window of one row is table order itself.
+TEST(RowScheduleTest, WindowsLevelRunsOfRowsOneAfterAnother) {
+  std::mt19937 random(11);
+  std::uniform_int_distribution<int32_t> point(0, 29);
+  std::vector<int32_t> first(300), centre(300), third(300);
+  for (std::size_t r = 0; r < first.size(); ++r) {
+    first[r] = point(random);
+    centre[r] = r % 37 == 5 ? 30 : point(random);  // out of range now and then
+    third[r] = point(random);
+  }
+  const auto shares = [&](std::size_t a, std::size_t b) {
+    for (int32_t p : {first[a], centre[a], third[a]})
+      if (p == first[b] || p == centre[b] || p == third[b]) return true;
+    return false;
+  };
+  for (uint32_t window : {0u, 1u, 7u, 64u, 1000u}) {
+    const RowSchedule schedule = BuildRowSchedule({&first, &centre, &third}, 30, window);
+    ASSERT_EQ(schedule.order.size(), first.size());
+    ASSERT_EQ(schedule.level_offsets.back(), first.size());
+    std::vector<uint32_t> level_of(first.size(), UINT32_MAX);
+    for (std::size_t l = 0; l + 1 < schedule.level_offsets.size(); ++l) {
+      const uint32_t begin = schedule.level_offsets[l], end = schedule.level_offsets[l + 1];
+      ASSERT_LT(begin, end) << "empty level";
+      for (uint32_t k = begin; k < end; ++k) {
+        ASSERT_EQ(level_of[schedule.order[k]], UINT32_MAX) << "row listed twice";
+        level_of[schedule.order[k]] = static_cast<uint32_t>(l);
+        if (window > 0) {
+          EXPECT_EQ(schedule.order[k] / window, schedule.order[begin] / window) << "level " << l;
+        }
+        if (k > begin) {
+          EXPECT_LT(schedule.order[k - 1], schedule.order[k]);  // table order within a level
+        }
+      }
+    }
+    for (std::size_t b = 0; b < first.size(); ++b)
+      for (std::size_t a = 0; a < b; ++a) {
+        if (shares(a, b) || centre[b] == 30 || centre[a] == 30) {
+          EXPECT_LT(level_of[a], level_of[b]) << "rows " << a << ", " << b << " window " << window;
+        }
+        if (window > 0 && a / window < b / window) {
+          EXPECT_LT(level_of[a], level_of[b]);
+        }
+      }
+    if (window == 1) {
+      for (std::size_t k = 0; k < first.size(); ++k) EXPECT_EQ(schedule.order[k], k);
+    }
+  }
+}

@@ -2,15 +2,20 @@
 
 #include <omp.h>
 
+#include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <string>
 #include <vector>
 
+#include "core/kernels/row_schedule.h"
 #include "core/skin/skin_assembly.h"
 #include "core/skin/skin_solver.h"
 #include "core/solver/mass_weights.h"
+#include "core/solver/solver_stages.h"
 #include "scenes/skin_setup.h"
 #include "support/log_capture.h"
+#include "support/ordered_sliding_scan.h"
 #include "support/test_geometry.h"
 #include "support/test_host.h"
 
@@ -63,6 +68,62 @@ std::vector<float> SimulatedPoints(int32_t block_count, int threads) {
   }
   omp_set_num_threads(saved);
   return scene.solver.positions_;
+}
+
+// The step written the plain way, for comparing StepSkin with: each group in
+// table order and point by point, the sliding search as an ordered scan of
+// every candidate, nothing side by side.
+void StraightforwardStep(SkinSolver& solver) {
+  ApplyAttenuation(solver.positions_, solver.previous_positions_, solver.attenuation_matrix_,
+                   solver.previous_attenuation_matrix_, solver.attenuation_velocity_factor_);
+  ApplyDamping(solver.velocities_, solver.positions_, solver.masses_, solver.damping_weights_,
+               solver.global_damping_multiplier_, solver.inertia_damper_);
+  PredictPositions(solver.positions_, solver.velocities_, solver.gravity_, solver.time_step_);
+  const bool has_transform = !IsIdentity(solver.world_matrix_);
+  const DistanceConstraints& distance = *solver.distance_constraints_;
+  const ShapeConstraints& shape = *solver.shape_constraints_;
+  UberConstraints& uber = *solver.uber_constraints_;
+  float* p = solver.positions_.data();
+  float* lambdas = solver.lambdas_.data();
+  if (solver.sliding_constraints_mode_ == 0)
+    myo_test::OrderedSlidingScan(has_transform, solver.positions_, solver.world_matrix_, uber);
+  for (uint32_t iteration = 0; iteration < solver.iterations_; ++iteration) {
+    if (solver.sliding_constraints_mode_ == 1)
+      myo_test::OrderedSlidingScan(has_transform, solver.positions_, solver.world_matrix_, uber);
+    const float* w = distance.inverse_masses_.data();
+    for (uint32_t e = 0; e < distance.RowCount(); ++e) {
+      const uint32_t a = distance.edge_vertices_a_[e], b = distance.edge_vertices_b_[e];
+      SolveDistanceConstraint(distance.lambda_base_ + e, a, b, w[a], w[b], solver.compliance_,
+                              distance.rest_lengths_[e], distance.rest_length_multiplier_,
+                              std::min(1.0f, distance.compression_weights_[e] * distance.compression_multiplier_),
+                              std::min(1.0f, distance.stretching_weights_[e] * distance.stretching_multiplier_), p,
+                              lambdas);
+    }
+    for (uint32_t r = 0; r < shape.RowCount() && !shape.disabled_; ++r) {
+      const uint32_t a = shape.first_points_[r], b = shape.centre_points_[r], c = shape.third_points_[r];
+      const float* v = shape.inverse_masses_.data();
+      SolveShapeConstraint(shape.lambda_base_ + r, a, b, c, v[a], v[b], v[c], shape.group_compliance_,
+                           shape.rest_distances_[r], p, lambdas);
+    }
+    for (uint32_t i = 0; i < solver.point_count_; ++i) {
+      const uint32_t* abc = &uber.triangle_vertices_[3 * i];
+      SolveUberConstraint(uber.lambda_base_ + i, i, abc[0], abc[1], abc[2], uber.polygon_indices_[i],
+                          uber.sliding_inactive_[i], uber.inverse_masses_[i], uber.hard_weights_[i],
+                          uber.soft_weights_[i], uber.slide_weights_[i], solver.compliance_, uber.barycentric_u_[i],
+                          uber.barycentric_v_[i], uber.surface_distances_[i], has_transform, solver.world_matrix_,
+                          solver.world_matrix_inverse_, uber.reference_positions_.data(),
+                          uber.polygon_normals_.data(), uber.local_offsets_.data(), uber.sliding_points_.data(), p,
+                          lambdas);
+    }
+  }
+  UpdateVelocities(solver.time_step_, solver.positions_, solver.previous_positions_, solver.velocities_);
+  std::fill(solver.lambdas_.begin(), solver.lambdas_.end(), 0.0f);
+  solver.previous_positions_ = solver.positions_;
+  solver.previous_attenuation_matrix_ = solver.attenuation_matrix_;
+}
+
+bool SameBits(const std::vector<float>& a, const std::vector<float>& b) {
+  return a.size() == b.size() && std::memcmp(a.data(), b.data(), a.size() * sizeof(float)) == 0;
 }
 
 }  // namespace
@@ -275,4 +336,50 @@ TEST(SkinStepTest, PointsAreBitIdenticalForAnyThreadCountAndRun) {
   options.cells = 30;
   Assemble(options, rest);
   EXPECT_NE(one_thread, rest.mesh.points);
+}
+
+// StepSkin with its lanes, schedules, bounded search and side-by-side search
+// against the plain step: the same bits in Fast and in Quality, with a skin
+// world matrix, on two threads, over a grid with more rows than one window
+// of the schedules and a reference that turns and moves.
+TEST(SkinStepTest, MatchesTheStraightforwardStepBitForBit) {
+  for (int32_t mode : {0, 1}) {
+    SkinSetupOptions options;
+    options.cells = 50;
+    options.hard = 0.5f;
+    options.soft = 0.2f;
+    options.slide = 0.3f;
+    options.shape_preservation = 0.5f;
+    options.max_sliding_distance = 0.45f;
+    options.thread_count = 2;
+    SkinScene fast, plain;
+    Assemble(options, fast);
+    Assemble(options, plain);
+    ASSERT_GT(fast.solver.distance_constraints_->RowCount(), kRowScheduleWindow);
+    ASSERT_GT(fast.solver.shape_constraints_->RowCount(), kRowScheduleWindow);
+    const Matrix world = myo_test::RotationZ(0.2f, {0.3f, -0.1f, 0.2f});
+    for (SkinSolver* solver : {&fast.solver, &plain.solver}) {
+      solver->world_matrix_ = world;
+      solver->world_matrix_inverse_ = InvertMatrix(world);
+    }
+    const int saved = omp_get_max_threads();
+    omp_set_num_threads(2);
+    myo_scenes::SkinFrameSettings frame;
+    frame.sliding_mode = mode;
+    frame.iterations = 3;
+    for (int f = 1; f <= 3; ++f) {
+      const Matrix reference = myo_test::RotationZ(0.04f * f, {0.1f * f, -0.05f * f, 0.0f});
+      myo_scenes::ApplySkinFrame(frame, reference, fast);
+      myo_scenes::ApplySkinFrame(frame, reference, plain);
+      StepSkin(fast.solver);
+      StraightforwardStep(plain.solver);
+    }
+    omp_set_num_threads(saved);
+    EXPECT_TRUE(SameBits(fast.solver.positions_, plain.solver.positions_)) << "mode " << mode;
+    EXPECT_TRUE(SameBits(fast.solver.velocities_, plain.solver.velocities_)) << "mode " << mode;
+    EXPECT_TRUE(
+        SameBits(fast.solver.uber_constraints_->sliding_points_, plain.solver.uber_constraints_->sliding_points_));
+    EXPECT_EQ(fast.solver.uber_constraints_->sliding_inactive_, plain.solver.uber_constraints_->sliding_inactive_);
+    EXPECT_NE(fast.solver.positions_, fast.mesh.points);  // the skin did move
+  }
 }

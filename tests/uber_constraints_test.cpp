@@ -6,10 +6,12 @@
 
 #include <cmath>
 #include <cstring>
+#include <limits>
 #include <vector>
 
 #include "core/kernels/uber_constraints.h"
 #include "scenes/muscle_meshes.h"
+#include "tests/support/ordered_sliding_scan.h"
 #include "tests/support/test_geometry.h"
 
 namespace {
@@ -182,6 +184,86 @@ TEST(UberConstraintsKernel, SlideKeepsTheDistanceFromTheSlidingPointOnlyWhenActi
   ExpectVec(scene.Point(), {1.0f, 0.0f, 1.2f}, 1e-6f);
 }
 
+// Points of every kind side by side, eight to a row of lanes and a tail:
+// weights summing above one, below 1e-6, without mass, with an inactive or
+// active sliding point, on their bound surface point, bound at or near the
+// first corner of their triangle (the frame turns to the second), one with an
+// offset of infinity; through the identity, an affine and a projective
+// world matrix, and from a block start that is not a multiple of eight.
+TEST(UberConstraintsKernel, RowsInLanesGiveTheBitsOfThePointByPointKernel) {
+  const uint32_t n = 45;
+  UberConstraints uber;
+  uber.reference_positions_ = {0, 0, 0, 0, 0.1f, 2, 2, 0, 0, 2, 0.3f, 2, -1, 0.2f, 1};
+  uber.polygon_normals_ = {0, 1, 0, 0.1f, 0.99f, 0};
+  uber.reference_triangles_ = {0, 1, 2, 2, 1, 3, 4, 0, 1};
+  std::vector<float> positions, lambdas(n + 3, 0.0f);
+  for (uint32_t i = 0; i < n; ++i) {
+    const uint32_t t = i % 3;
+    for (int k = 0; k < 3; ++k) uber.triangle_vertices_.push_back(uber.reference_triangles_[3 * t + k]);
+    uber.polygon_indices_.push_back(i % 2);
+    // Bound at the first corner, and within 0.001 of it (0.0004 for triangle 0).
+    const bool at_corner = i % 11 == 4, near_corner = i % 12 == 0;
+    const float u = at_corner ? 1.0f : near_corner ? 0.9998f : 0.1f + 0.013f * static_cast<float>(i % 7);
+    const float v = at_corner || near_corner ? 0.0f : 0.2f + 0.011f * static_cast<float>(i % 5);
+    uber.barycentric_u_.push_back(u);
+    uber.barycentric_v_.push_back(v);
+    uber.surface_distances_.push_back(0.3f + 0.05f * static_cast<float>(i % 4));
+    uber.local_offsets_.insert(uber.local_offsets_.end(), {0.1f * (i % 3), 0.4f, -0.05f * (i % 5)});
+    uber.sliding_points_.insert(uber.sliding_points_.end(), {0.2f * (i % 6), -0.1f, 0.7f});
+    uber.sliding_inactive_.push_back(i % 4 == 1 ? 1 : 0);
+    uber.inverse_masses_.push_back(i % 13 == 6 ? 0.0000005f : 0.5f + 0.1f * (i % 3));
+    const float weights[][3] = {{0.6f, 0.2f, 0.2f}, {1.0f, 1.0f, 1.0f}, {0.7f, 0.2f, 0.3f}, {0.0f, 0.0f, 0.0f},
+                                {0.0f, 1.0f, 0.0f}, {0.0f, 0.0f, 1.0f}, {0.3f, 0.3f, 0.3f}, {0.5f, 0.6f, 0.4f},
+                                {0.0000004f, 0.0000003f, 0.0f}};
+    const float* w = weights[i % 9];
+    uber.hard_weights_.push_back(w[0]);
+    uber.soft_weights_.push_back(w[1]);
+    uber.slide_weights_.push_back(w[2]);
+    positions.insert(positions.end(), {0.1f * static_cast<float>(i % 9), 0.5f + 0.02f * i, 0.3f});
+    lambdas[3 + i] = 0.01f * static_cast<float>(i % 5);
+  }
+  uber.lambda_base_ = 3;
+  // Point 10 sits on its bound surface point; point 21 has an offset of infinity.
+  {
+    const float c = static_cast<float>(1.0 - static_cast<double>(uber.barycentric_u_[10]) -
+                                       static_cast<double>(uber.barycentric_v_[10]));
+    const float* r = uber.reference_positions_.data();
+    const uint32_t* abc = &uber.triangle_vertices_[30];
+    for (int k = 0; k < 3; ++k)
+      positions[30 + k] = r[3 * abc[0] + k] * uber.barycentric_u_[10] + r[3 * abc[1] + k] * uber.barycentric_v_[10] +
+                          r[3 * abc[2] + k] * c;
+    uber.local_offsets_[3 * 21] = std::numeric_limits<float>::infinity();
+  }
+
+  Matrix projective = myo_test::RotationZ(0.3f, {0.5f, -0.2f, 0.1f});
+  projective[3] = 0.05f;
+  const Matrix worlds[] = {myo_core::IdentityMatrix(), myo_test::RotationZ(0.7f, {1.0f, 2.0f, -1.0f}), projective};
+  for (const Matrix& world : worlds) {
+    const bool has_transform = !myo_core::IsIdentity(world);
+    const Matrix inverse = myo_core::InvertMatrix(world);
+    for (uint32_t first : {0u, 5u}) {
+      std::vector<float> by_point = positions, in_lanes = positions;
+      std::vector<float> by_point_lambdas = lambdas, in_lanes_lambdas = lambdas;
+      for (int pass = 0; pass < 2; ++pass) {
+        for (uint32_t i = first; i < n; ++i) {
+          const uint32_t* abc = &uber.triangle_vertices_[3 * i];
+          myo_core::SolveUberConstraint(
+              uber.lambda_base_ + i, i, abc[0], abc[1], abc[2], uber.polygon_indices_[i], uber.sliding_inactive_[i],
+              uber.inverse_masses_[i], uber.hard_weights_[i], uber.soft_weights_[i], uber.slide_weights_[i], 0.001f,
+              uber.barycentric_u_[i], uber.barycentric_v_[i], uber.surface_distances_[i], has_transform, world,
+              inverse, uber.reference_positions_.data(), uber.polygon_normals_.data(), uber.local_offsets_.data(),
+              uber.sliding_points_.data(), by_point.data(), by_point_lambdas.data());
+        }
+        myo_core::SolveUberRows(uber, first, n - first, 0.001f, has_transform, world, inverse, in_lanes.data(),
+                                in_lanes_lambdas.data());
+      }
+      EXPECT_TRUE(SameBits(by_point, in_lanes)) << "first " << first << " transform " << has_transform;
+      EXPECT_TRUE(SameBits(by_point_lambdas, in_lanes_lambdas)) << "first " << first;
+      EXPECT_FALSE(SameBits(by_point, positions));  // the rows did act
+    }
+  }
+}
+
 // ---- Sliding points -------------------------------------------------------
 
 // A reference of loose triangles: triangle k uses vertices 3k to 3k + 2.
@@ -324,6 +406,99 @@ TEST(UberSlidingPoints, MatchesAnOrderedScanOnAnyThreadCount) {
     const Vec3 found = myo_core::Load3(one.sliding_points_.data(), i);
     EXPECT_TRUE(std::memcmp(&found, &best, sizeof(Vec3)) == 0) << "point " << i;
   }
+}
+
+// The search passes over candidates that it can show to be farther than one
+// it measured; whatever it passes over, the winner must be that of measuring
+// them all. Points over a folded reference grid at heights from on the
+// surface to far above, with lists holding every kind of entry: repeats,
+// ids past the end, triangles without area, triangles far out; the same
+// again far from the origin, and points whose coordinates are too large to
+// bound.
+TEST(UberSlidingPoints, PassingOverCandidatesKeepsTheWinnerOfAFullScan) {
+  for (const float offset : {0.0f, 900.0f}) {
+    LooseTriangles mesh;
+    const int cells = 6;
+    const float h = 0.25f;
+    // The grid is flat up to x = 3 cells, then rises: a fold.
+    auto y_of = [](int x) { return x < 3 ? 0.0f : 0.15f * static_cast<float>(x - 2); };
+    for (int x = 0; x < cells; ++x)
+      for (int z = 0; z < cells; ++z) {
+        const Vec3 a{offset + x * h, y_of(x), z * h}, b{offset + (x + 1) * h, y_of(x + 1), z * h};
+        const Vec3 c{offset + x * h, y_of(x), (z + 1) * h}, d{offset + (x + 1) * h, y_of(x + 1), (z + 1) * h};
+        mesh.Add(a, b, c);
+        mesh.Add(c, b, d);
+      }
+    const uint32_t flat = mesh.Add({offset, 0, 0}, {offset + 1, 0, 0}, {offset + 0.5f, 0, 0});  // no area
+    const uint32_t speck = mesh.Add({offset + 0.6f, 0.1f, 0.6f}, {offset + 0.6f, 0.1f, 0.6f},
+                                    {offset + 0.6f, 0.1f, 0.6f});
+    const uint32_t grid_triangles = 2 * cells * cells;
+
+    UberConstraints uber;
+    uber.reference_positions_ = mesh.positions;
+    uber.reference_triangles_ = mesh.triangles;
+    std::vector<float> positions;
+    const float heights[] = {0.0f, 0.001f, 0.03f, 0.25f, 0.6f, -0.2f, 3.0f};
+    uint32_t i = 0;
+    for (float height : heights)
+      for (int x = 0; x <= 2 * cells; ++x)
+        for (int z = 0; z <= 2 * cells; z += 3, ++i) {
+          const float px = 0.5f * h * x, pz = 0.5f * h * z + 0.01f * (x % 2);
+          positions.insert(positions.end(), {offset + px, y_of(x / 2) + height, pz});
+          uber.sliding_offsets_.push_back(static_cast<uint32_t>(uber.sliding_triangles_.size()));
+          const uint32_t count = 3 + (i * 7) % 40;
+          for (uint32_t k = 0; k < count; ++k) uber.sliding_triangles_.push_back((i * 5 + k * 3) % grid_triangles);
+          if (i % 3 == 0) uber.sliding_triangles_.push_back(uber.sliding_triangles_.back());  // a repeat
+          if (i % 4 == 0) uber.sliding_triangles_.push_back(1000000);                         // past the end
+          if (i % 5 == 0) uber.sliding_triangles_.insert(uber.sliding_triangles_.end(), {flat, speck});
+          uber.sliding_counts_.push_back(static_cast<uint32_t>(uber.sliding_triangles_.size()) -
+                                         uber.sliding_offsets_.back());
+        }
+    // Points far beyond any bound's reach.
+    for (float far : {3e9f, std::numeric_limits<float>::infinity()}) {
+      positions.insert(positions.end(), {far, 0.0f, 0.0f});
+      uber.sliding_offsets_.push_back(0);
+      uber.sliding_counts_.push_back(10);
+      ++i;
+    }
+    const uint32_t n = i;
+    uber.slide_weights_.assign(n, 1.0f);
+    uber.sliding_points_.assign(3 * n, 0.0f);
+
+    UberConstraints scanned = uber, searched = uber;
+    myo_test::OrderedSlidingScan(false, positions, myo_core::IdentityMatrix(), scanned);
+    myo_core::UpdateSlidingPoints(false, positions, myo_core::IdentityMatrix(), searched);
+    EXPECT_EQ(scanned.sliding_inactive_, searched.sliding_inactive_);
+    for (uint32_t k = 0; k < n; ++k) {
+      const Vec3 expected = myo_core::Load3(scanned.sliding_points_.data(), k);
+      const Vec3 found = myo_core::Load3(searched.sliding_points_.data(), k);
+      EXPECT_TRUE(std::memcmp(&expected, &found, sizeof(Vec3)) == 0)
+          << "point " << k << " offset " << offset << ": " << found.x << " " << found.y << " " << found.z
+          << " instead of " << expected.x << " " << expected.y << " " << expected.z;
+    }
+  }
+}
+
+// The prepared triangles are kept from one search to the next only while the
+// reference is the same: moved vertices or rewired triangles are seen.
+TEST(UberSlidingPoints, AMovedOrRewiredReferenceIsPreparedAgain) {
+  LooseTriangles mesh;
+  const uint32_t above = mesh.Add({-1, 1, -1}, {1, 1, -1}, {0, 1, 2});
+  const uint32_t below = mesh.Add({-1, -2, -1}, {1, -2, -1}, {0, -2, 2});
+  const uint32_t spare = mesh.Add({-1, 0.5f, -1}, {1, 0.5f, -1}, {0, 0.5f, 2});
+  UberConstraints uber = OnePointSearch(mesh, {above, below});
+  const std::vector<float> origin = {0.0f, 0.0f, 0.0f};
+  auto nearest_y = [&]() {
+    myo_core::UpdateSlidingPoints(false, origin, myo_core::IdentityMatrix(), uber);
+    EXPECT_EQ(uber.sliding_inactive_[0], 0);
+    return uber.sliding_points_[1];
+  };
+  EXPECT_EQ(nearest_y(), 1.0f);
+  EXPECT_EQ(nearest_y(), 1.0f);
+  for (int k = 0; k < 3; ++k) uber.reference_positions_[9 * above + 3 * k + 1] = 3.0f;  // moved away
+  EXPECT_EQ(nearest_y(), -2.0f);
+  for (int k = 0; k < 3; ++k) uber.reference_triangles_[3 * below + k] = 3 * spare + k;  // rewired
+  EXPECT_EQ(nearest_y(), 0.5f);
 }
 
 TEST(UberSlidingEdges, EachEdgeOnceAsASortedPair) {

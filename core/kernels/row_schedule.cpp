@@ -5,7 +5,7 @@
 namespace myo_core {
 
 RowSchedule BuildRowSchedule(std::initializer_list<const std::vector<int32_t>*> rows_points,
-                             uint32_t point_count) {
+                             uint32_t point_count, uint32_t window) {
   RowSchedule schedule;
   std::size_t rows = 0;
   for (const auto* corner : rows_points) rows = std::max(rows, corner->size());
@@ -16,7 +16,11 @@ RowSchedule BuildRowSchedule(std::initializer_list<const std::vector<int32_t>*> 
   std::vector<uint32_t> row_level(rows, 0);
   uint32_t barrier = 0;  // rows with an unknown point order after all before them
   uint32_t levels = 0;
+  const std::size_t run = window == 0 ? rows : window;
   for (std::size_t r = 0; r < rows; ++r) {
+    // A new window starts above every level so far, which no point's
+    // next_level exceeds.
+    if (r % run == 0) barrier = levels;
     uint32_t level = barrier;
     bool valid = true;
     for (const auto* corner : rows_points) {

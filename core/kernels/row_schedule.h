@@ -21,10 +21,22 @@ struct RowSchedule {
   std::vector<uint32_t> level_offsets;  // levels + 1, ranges into order
 };
 
+// Rows per window of a windowed schedule: a few thousand rows touch few
+// enough points to stay in the first cache levels, and many enough to give
+// every level several rows on a mesh.
+constexpr uint32_t kRowScheduleWindow = 4096;
+
 // rows_points: the arrays of point indices of the rows, one array per corner
 // (e.g. starts and ends of edges), each of R entries. Indices outside
 // [0, point_count) make the row depend on everything before it.
+//
+// window 0 levels the whole table at once: the most rows per level, but a
+// level may span the whole mesh. A window of W cuts the table into runs of W
+// rows in table order and levels each run on its own, after all runs before
+// it: the levels of a run touch the few points of those W rows, and the
+// solving order stays close to table order. Either way each point meets its
+// rows in table order.
 RowSchedule BuildRowSchedule(std::initializer_list<const std::vector<int32_t>*> rows_points,
-                             uint32_t point_count);
+                             uint32_t point_count, uint32_t window = 0);
 
 }  // namespace myo_core

@@ -60,7 +60,7 @@ void BuildShapeConstraints(ShapeConstraints& group, const std::vector<float>& po
   }
   ReserveLambdaRows(lambdas, group.RowCount());
   group.schedule_ = BuildRowSchedule({&group.first_points_, &group.centre_points_, &group.third_points_},
-                                     static_cast<uint32_t>(weights.size()))
+                                     static_cast<uint32_t>(weights.size()), kRowScheduleWindow)
                         .order;
 }
 

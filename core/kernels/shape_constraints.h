@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "core/kernels/constraint_group.h"
+#include "core/math/lanes.h"
 #include "core/math/vec3.h"
 
 namespace myo_core {
@@ -25,10 +26,11 @@ struct ShapeConstraints : ConstraintGroup {
 
 // With centroid m = (p_b + p_a + p_c) / 3 and d = p_b - m: C = |d| - rest,
 // n = d / |d|. Corrections -2 : 4 : -2 times the weights along n, against a
-// weighted norm of w_a + 2 w_b + w_c. b is the centre.
-inline void SolveShapeConstraint(uint32_t lambda_row, uint32_t a, uint32_t b, uint32_t c, float w_a,
-                                 float w_b, float w_c, float compliance, float rest, float* positions,
-                                 float* lambdas) {
+// weighted norm of w_a + 2 w_b + w_c. b is the centre. Always inlined, so
+// that a loop over rows keeps the group's arrays and scalars in registers.
+MYO_LANE_INLINE void SolveShapeConstraint(uint32_t lambda_row, uint32_t a, uint32_t b, uint32_t c, float w_a,
+                                          float w_b, float w_c, float compliance, float rest, float* positions,
+                                          float* lambdas) {
   if (w_a < kEpsilon && w_b < kEpsilon && w_c < kEpsilon) return;
   const float w = w_b + w_b + w_a + w_c;
   if (w < kEpsilon) return;
@@ -48,8 +50,9 @@ inline void SolveShapeConstraint(uint32_t lambda_row, uint32_t a, uint32_t b, ui
 }
 
 // Runs every row once, unless the group is disabled. Rows run in the
-// schedule's order, which gives the same result as table order; a table
-// without a schedule runs in table order.
+// schedule's order, which gives the same result as table order (see
+// RowSchedule) while neighbouring rows in it need not wait for each other;
+// a table without a schedule runs in table order.
 inline void SolveShapeRows(const ShapeConstraints& shape, float* positions, float* lambdas) {
   if (shape.disabled_) return;
   const uint32_t rows = shape.RowCount();

@@ -19,6 +19,17 @@
 
 namespace myo_core {
 
+// What the sliding search needs to pass over a candidate triangle without
+// measuring it: rows (centre, in-plane reach) and (unit normal or 0, reach
+// along the normal). Every point of the triangle lies within the in-plane
+// reach of the centre across the normal and within the normal reach along
+// it, both widened for rounding; an in-plane reach of infinity means that
+// only the normal reach may be used, and a NaN normal reach that the
+// triangle may not be passed over at all.
+struct alignas(16) SlidingTriangleBound {
+  float rows[2][4];
+};
+
 // N skin points, V reference vertices, P reference polygons, G reference triangles.
 struct UberConstraints : ConstraintGroup {
   // inverse_masses_: N, 1 / mass of each point.
@@ -47,8 +58,14 @@ struct UberConstraints : ConstraintGroup {
   TargetMesh reference_mesh_;
   // Scratch of UpdateSlidingPoints: every reference triangle that some list
   // names, prepared once per search from the current reference positions.
-  std::vector<uint32_t> used_triangles_;            // ascending ids named in sliding_triangles_
-  std::vector<PackedTriangle> prepared_triangles_;  // G, valid at the ids of used_triangles_
+  std::vector<uint32_t> used_triangles_;               // ascending ids named in sliding_triangles_
+  std::vector<PackedTriangle> prepared_triangles_;     // G, valid at the ids of used_triangles_
+  std::vector<SlidingTriangleBound> triangle_bounds_;  // G, valid at the ids of used_triangles_
+  // What the prepared triangles were made from: while the reference's
+  // positions and triangles are bit for bit the same (a step within one
+  // frame, every iteration in Quality), they are not prepared again.
+  std::vector<float> prepared_from_positions_;     // 3V, empty when nothing is prepared
+  std::vector<uint32_t> prepared_from_triangles_;  // 3G
 };
 
 // One point, one row. In world space, with weights clamped (when they sum
@@ -113,18 +130,20 @@ inline void SolveUberConstraint(uint32_t row, uint32_t i, uint32_t t0, uint32_t 
   Store3(positions, i, p);
 }
 
-// Runs the rows of points [first, first + count) once, in order: one block
-// of the skin's point blocks, so that blocks may run on different threads.
-// Weights are inverse_masses_. A table whose per-point arrays do not hold
-// first + count points, or whose reference arrays are empty, runs nothing.
+// Runs the rows of points [first, first + count) once: one block of the
+// skin's point blocks, so that blocks may run on different threads. The rows
+// share nothing and run eight at a time in lanes, each lane with the bits of
+// SolveUberConstraint. Weights are inverse_masses_. A table whose per-point
+// arrays do not hold first + count points, or whose reference arrays are
+// empty, runs nothing.
 void SolveUberRows(const UberConstraints& uber, uint32_t first, uint32_t count, float compliance,
                    bool has_transform, const Matrix& world_matrix, const Matrix& world_matrix_inverse,
                    float* positions, float* lambdas);
 
 // Derives used_triangles_ from the candidate lists and sizes
-// prepared_triangles_ to G. Run by the binding; UpdateSlidingPoints runs it
-// itself when prepared_triangles_ is not of size G, so a caller that edits
-// the lists in place must run it.
+// prepared_triangles_ and triangle_bounds_ to G. Run by the binding;
+// UpdateSlidingPoints runs it itself when those are not of size G, so a
+// caller that edits the lists in place must run it.
 void PrepareSlidingTriangles(UberConstraints& uber);
 
 // Refreshes every sliding point. sliding_inactive_ becomes N ones; then, in
@@ -133,8 +152,23 @@ void PrepareSlidingTriangles(UberConstraints& uber);
 // (through world_matrix when has_transform), the first in list order among
 // equals, and is marked active. Other points keep their old sliding point.
 // The candidate triangles are prepared once per call into the table's
-// scratch; nothing is allocated per point. positions: 3N.
+// scratch; nothing is allocated per point. A candidate whose bound shows it
+// to be farther than one already measured, by more than rounding could ever
+// account for, is not measured: the winner is the same. positions: 3N.
 void UpdateSlidingPoints(bool has_transform, const std::vector<float>& positions, const Matrix& world_matrix,
+                         UberConstraints& uber);
+
+// UpdateSlidingPoints in two parts, for a caller that runs the search in a
+// parallel region of its own beside other work. PrepareSlidingSearch marks
+// all point_count points inactive and prepares the candidate triangles; it
+// returns the length of the longest list of a point that searches, 0 when
+// there is nothing to search. SearchSlidingPoints is the search itself with
+// that length (its scratch is sized by it), a loop shared out over the
+// threads of the enclosing parallel region, every one of which must call it
+// (outside a region, one thread runs it all); it ends with the threads'
+// barrier. positions: 3N, read only.
+uint32_t PrepareSlidingSearch(std::size_t point_count, UberConstraints& uber);
+void SearchSlidingPoints(bool has_transform, const float* positions, const Matrix& world_matrix, uint32_t longest,
                          UberConstraints& uber);
 
 // The edges of all candidate triangles, each as (smaller, larger), sorted

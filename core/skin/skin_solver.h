@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <vector>
 
 #include "core/kernels/distance_constraints.h"
 #include "core/kernels/shape_constraints.h"
@@ -35,6 +36,8 @@ struct SkinSolver : SolverData {
   // The points cut into one block per thread at assembly, for the Uber pass.
   PointBlocks point_blocks_;
   int32_t sliding_constraints_mode_ = kSlidingFast;  // "slidingConstraintsMode"
+  // 3N, the positions the sliding search reads while the rows move the points.
+  std::vector<float> search_positions_;
 };
 
 // One simulation step: attenuation, damping, prediction, the sliding points
@@ -42,7 +45,9 @@ struct SkinSolver : SolverData {
 // rows and shape rows in Gauss-Seidel order and the Uber rows in parallel over
 // the point blocks; velocity update, multipliers cleared, and the state
 // becomes the previous state. The Uber pass comes last in each iteration, so
-// each iteration ends on the reference mesh.
+// each iteration ends on the reference mesh. A search runs on the other
+// threads while one thread solves the distance and shape rows that follow
+// it; the result is that of the order above.
 void StepSkin(SkinSolver& solver);
 
 }  // namespace myo_core
