@@ -74,11 +74,7 @@ std::vector<float> SimulatedPoints(int32_t block_count, int threads) {
 // table order and point by point, the sliding search as an ordered scan of
 // every candidate, nothing side by side.
 void StraightforwardStep(SkinSolver& solver) {
-  ApplyAttenuation(solver.positions_, solver.previous_positions_, solver.attenuation_matrix_,
-                   solver.previous_attenuation_matrix_, solver.attenuation_velocity_factor_);
-  ApplyDamping(solver.velocities_, solver.positions_, solver.masses_, solver.damping_weights_,
-               solver.global_damping_multiplier_, solver.inertia_damper_);
-  PredictPositions(solver.positions_, solver.velocities_, solver.gravity_, solver.time_step_);
+  BeginStep(solver);
   const bool has_transform = !IsIdentity(solver.world_matrix_);
   const DistanceConstraints& distance = *solver.distance_constraints_;
   const ShapeConstraints& shape = *solver.shape_constraints_;
@@ -116,10 +112,7 @@ void StraightforwardStep(SkinSolver& solver) {
                           lambdas);
     }
   }
-  UpdateVelocities(solver.time_step_, solver.positions_, solver.previous_positions_, solver.velocities_);
-  std::fill(solver.lambdas_.begin(), solver.lambdas_.end(), 0.0f);
-  solver.previous_positions_ = solver.positions_;
-  solver.previous_attenuation_matrix_ = solver.attenuation_matrix_;
+  EndStep(solver);
 }
 
 bool SameBits(const std::vector<float>& a, const std::vector<float>& b) {

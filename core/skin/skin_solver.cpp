@@ -39,11 +39,7 @@ void SearchBesideRows(SkinSolver& solver, bool has_transform) {
 }  // namespace
 
 void StepSkin(SkinSolver& solver) {
-  ApplyAttenuation(solver.positions_, solver.previous_positions_, solver.attenuation_matrix_,
-                   solver.previous_attenuation_matrix_, solver.attenuation_velocity_factor_);
-  ApplyDamping(solver.velocities_, solver.positions_, solver.masses_, solver.damping_weights_,
-               solver.global_damping_multiplier_, solver.inertia_damper_);
-  PredictPositions(solver.positions_, solver.velocities_, solver.gravity_, solver.time_step_);
+  BeginStep(solver);
   const bool has_transform = !IsIdentity(solver.world_matrix_);
 
   const DistanceConstraints& distance = *solver.distance_constraints_;
@@ -72,10 +68,7 @@ void StepSkin(SkinSolver& solver) {
     });
   }
 
-  UpdateVelocities(solver.time_step_, solver.positions_, solver.previous_positions_, solver.velocities_);
-  std::fill(solver.lambdas_.begin(), solver.lambdas_.end(), 0.0f);
-  solver.previous_positions_ = solver.positions_;
-  solver.previous_attenuation_matrix_ = solver.attenuation_matrix_;
+  EndStep(solver);
 }
 
 }  // namespace myo_core

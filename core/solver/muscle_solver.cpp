@@ -7,11 +7,7 @@
 namespace myo_core {
 
 void StepMuscleFamily(MuscleFamilySolver& solver, VolumeConstraint* volume) {
-  ApplyAttenuation(solver.positions_, solver.previous_positions_, solver.attenuation_matrix_,
-                   solver.previous_attenuation_matrix_, solver.attenuation_velocity_factor_);
-  ApplyDamping(solver.velocities_, solver.positions_, solver.masses_, solver.damping_weights_,
-               solver.global_damping_multiplier_, solver.inertia_damper_);
-  PredictPositions(solver.positions_, solver.velocities_, solver.gravity_, solver.time_step_);
+  BeginStep(solver);
   // Rows that meet world-space matrices carry points through the world matrix
   // unless it is exactly the identity.
   const bool has_transform = !IsIdentity(solver.world_matrix_);
@@ -49,10 +45,7 @@ void StepMuscleFamily(MuscleFamilySolver& solver, VolumeConstraint* volume) {
                             volume->triangles_, solver.positions_, solver.lambdas_, volume->gradients_);
   }
 
-  UpdateVelocities(solver.time_step_, solver.positions_, solver.previous_positions_, solver.velocities_);
-  std::fill(solver.lambdas_.begin(), solver.lambdas_.end(), 0.0f);
-  solver.previous_positions_ = solver.positions_;
-  solver.previous_attenuation_matrix_ = solver.attenuation_matrix_;
+  EndStep(solver);
 }
 
 }  // namespace myo_core

@@ -1,5 +1,6 @@
 #include "core/solver/solver_stages.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "core/math/vec3.h"
@@ -110,6 +111,21 @@ void UpdateVelocities(float dt, const std::vector<float>& positions,
   const uint32_t count = static_cast<uint32_t>(positions.size() / 3);
   for (uint32_t i = 0; i < count; ++i)
     Store3(velocities.data(), i, (Load3(positions.data(), i) - Load3(previous_positions.data(), i)) * k);
+}
+
+void BeginStep(SolverData& solver) {
+  ApplyAttenuation(solver.positions_, solver.previous_positions_, solver.attenuation_matrix_,
+                   solver.previous_attenuation_matrix_, solver.attenuation_velocity_factor_);
+  ApplyDamping(solver.velocities_, solver.positions_, solver.masses_, solver.damping_weights_,
+               solver.global_damping_multiplier_, solver.inertia_damper_);
+  PredictPositions(solver.positions_, solver.velocities_, solver.gravity_, solver.time_step_);
+}
+
+void EndStep(SolverData& solver) {
+  UpdateVelocities(solver.time_step_, solver.positions_, solver.previous_positions_, solver.velocities_);
+  std::fill(solver.lambdas_.begin(), solver.lambdas_.end(), 0.0f);
+  solver.previous_positions_ = solver.positions_;
+  solver.previous_attenuation_matrix_ = solver.attenuation_matrix_;
 }
 
 }  // namespace myo_core

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "core/math/matrix.h"
+#include "core/solver/solver_data.h"
 
 namespace myo_core {
 
@@ -29,5 +30,12 @@ void PredictPositions(std::vector<float>& positions, std::vector<float>& velocit
 // v = (x - previous) / dt, the reciprocal formed in double.
 void UpdateVelocities(float dt, const std::vector<float>& positions,
                       const std::vector<float>& previous_positions, std::vector<float>& velocities);
+
+// The opening of every step: attenuation, damping and prediction with the
+// solver's own scalars.
+void BeginStep(SolverData& solver);
+// The close of every step: the velocity update, the multipliers back to 0,
+// and this step's positions and attenuation matrix kept as the previous ones.
+void EndStep(SolverData& solver);
 
 }  // namespace myo_core
