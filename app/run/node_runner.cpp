@@ -6,6 +6,7 @@
 #include "app/run/scene_attribute_source.h"
 #include "core/attributes/frame_readers.h"
 #include "core/kernels/volume_constraint.h"
+#include "core/paint/weight_maps.h"
 
 namespace myo_app {
 
@@ -98,9 +99,10 @@ bool NodeRunner::EvaluateMuscle(Deformer& deformer, double frame, const MeshLook
   myo_core::ReadMuscleFrameValues(source, with_volume, values);
   values.envelope = static_cast<float>(source.Number("envelope"));
   values.local_to_world = LocalToWorld(frame);
-  values.attachments = Connected("attachmentConstraintsList", {"attachmentMatrix"}, frame);
-  values.segments = Connected("slideOnSegmentConstraintsList", {"slideOnSegmentRootMatrix", "slideOnSegmentTipMatrix"},
-                              frame);
+  values.attachments = Connected("attachmentConstraintsList",
+                                 myo_core::InfluenceConnectionChildren(myo_core::InfluenceKind::kAttachments), frame);
+  values.segments = Connected("slideOnSegmentConstraintsList",
+                              myo_core::InfluenceConnectionChildren(myo_core::InfluenceKind::kSegments), frame);
   values.targets = Targets(frame, meshes);
   const myo_core::MuscleEvaluation result = deformer.Evaluate(values, input_points_, host_, maps_, output_points_);
   figures_.stepped = result.stepped;
