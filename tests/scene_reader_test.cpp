@@ -180,6 +180,12 @@ TEST_F(SceneReaderTest, ConnectionsAndTheGraphAreChecked) {
   muscle["connections"]["targets[0].targetWorldMesh"] = "skin";
   EXPECT_EQ(Read(), Path() + ": nodes: a cycle of connections: skin -> muscle -> skin");
   muscle["connections"]["targets[0].targetWorldMesh"] = "bone";
+  // Inputs alone can close a cycle too.
+  scene_["nodes"][0]["input"] = "muscle";
+  muscle["input"] = "skin";
+  EXPECT_EQ(Read(), Path() + ": nodes: a cycle of connections: skin -> muscle -> skin");
+  scene_["nodes"][0]["input"] = "body";
+  muscle["input"] = "body";
 
   scene_["nodes"][0]["connections"].erase("referenceMesh");
   EXPECT_EQ(Read(), Path() + ": nodes[0]: a MyoSkin needs \"referenceMesh\" connected to a mesh or a node");

@@ -270,6 +270,9 @@ class SceneReader {
       scene_.nodes.push_back(std::move(item));
     }
     for (std::size_t i = 0; i < list.size(); ++i) ReadNodeHead(list[i], field[i], scene_.nodes[i]);
+    // Inputs alone must not form a cycle before base meshes are looked up;
+    // connections are checked again once read.
+    TopologicalOrder(field);
     for (std::size_t i = 0; i < list.size(); ++i) ReadNodeBody(list[i], field[i], scene_.nodes[i]);
   }
 
@@ -290,8 +293,6 @@ class SceneReader {
   }
 
   void ReadNodeBody(const json& value, const Field& f, SceneNode& node) {
-    // Input chains are checked for cycles before the base mesh is asked for.
-    OrderNodesCheckOnly(f);
     const SceneMesh* base = scene_.BaseMesh(node);
     if (value.contains("attributes")) ReadAttributes(value["attributes"], f["attributes"], node);
     if (value.contains("connections")) ReadConnections(value["connections"], f["connections"], node);
@@ -538,11 +539,6 @@ class SceneReader {
     return order;
   }
 
-  void OrderNodesCheckOnly(const Field& field) {
-    if (!inputs_checked_) TopologicalOrder(field);
-    inputs_checked_ = true;
-  }
-
   void OrderNodes(const Field& field) {
     const std::vector<std::size_t> order = TopologicalOrder(field);
     std::vector<SceneNode> nodes;
@@ -553,7 +549,6 @@ class SceneReader {
 
   const std::string& path_;
   Scene& scene_;
-  bool inputs_checked_ = false;
 };
 
 }  // namespace
