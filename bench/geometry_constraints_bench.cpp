@@ -214,7 +214,8 @@ void BM_AttachmentToGeoRows(benchmark::State& state) {
 }
 BENCHMARK(BM_AttachmentToGeoRows)->Unit(benchmark::kMicrosecond);
 
-// The per-frame refresh of the target: world positions and polygon normals.
+// The per-frame refresh of the target: the host's world positions and polygon
+// normals (here computed from a matrix, as the standalone host does) taken in.
 void BM_UpdateTargets(benchmark::State& state) {
   myo_scenes::TargetedMuscle& scene = Scene(myo_core::kSlidingFast);
   const myo_bench::LoopClock clock;

@@ -12,6 +12,7 @@
 
 #include "bench/support/loop_clock.h"
 #include "core/maps/map_store.h"
+#include "core/mesh/world_space.h"
 #include "core/skin/uber_assembly.h"
 #include "scenes/muscle_meshes.h"
 
@@ -35,6 +36,7 @@ const UberScene& Scene() {
   const myo_core::PolygonMesh reference = myo_scenes::MakeSpindleWithPoints(10000, 20.0f, 3.0f);
   std::string error;
   myo_core::BuildMeshData(reference.points, reference.vertex_counts, reference.vertices, scene->reference, error);
+  myo_core::FillWorldSpace(myo_core::IdentityMatrix(), scene->reference);
   scene->positions = skin.points;
   const uint32_t n = static_cast<uint32_t>(skin.points.size() / 3);
   myo_core::MapStore maps;

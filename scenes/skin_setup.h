@@ -8,6 +8,7 @@
 
 #include "core/maps/map_store.h"
 #include "core/mesh/mesh_data.h"
+#include "core/mesh/world_space.h"
 #include "core/skin/skin_assembly.h"
 #include "core/skin/uber_assembly.h"
 #include "core/solver/compliance.h"
@@ -37,7 +38,7 @@ struct SkinFrameSettings {
 
 struct SkinScene {
   myo_core::MeshData mesh;            // the skin, object space
-  myo_core::MeshData reference_mesh;  // the reference, object space
+  myo_core::MeshData reference_mesh;  // the reference, object space with its world space
   myo_core::MapStore maps;
   myo_core::SkinNodeState node;
   myo_core::SkinSolver solver;
@@ -53,6 +54,7 @@ inline bool AssembleSkin(const SkinSetupOptions& options, SkinScene& scene, std:
   if (!myo_core::BuildMeshData(reference.points, reference.vertex_counts, reference.vertices, scene.reference_mesh,
                                error))
     return false;
+  myo_core::FillWorldSpace(myo_core::IdentityMatrix(), scene.reference_mesh);
 
   const uint32_t n = scene.mesh.PointCount();
   auto paint = [&](const char* list, const char* element, float value) {
@@ -76,7 +78,7 @@ inline bool AssembleSkin(const SkinSetupOptions& options, SkinScene& scene, std:
 }
 
 // Sets the scalars of one frame as a node does before a step, and reads the
-// reference mesh through `reference_matrix`.
+// reference mesh placed in the world by `reference_matrix`.
 inline void ApplySkinFrame(const SkinFrameSettings& frame, const myo_core::Matrix& reference_matrix,
                            SkinScene& scene) {
   myo_core::SkinSolver& solver = scene.solver;
@@ -86,6 +88,7 @@ inline void ApplySkinFrame(const SkinFrameSettings& frame, const myo_core::Matri
   solver.sliding_constraints_mode_ = frame.sliding_mode;
   myo_core::SetStiffnessAndCompliance(solver, frame.stiffness, frame.dt);
   myo_core::SetShapeCompliance(*solver.shape_constraints_, frame.dt * frame.dt, solver.compliance_, 0.0f, false);
+  myo_core::FillWorldSpace(reference_matrix, scene.reference_mesh);
   myo_core::ReadReferenceMesh(scene.reference_mesh, reference_matrix, *solver.uber_constraints_);
 }
 

@@ -8,6 +8,7 @@
 
 #include "core/maps/map_store.h"
 #include "core/mesh/mesh_data.h"
+#include "core/mesh/world_space.h"
 #include "core/mesh/polygon_mesh.h"
 #include "core/muscle/muscle_assembly.h"
 #include "core/muscle/muscle_node_state.h"
@@ -38,6 +39,7 @@ struct TargetedMuscle {
 
   // The target's matrix of a new frame, refreshed as the node does before a step.
   void MoveTarget(const myo_core::Matrix& matrix) {
+    myo_core::FillWorldSpace(matrix, target_mesh);
     inputs.targets[0].world_matrix = matrix;
     myo_core::UpdateTargets(solver.targets_, inputs.targets, false);
   }
@@ -52,6 +54,7 @@ inline bool AssembleTargetedMuscle(const myo_core::PolygonMesh& muscle, const my
   if (!BuildMeshData(muscle.points, muscle.vertex_counts, muscle.vertices, scene.muscle_mesh, error) ||
       !BuildMeshData(target.points, target.vertex_counts, target.vertices, scene.target_mesh, error))
     return false;
+  FillWorldSpace(options.target_matrix, scene.target_mesh);
   const uint32_t n = scene.muscle_mesh.PointCount();
   scene.maps.SetAll("targets", "slideOnGeometryConstraints", 0, std::vector<float>(n, options.slide_weight));
   scene.maps.SetAll("targets", "attachmentToGeoConstraints", 0, std::vector<float>(n, options.attachment_weight));

@@ -180,7 +180,7 @@ std::vector<Row> SkinRows() {
       {"maxSlidingDistanceMultiplierList", "msdml", T::kCompound, kNone},
       {"maxSlidingDistance", "msld", T::kFloat, 0, 0, kNone, kNone, 10},
       {"referenceMesh", "ref", T::kMesh, kNone},
-      {"referenceMatrix", "refm", T::kMatrix, kNone},
+      {"referenceMatrix", "refm", T::kFloatMatrix, kNone},
       {"softConstraints", "sfc", T::kFloat, 0},
       {"softConstraintsList", "sfcl", T::kCompound, kNone},
       {"hardConstraints", "hc", T::kFloat, 1},
@@ -196,7 +196,7 @@ std::vector<Row> SkinRows() {
       {"currentInfluence", "ci", T::kInt, 0, -1},
       {"mass", "m", T::kFloat, 1, 0.000001, kNone, 0.001, 10},
       {"massList", "ml", T::kCompound, kNone},
-      {"attenuationMatrix", "am", T::kMatrix, kNone},
+      {"attenuationMatrix", "am", T::kFloatMatrix, kNone},
   };
   rows.insert(rows.end(), rest.begin(), rest.end());
   const std::vector<Row> debug = DebugColorRows();

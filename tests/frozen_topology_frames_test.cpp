@@ -1,8 +1,9 @@
 // Between two builds a deformer reads only the points of its reference and
-// target meshes, whose topology it froze at the build: the Maya nodes hand it
-// whole meshes at a build and points alone otherwise. These tests run each
-// deformer twice over the same time line, once with whole meshes on every
-// frame and once as the nodes feed it, and require the same points.
+// target meshes, whose topology it froze at the build: it asks its host for
+// whole meshes at a build and for points alone otherwise. These tests run
+// each deformer twice over the same time line, once with a host that always
+// hands whole meshes and once with one that hands what is asked, and require
+// the same points; the deformer asks for whole meshes exactly when it builds.
 
 #include <gtest/gtest.h>
 
@@ -12,7 +13,6 @@
 #include "core/maps/map_store.h"
 #include "core/muscle/muscle_deformer.h"
 #include "core/skin/skin_deformer.h"
-#include "core/solver/frame_decision.h"
 #include "scenes/muscle_meshes.h"
 #include "support/test_geometry.h"
 #include "support/test_host.h"
@@ -39,11 +39,41 @@ MeshData Moved(const MeshData& mesh, float frame) {
   return moved;
 }
 
+// The mesh moved for the frame, with the world space of a host that places
+// it by `matrix`.
+MeshData MovedAndPlaced(const MeshData& mesh, float frame, const Matrix& matrix) {
+  return myo_test::Placed(Moved(mesh, frame), matrix);
+}
+
+// What a host hands when asked for points only: object and world space,
+// no topology.
 MeshData PointsOnly(const MeshData& mesh) {
   MeshData points;
   points.points = mesh.points;
+  points.world_points = mesh.world_points;
+  points.world_polygon_normals = mesh.world_polygon_normals;
   return points;
 }
+
+// A host that hands the whole mesh only when it is asked for it.
+class FeedingHost : public myo_test::TestHost {
+ public:
+  using TestHost::TestHost;
+  void ReadTargets(bool whole, std::vector<TargetInput>& out) override {
+    TestHost::ReadTargets(whole, out);
+    handed_ = whole ? *out[0].mesh : PointsOnly(*out[0].mesh);
+    out[0].mesh = &handed_;
+  }
+  MeshInput ReadReferenceMesh(bool whole, const MeshData*& mesh) override {
+    const MeshInput found = TestHost::ReadReferenceMesh(whole, mesh);
+    handed_ = whole ? *mesh : PointsOnly(*mesh);
+    mesh = &handed_;
+    return found;
+  }
+
+ private:
+  MeshData handed_;
+};
 
 }  // namespace
 
@@ -51,7 +81,8 @@ TEST(FrozenTopologyFramesTest, SkinNeedsOnlyTheReferencePointsBetweenBuilds) {
   const MeshData body = myo_test::BuildMesh(myo_scenes::MakeSpindle(10, 10, 10.0f, 2.0f));
   const MeshData skin = myo_test::BuildMesh(myo_scenes::MakeSpindle(10, 10, 11.0f, 2.5f));
   const std::vector<double> input(skin.points.begin(), skin.points.end());
-  myo_test::TestHost whole_host(skin), fed_host(skin);
+  myo_test::TestHost whole_host(skin);
+  FeedingHost fed_host(skin);
   MapStore maps;
   maps.SetAll("slideConstraintsList", "slideConstraints", 0, std::vector<float>(skin.PointCount(), 0.5f));
   maps.SetAll("hardConstraintsList", "hardConstraints", 0, std::vector<float>(skin.PointCount(), 0.5f));
@@ -66,19 +97,16 @@ TEST(FrozenTopologyFramesTest, SkinNeedsOnlyTheReferencePointsBetweenBuilds) {
   for (float f : kTimeLine) {
     SCOPED_TRACE(f);
     frame.current_time = f * kFrame;
-    const MeshData reference = Moved(body, f);
-    const bool rebuild =
-        DecideFrame(FrameTimesOf(frame, fed.last_time(), fed_host, fed.solver().positions_.empty())).initialize;
-    const MeshData handed = rebuild ? reference : PointsOnly(reference);
+    const MeshData reference = MovedAndPlaced(body, f, IdentityMatrix());
+    whole_host.reference = fed_host.reference = &reference;
+    const int whole_reads = fed_host.whole_reads;
 
     std::vector<double> whole_output, fed_output;
-    frame.reference_mesh = &reference;
     const SkinEvaluation a = whole.Evaluate(frame, input, whole_host, maps, whole_output);
-    frame.reference_mesh = &handed;
     const SkinEvaluation b = fed.Evaluate(frame, input, fed_host, maps, fed_output);
     ASSERT_TRUE(a.succeeded && b.succeeded);
-    EXPECT_EQ(a.decision.initialize, rebuild);
-    builds += rebuild ? 1 : 0;
+    EXPECT_EQ(fed_host.whole_reads - whole_reads, a.decision.initialize ? 1 : 0);
+    builds += a.decision.initialize ? 1 : 0;
     steps += a.stepped ? 1 : 0;
     ASSERT_EQ(fed_output, whole_output);
   }
@@ -91,7 +119,8 @@ TEST(FrozenTopologyFramesTest, MuscleNeedsOnlyTheTargetPointsBetweenBuilds) {
   const MeshData floor = myo_test::BuildMesh(myo_scenes::MakeGrid(10, 6, 40.0f, 20.0f));
   const uint32_t n = muscle.PointCount();
   const std::vector<double> input(muscle.points.begin(), muscle.points.end());
-  myo_test::TestHost whole_host(muscle), fed_host(muscle);
+  myo_test::TestHost whole_host(muscle);
+  FeedingHost fed_host(muscle);
   MapStore maps;
   std::vector<float> glued(n, 0.0f), slide(n, 0.0f);
   for (uint32_t i = 0; i < n; ++i) {
@@ -113,18 +142,15 @@ TEST(FrozenTopologyFramesTest, MuscleNeedsOnlyTheTargetPointsBetweenBuilds) {
   for (float f : kTimeLine) {
     SCOPED_TRACE(f);
     frame.current_time = f * kFrame;
-    const MeshData target = Moved(floor, f);
-    const bool rebuild =
-        DecideFrame(FrameTimesOf(frame, fed.last_time(), fed_host, fed.solver().positions_.empty())).initialize;
-    const MeshData handed = rebuild ? target : PointsOnly(target);
+    const MeshData target = MovedAndPlaced(floor, f, floor_matrix);
+    whole_host.targets = fed_host.targets = {TargetInput{"floor", 0, &target, floor_matrix}};
+    const int whole_reads = fed_host.whole_reads;
 
     std::vector<double> whole_output, fed_output;
-    frame.targets = {TargetInput{"floor", 0, &target, floor_matrix}};
     const MuscleEvaluation a = whole.Evaluate(frame, input, whole_host, maps, whole_output);
-    frame.targets = {TargetInput{"floor", 0, &handed, floor_matrix}};
     fed.Evaluate(frame, input, fed_host, maps, fed_output);
-    EXPECT_EQ(a.decision.initialize, rebuild);
-    builds += rebuild ? 1 : 0;
+    EXPECT_EQ(fed_host.whole_reads - whole_reads, a.decision.initialize ? 1 : 0);
+    builds += a.decision.initialize ? 1 : 0;
     steps += a.stepped ? 1 : 0;
     ASSERT_EQ(whole.solver().targets_.size(), 1u);
     ASSERT_EQ(fed_output, whole_output);

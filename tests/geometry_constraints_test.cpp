@@ -27,7 +27,7 @@ namespace {
 
 TargetMesh TargetOf(const MeshData& mesh, const Matrix& matrix = IdentityMatrix()) {
   TargetMesh target;
-  EXPECT_TRUE(BuildTargetMesh(mesh, matrix, target));
+  EXPECT_TRUE(BuildTargetMesh(myo_test::Placed(mesh, matrix), matrix, target));
   return target;
 }
 
@@ -390,10 +390,11 @@ class AttachmentToGeoKernelTest : public ::testing::Test {
  protected:
   // Three points on both sides of a tilted grid, attached to it.
   void SetUp() override {
-    grid_ = myo_test::BuildMesh(MakeGrid(4, 4, 4.0f, 4.0f));
+    const Matrix tilt = myo_test::RotationZ(0.1f, {0.0f, 0.2f, 0.0f});
+    grid_ = myo_test::Placed(myo_test::BuildMesh(MakeGrid(4, 4, 4.0f, 4.0f)), tilt);
     solver_.point_count_ = 3;
     solver_.positions_ = {0.3f, 0.7f, 0.2f, -0.6f, 0.0f, 1.1f, 1.2f, -0.4f, -0.9f};
-    inputs_ = {TargetInput{"grid", 0, &grid_, myo_test::RotationZ(0.1f, {0.0f, 0.2f, 0.0f})}};
+    inputs_ = {TargetInput{"grid", 0, &grid_, tilt}};
     maps_.SetAll("targets", "attachmentToGeoConstraints", 0, std::vector<float>(3, 1.0f));
     BuildGeometryConstraints(inputs_, "muscle1", maps_, 0, 0.0f, 3, IdentityMatrix(), node_, solver_);
   }
@@ -409,6 +410,12 @@ class AttachmentToGeoKernelTest : public ::testing::Test {
 
   Vec3 Point(uint32_t i) const { return Load3(solver_.positions_.data(), i); }
 
+  // The grid placed by `matrix` from now on.
+  void MoveGrid(const Matrix& matrix) {
+    FillWorldSpace(matrix, grid_);
+    inputs_[0].world_matrix = matrix;
+  }
+
   MeshData grid_;
   MapStore maps_;
   MuscleNodeState node_;
@@ -419,7 +426,7 @@ class AttachmentToGeoKernelTest : public ::testing::Test {
 TEST_F(AttachmentToGeoKernelTest, HardRowsCarryThePointsWithTheTriangleByTheirWeight) {
   const std::vector<float> rest = solver_.positions_;
   const Matrix moved = myo_test::RotationZ(0.5f, {0.4f, 1.0f, -0.3f});
-  inputs_[0].world_matrix = moved;
+  MoveGrid(moved);
   UpdateTargets(solver_.targets_, inputs_, false);
   const Matrix relative = MultiplyMatrices(InvertMatrix(myo_test::RotationZ(0.1f, {0.0f, 0.2f, 0.0f})), moved);
   SolveRows(0.5f, true, 0.0f);
@@ -436,7 +443,7 @@ TEST_F(AttachmentToGeoKernelTest, SoftRowsStayAtRestAndMoveByTheirShareAgainstTh
   const std::vector<float> rest = solver_.positions_;
   SolveRows(1.0f, false, 0.0f);
   for (uint32_t i = 0; i < 3; ++i) myo_test::ExpectVec(Point(i), Load3(rest.data(), i), 1e-5f);
-  inputs_[0].world_matrix = myo_test::RotationZ(0.1f, {0.0f, 1.2f, 0.0f});  // the grid rises by 1
+  MoveGrid(myo_test::RotationZ(0.1f, {0.0f, 1.2f, 0.0f}));  // the grid rises by 1
   UpdateTargets(solver_.targets_, inputs_, false);
   SolveRows(1.0f, false, 3.0f);  // moves 1 / (1 + 3) of the way
   const uint32_t base = solver_.attachment_to_geo_constraints_->lambda_base_;
@@ -463,9 +470,10 @@ TEST(GeometryBuildTest, UnusableTargetsAreWarnedAndLeftInert) {
     maps.SetAll("targets", "attachmentToGeoConstraints", index, {0.3f, 0.3f});
     maps.SetAll("targets", "slideOnGeometryConstraints", index, {0.3f, 0.3f});
   }
+  const MeshData floor = myo_test::Placed(grid, TranslationMatrix(0.0f, -1.0f, 0.0f));
   const std::vector<TargetInput> inputs = {{"ghost", 2, nullptr, IdentityMatrix()},
                                            {"broken", 5, &broken, IdentityMatrix()},
-                                           {"floor", 7, &grid, TranslationMatrix(0.0f, -1.0f, 0.0f)}};
+                                           {"floor", 7, &floor, TranslationMatrix(0.0f, -1.0f, 0.0f)}};
   MuscleNodeState node;
   BuildGeometryConstraints(inputs, "muscle1", maps, 0, 2.0f, 2, IdentityMatrix(), node, solver);
 
@@ -501,8 +509,8 @@ TEST(GeometryBuildTest, UnusableTargetsAreWarnedAndLeftInert) {
 }
 
 TEST(GeometryBuildTest, RestRowsRebuildTheRestPointsFromTheTarget) {
-  const MeshData spindle = myo_test::BuildMesh(MakeSpindle(10, 16, 12.0f, 3.0f));
   const Matrix matrix = MultiplyMatrices(myo_test::RotationZ(0.4f, {0.0f, 0.0f, 0.0f}), TranslationMatrix(0.5f, 0.2f, 0.0f));
+  const MeshData spindle = myo_test::Placed(myo_test::BuildMesh(MakeSpindle(10, 16, 12.0f, 3.0f)), matrix);
   MuscleSolver solver;
   const PolygonMesh muscle = MakeSpindle(6, 8, 8.0f, 1.5f);
   solver.point_count_ = static_cast<uint32_t>(muscle.points.size() / 3);
@@ -533,7 +541,7 @@ TEST(GeometryBuildTest, RestRowsRebuildTheRestPointsFromTheTarget) {
 }
 
 TEST(GeometryBuildTest, SlidingReachComesFromTheDistanceAndTheClampedMultiplier) {
-  const MeshData grid = myo_test::BuildMesh(MakeGrid(10, 10, 10.0f, 10.0f));
+  const MeshData grid = myo_test::Placed(myo_test::BuildMesh(MakeGrid(10, 10, 10.0f, 10.0f)), IdentityMatrix());
   MuscleSolver solver;
   solver.point_count_ = 3;
   solver.positions_ = {0.1f, 0.5f, 0.1f, 0.2f, 0.5f, -0.3f, -0.4f, 0.5f, 0.2f};
@@ -577,8 +585,10 @@ TEST(GeometryBuildTest, WeightsOverTwoTargetsAreNormalisedAndWrittenBack) {
   maps.SetAll("targets", "slideOnGeometryConstraints", 1, {0.8f, 0.2f});
   maps.SetAll("targets", "slideOnGeometryConstraints", 4, {0.8f, 0.2f});
   MuscleNodeState node;
-  BuildGeometryConstraints({{"a", 1, &grid, IdentityMatrix()}, {"b", 4, &grid, TranslationMatrix(0, -1, 0)}},
-                           "muscle1", maps, 0, 1.0f, 2, IdentityMatrix(), node, solver);
+  const MeshData a = myo_test::Placed(grid, IdentityMatrix());
+  const MeshData b = myo_test::Placed(grid, TranslationMatrix(0, -1, 0));
+  BuildGeometryConstraints({{"a", 1, &a, IdentityMatrix()}, {"b", 4, &b, TranslationMatrix(0, -1, 0)}}, "muscle1",
+                           maps, 0, 1.0f, 2, IdentityMatrix(), node, solver);
   EXPECT_EQ(log.Count("[MyoForge][Warning] Non-normalized Slide On Geometry weights detected. Proceeding to "
                       "normalize weights for solver consistency."),
             1u);

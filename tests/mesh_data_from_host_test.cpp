@@ -35,6 +35,7 @@ void ExpectSameMesh(const MeshData& a, const MeshData& b) {
   EXPECT_EQ(a.vertex_edge_offsets, b.vertex_edge_offsets);
   EXPECT_EQ(a.vertex_edges, b.vertex_edges);
   EXPECT_EQ(a.vertex_neighbors, b.vertex_neighbors);
+  EXPECT_EQ(a.vertex_connected, b.vertex_connected);
   EXPECT_EQ(a.vertex_face_offsets, b.vertex_face_offsets);
   EXPECT_EQ(a.vertex_faces, b.vertex_faces);
 }
@@ -46,6 +47,24 @@ PolygonMesh MixedMesh() {
   mesh.vertex_counts = {4, 4, 5};
   mesh.vertices = {0, 1, 4, 3, 1, 2, 5, 4, 3, 4, 5, 7, 6};
   return mesh;
+}
+
+// The per-point lists of a host whose vertex iterator walks every point's
+// edges and polygons backwards and its connected points from the second
+// one on: orders unlike the ascending ones derived without them.
+HostMeshArrays WithHostOrders(const MeshData& mesh) {
+  HostMeshArrays arrays = ArraysOf(mesh);
+  for (uint32_t v = 0; v < mesh.PointCount(); ++v) {
+    const int32_t begin = mesh.vertex_edge_offsets[v], end = mesh.vertex_edge_offsets[v + 1];
+    arrays.vertex_edge_counts.push_back(end - begin);
+    for (int32_t k = end; k-- > begin;) arrays.vertex_edges.push_back(mesh.vertex_edges[k]);
+    for (int32_t k = begin; k < end; ++k)
+      arrays.vertex_connected.push_back(mesh.vertex_neighbors[begin + (k - begin + 1) % (end - begin)]);
+    const int32_t first = mesh.vertex_face_offsets[v], last = mesh.vertex_face_offsets[v + 1];
+    arrays.vertex_face_counts.push_back(last - first);
+    for (int32_t k = last; k-- > first;) arrays.vertex_faces.push_back(mesh.vertex_faces[k]);
+  }
+  return arrays;
 }
 
 }  // namespace
@@ -97,6 +116,35 @@ TEST(MeshDataFromHostTest, KeepsTheHostsEdgeIdsAndTriangulation) {
   EXPECT_EQ(mesh.vertex_face_offsets[9], mesh.vertex_face_offsets[8]);
 }
 
+TEST(MeshDataFromHostTest, KeepsTheHostsPerPointOrdersAndWorldSpace) {
+  const MeshData reference = myo_test::BuildMesh(MixedMesh());
+  HostMeshArrays arrays = WithHostOrders(reference);
+  arrays.world_points.assign(reference.points.size(), 2.0f);
+  arrays.world_polygon_normals.assign(3 * reference.PolygonCount(), 0.5f);
+  const HostMeshArrays handed = arrays;
+  MeshData mesh;
+  std::string error;
+  ASSERT_TRUE(BuildMeshDataFromHost(arrays, mesh, error)) << error;
+  EXPECT_EQ(mesh.vertex_edge_offsets, reference.vertex_edge_offsets);
+  EXPECT_EQ(mesh.vertex_edges, handed.vertex_edges);
+  EXPECT_EQ(mesh.vertex_connected, handed.vertex_connected);
+  EXPECT_EQ(mesh.vertex_faces, handed.vertex_faces);
+  EXPECT_EQ(mesh.world_points, handed.world_points);
+  EXPECT_EQ(mesh.world_polygon_normals, handed.world_polygon_normals);
+  // The neighbour across each edge, in the host's order of the edges.
+  for (std::size_t k = 0; k < mesh.vertex_edges.size(); ++k) {
+    const int32_t e = mesh.vertex_edges[k];
+    EXPECT_TRUE(mesh.vertex_neighbors[k] == mesh.edge_vertices[2 * e] ||
+                mesh.vertex_neighbors[k] == mesh.edge_vertices[2 * e + 1]);
+  }
+  // Point 4 has three edges: the host's order is the reverse of the ascending one.
+  const int32_t begin = reference.vertex_edge_offsets[4];
+  ASSERT_EQ(reference.vertex_edge_offsets[5] - begin, 3);
+  for (int32_t k = 0; k < 3; ++k)
+    EXPECT_EQ(mesh.vertex_neighbors[begin + k], reference.vertex_neighbors[begin + 2 - k]);
+  EXPECT_NE(mesh.vertex_connected, mesh.vertex_neighbors);
+}
+
 TEST(MeshDataFromHostTest, RejectsInconsistentArraysWithOneMessage) {
   const MeshData reference = myo_test::BuildMesh(MixedMesh());
   const MeshData untouched = myo_test::BuildMesh(myo_scenes::MakeGrid(1, 1, 1.0f, 1.0f));
@@ -113,10 +161,18 @@ TEST(MeshDataFromHostTest, RejectsInconsistentArraysWithOneMessage) {
       {"triangle", [](HostMeshArrays& a) { a.triangle_vertices[4] = -2; }, "Triangle 1 refers to vertex -2"},
       {"edge", [](HostMeshArrays& a) { a.edge_vertices[3] = 9; }, "Edge 1 refers to vertex 9"},
       {"odd", [](HostMeshArrays& a) { a.edge_vertices.pop_back(); }, "not a multiple of 2"},
+      {"edge counts", [](HostMeshArrays& a) { a.vertex_edge_counts.pop_back(); }, "given for 8 points"},
+      {"foreign edge", [](HostMeshArrays& a) { std::swap(a.vertex_edges[0], a.vertex_edges[2]); },
+       "which does not end at it"},
+      {"edge twice", [](HostMeshArrays& a) { a.vertex_edges[1] = a.vertex_edges[0]; }, "twice"},
+      {"connected", [](HostMeshArrays& a) { a.vertex_connected[0] = 8; }, "no edge joins them"},
+      {"faces", [](HostMeshArrays& a) { a.vertex_faces[0] = 2; }, "Point 0 lists polygon 2, which does not use it"},
+      {"world", [](HostMeshArrays& a) { a.world_points.assign(3, 0.0f); }, "world-space points hold 3 floats"},
+      {"normals", [](HostMeshArrays& a) { a.world_polygon_normals.assign(4, 0.0f); }, "polygons need 9"},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.what);
-    HostMeshArrays arrays = ArraysOf(reference);
+    HostMeshArrays arrays = WithHostOrders(reference);
     c.spoil(arrays);
     MeshData mesh = untouched;
     std::string error;

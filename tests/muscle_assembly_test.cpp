@@ -2,12 +2,14 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <vector>
 
 #include "core/kernels/edge_constraints_build.h"
 #include "core/mesh/mesh_data.h"
 #include "core/muscle/muscle_assembly.h"
+#include "core/skin/skin_assembly.h"
 #include "core/solver/mass_weights.h"
 #include "scenes/muscle_meshes.h"
 #include "scenes/muscle_setup.h"
@@ -214,4 +216,46 @@ TEST(MuscleAssemblyTest, AMassMapWithAZeroWarnsOnce) {
   EXPECT_EQ(log.Count("[MyoForge][Warning] Mass values lower than 1e-06 are not supported by the Muscle solver. "
                       "Non supported mass values are replaced with 1e-06 minimum mass values."),
             1u);
+}
+
+// The shape rows take each point's connected points in the order the host's
+// vertex iterator gives them, which need not be the order of its connected
+// edges; the neighbour lists kept for smoothing follow the edges.
+TEST(ShapeBuildTest, RowsFollowTheHostsOrderOfConnectedPoints) {
+  MeshData mesh = SpindleData(6, 8);
+  MeshData host = mesh;  // a host that starts each point's list one further on
+  for (uint32_t v = 0; v < host.PointCount(); ++v) {
+    const int32_t begin = host.vertex_edge_offsets[v], end = host.vertex_edge_offsets[v + 1];
+    if (end - begin > 1)
+      std::rotate(host.vertex_connected.begin() + begin, host.vertex_connected.begin() + begin + 1,
+                  host.vertex_connected.begin() + end);
+  }
+  MapStore maps;
+  maps.SetAll("shapePreservationList", "shapePreservation", 0, std::vector<float>(mesh.PointCount(), 1.0f));
+  MuscleAssemblyInputs inputs;
+  MuscleScene ascending, hosted;
+  InitializeSolver(mesh, maps, inputs, ascending.node, ascending.solver);
+  InitializeSolver(host, maps, inputs, hosted.node, hosted.solver);
+  const ShapeConstraints& a = *ascending.solver.shape_constraints_;
+  const ShapeConstraints& b = *hosted.solver.shape_constraints_;
+  ASSERT_GT(b.RowCount(), 0u);
+  EXPECT_NE(b.first_points_, a.first_points_);  // another sequence of rows
+
+  ShapeConstraints expected;
+  std::vector<float> lambdas;
+  BuildShapeConstraints(expected, host.points, hosted.node.shape_map_, host.vertex_connected,
+                        hosted.node.vertex_neighbor_counts_, hosted.node.vertex_neighbor_offsets_, lambdas);
+  EXPECT_EQ(b.first_points_, expected.first_points_);
+  EXPECT_EQ(b.centre_points_, expected.centre_points_);
+  EXPECT_EQ(b.third_points_, expected.third_points_);
+  EXPECT_EQ(hosted.node.vertex_neighbors_, host.vertex_neighbors);
+
+  // The skin builds its rows from the same lists.
+  SkinNodeState skin_node;
+  SkinSolver skin;
+  SkinAssemblyInputs skin_inputs;
+  InitSolverData(host, maps, skin_inputs, skin_node, skin);
+  InitShapeConstraints(host, maps, skin_inputs, skin_node, skin);
+  EXPECT_EQ(skin.shape_constraints_->first_points_, expected.first_points_);
+  EXPECT_EQ(skin.shape_constraints_->third_points_, expected.third_points_);
 }

@@ -146,13 +146,13 @@ TEST(MuscleDeformerTest, EnvelopeIterationsAndStartEqualToPreroll) {
 TEST(MuscleDeformerTest, AnAttachmentCountThatChangesMidwayWarnsAndKeepsTheOldMatrices) {
   Timeline t;
   t.frame.preroll_start_time = t.frame.start_time;
-  t.frame.attachments.indices = {0};
-  t.frame.attachments.matrices = {IdentityMatrix()};
+  t.host.attachments.indices = {0};
+  t.host.attachments.matrices = {IdentityMatrix()};
   t.At(10);
   ASSERT_EQ(t.deformer.solver().attachment_constraints_->matrices_.size(), 1u);
   myo_test::LogCapture log;
-  t.frame.attachments.indices = {0, 1};
-  t.frame.attachments.matrices = {TranslationMatrix(1, 0, 0), TranslationMatrix(2, 0, 0)};
+  t.host.attachments.indices = {0, 1};
+  t.host.attachments.matrices = {TranslationMatrix(1, 0, 0), TranslationMatrix(2, 0, 0)};
   t.At(11);
   EXPECT_EQ(log.Count("[MyoForge][Warning] Inconsistency between the solver data and the number of the attachments "
                       "connected. Please, stop the simulation and go to the start frame to reinitialize the system."),
@@ -161,19 +161,55 @@ TEST(MuscleDeformerTest, AnAttachmentCountThatChangesMidwayWarnsAndKeepsTheOldMa
   ASSERT_EQ(kept.size(), 1u);
   EXPECT_TRUE(IsIdentity(kept[0]));
   // The same number again: the new matrix is taken.
-  t.frame.attachments.indices = {0};
-  t.frame.attachments.matrices = {TranslationMatrix(3, 0, 0)};
+  t.host.attachments.indices = {0};
+  t.host.attachments.matrices = {TranslationMatrix(3, 0, 0)};
   t.At(12);
   EXPECT_EQ(t.deformer.solver().attachment_constraints_->matrices_[0][12], 3.0f);
 }
 
 TEST(MuscleDeformerTest, CurrentInfluenceFallsBackWhenItsSetIsGone) {
-  MuscleFrameValues frame;
-  frame.attachments.indices = {0, 1};
-  EXPECT_EQ(ClampCurrentInfluence(3, 1, frame), 1);   // two attachments, the second shown
-  EXPECT_EQ(ClampCurrentInfluence(3, 2, frame), 0);   // beyond the last one
-  frame.attachments.indices.clear();
-  EXPECT_EQ(ClampCurrentInfluence(3, 2, frame), -1);  // none left
-  EXPECT_EQ(ClampCurrentInfluence(3, 0, frame), 0);   // already 0 stays
-  EXPECT_EQ(ClampCurrentInfluence(5, 7, frame), 7);   // a map without sets: untouched
+  InfluenceCounts counts;
+  counts.attachments = 2;
+  EXPECT_EQ(ClampCurrentInfluence(3, 1, counts), 1);   // two attachments, the second shown
+  EXPECT_EQ(ClampCurrentInfluence(3, 2, counts), 0);   // beyond the last one
+  counts.attachments = 0;
+  EXPECT_EQ(ClampCurrentInfluence(3, 2, counts), -1);  // none left
+  EXPECT_EQ(ClampCurrentInfluence(3, 0, counts), 0);   // already 0 stays
+  EXPECT_EQ(ClampCurrentInfluence(5, 7, counts), 7);   // a map without sets: untouched
+  counts.targets = 1;
+  EXPECT_EQ(ClampCurrentInfluence(13, 4, counts), 0);  // slide on geometry counts the targets
+}
+
+TEST(MuscleDeformerTest, TheHostIsAskedInTheOrderOfTheEvaluation) {
+  Timeline t;
+  t.frame.preroll_start_time = t.frame.start_time;
+  t.frame.displayed_weights = 3;  // attachments to transforms on display
+  t.frame.current_influence = 2;
+  t.host.attachments.indices = {4};
+  t.host.attachments.matrices = {IdentityMatrix()};
+
+  // "enable" off: nothing is asked, nothing written.
+  t.frame.enable = false;
+  t.At(10);
+  EXPECT_EQ(t.host.mesh_reads, 0);
+  EXPECT_TRUE(t.host.written_influences.empty());
+  t.frame.enable = true;
+
+  // A build: the clamped influence is written before the mesh is read, and
+  // the targets are asked whole.
+  MuscleEvaluation e = t.At(10);
+  EXPECT_TRUE(e.decision.initialize);
+  EXPECT_EQ(t.host.written_influences, (std::vector<int32_t>{0}));
+  EXPECT_EQ(t.host.reads_at_last_write, 0);
+  EXPECT_EQ(t.host.mesh_reads, 1);
+  EXPECT_EQ(t.host.whole_reads, 1);
+  EXPECT_EQ(e.current_influence, 0);
+
+  // A step: neither the mesh nor whole targets; an influence in range is not written.
+  t.frame.current_influence = 0;
+  e = t.At(11);
+  EXPECT_TRUE(e.stepped);
+  EXPECT_EQ(t.host.mesh_reads, 1);
+  EXPECT_EQ(t.host.whole_reads, 1);
+  EXPECT_EQ(t.host.written_influences.size(), 1u);
 }

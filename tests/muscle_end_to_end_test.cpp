@@ -56,9 +56,10 @@ TEST(MuscleEndToEndTest, AttachedSlidingMuscleFollowsItsBonesAndKeepsItsVolume) 
   frame.use_custom_stiffness = true;
   frame.stiffness = 1e6f;
   frame.max_sliding_distance = 10.0f;  // covers the sway of the bones
-  frame.attachments.indices = {0, 1};
+  host.attachments.indices = {0, 1};
   const Matrix floor_matrix = TranslationMatrix(0.0f, -6.0f, 0.0f);
-  frame.targets = {TargetInput{"floor", 0, &floor, floor_matrix}};
+  const MeshData placed_floor = myo_test::Placed(floor, floor_matrix);
+  host.targets = {TargetInput{"floor", 0, &placed_floor, floor_matrix}};
 
   MuscleDeformer deformer;
   const std::vector<double> input(muscle.points.begin(), muscle.points.end());
@@ -67,7 +68,7 @@ TEST(MuscleEndToEndTest, AttachedSlidingMuscleFollowsItsBonesAndKeepsItsVolume) 
   float worst_attachment = 0.0f, worst_volume = 0.0f;
   for (int f = 1; f <= 101; ++f) {
     frame.current_time = f * kFrame;
-    frame.attachments.matrices = {Bone(0, f), Bone(1, f)};
+    host.attachments.matrices = {Bone(0, f), Bone(1, f)};
     deformer.Evaluate(frame, input, host, maps, output);
     const MuscleSolver& solver = deformer.solver();
     if (f == 1) {

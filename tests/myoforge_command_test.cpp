@@ -102,8 +102,10 @@ TEST(MyoforgeCommand, ListingsAndUsage) {
   EXPECT_EQ(nodes.out.rfind("MyoMuscle ", 0), 0u);
   const auto skin = RunCommand(kBinary, "attributes MyoSkin");
   EXPECT_EQ(skin.exit_code, 0);
-  EXPECT_NE(skin.out.find("\nhardConstraints                     hc      float     1 "), std::string::npos) << skin.out;
-  EXPECT_NE(skin.out.find("\nenvelope                            en      float     1                     0..1"),
+  EXPECT_NE(skin.out.find("\nhardConstraints                     hc      float         1 "), std::string::npos)
+      << skin.out;
+  EXPECT_NE(skin.out.find("\nreferenceMatrix                     refm    float matrix  identity"), std::string::npos);
+  EXPECT_NE(skin.out.find("\nenvelope                            en      float         1                     0..1"),
             std::string::npos);
   EXPECT_EQ(RunCommand(kBinary, "attributes MyoCloth").exit_code, 2);
   EXPECT_EQ(RunCommand(kBinary, "").exit_code, 2);

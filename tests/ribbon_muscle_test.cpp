@@ -33,8 +33,8 @@ std::vector<float> RunHeld(Deformer& deformer, const MeshData& mesh, MuscleFrame
   }
   maps.SetAll("attachmentConstraintsList", "attachmentConstraints", 0, left);
   maps.SetAll("attachmentConstraintsList", "attachmentConstraints", 1, right);
-  frame.attachments.indices = {0, 1};
-  frame.attachments.matrices = {IdentityMatrix(), IdentityMatrix()};
+  host.attachments.indices = {0, 1};
+  host.attachments.matrices = {IdentityMatrix(), IdentityMatrix()};
   frame.start_time = frame.preroll_start_time = kFrame;
   frame.gravity = 980.0f;
   const std::vector<double> input(mesh.points.begin(), mesh.points.end());

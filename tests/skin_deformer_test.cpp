@@ -32,9 +32,16 @@ struct SkinOverBody {
   std::vector<double> output;
 
   SkinOverBody() {
-    frame.reference_mesh = &body;
+    Place(IdentityMatrix());
+    host.reference = &body;
     frame.preroll_start_time = 5 * kFrame;
     frame.start_time = 10 * kFrame;
+  }
+  // The body placed in the world by `matrix`, as its host places it, and the
+  // skin told so through "referenceMatrix".
+  void Place(const Matrix& matrix) {
+    frame.reference_matrix = matrix;
+    FillWorldSpace(matrix, body);
   }
   SkinEvaluation At(float f) {
     frame.current_time = f * kFrame;
@@ -44,28 +51,79 @@ struct SkinOverBody {
 
 }  // namespace
 
-TEST(SkinDeformerTest, AMissingOrEmptyReferenceMeshStopsTheEvaluation) {
+TEST(SkinDeformerTest, AMissingUnreadableOrEmptyReferenceMeshStopsTheEvaluation) {
   SkinOverBody t;
   t.At(10);
   const float last = t.deformer.last_time();
   myo_test::LogCapture log;
-  t.frame.reference_mesh = nullptr;
+  t.host.reference = nullptr;
   const SkinEvaluation missing = t.At(11);
   EXPECT_FALSE(missing.succeeded);
-  EXPECT_EQ(log.Count("[MyoForge][Error] Input reference mesh is null but it is required for muscle1 to compute. "
-                      "Aborting simulation."),
-            1u);
+  const std::string null_message =
+      "[MyoForge][Error] Input reference mesh is null but it is required for muscle1 to compute. Aborting "
+      "simulation.";
+  const std::string unreadable_message =
+      "[MyoForge][Error] Could not retrieve reference mesh data which is required for muscle1 to compute. Aborting "
+      "simulation.";
+  EXPECT_EQ(log.Count(null_message), 1u);
   EXPECT_EQ(t.deformer.last_time(), last);
   EXPECT_EQ(t.output, t.input);
-  const MeshData empty;
-  t.frame.reference_mesh = &empty;
+  // A mesh that is there but cannot be read is not reported as missing.
+  t.host.reference = &t.body;
+  t.host.reference_unreadable = true;
   EXPECT_FALSE(t.At(11).succeeded);
-  EXPECT_EQ(log.Count("[MyoForge][Error] Could not retrieve reference mesh data which is required for muscle1 to "
-                      "compute. Aborting simulation."),
-            1u);
+  EXPECT_EQ(log.Count(unreadable_message), 1u);
+  t.host.reference_unreadable = false;
+  const MeshData empty;
+  t.host.reference = &empty;
+  EXPECT_FALSE(t.At(11).succeeded);
+  EXPECT_EQ(log.Count(unreadable_message), 2u);
+  EXPECT_EQ(log.Count(null_message), 1u);
   // With the reference back, the simulation goes on.
-  t.frame.reference_mesh = &t.body;
+  t.host.reference = &t.body;
   EXPECT_TRUE(t.At(11).stepped);
+}
+
+TEST(SkinDeformerTest, TheReferenceIsReadInTheWorldSpaceOfItsHost) {
+  SkinOverBody t;
+  t.frame.preroll_start_time = t.frame.start_time = kFrame;
+  t.frame.use_custom_stiffness = true;
+  t.frame.stiffness = 1e8f;
+  ASSERT_TRUE(t.At(1).succeeded);
+  // The host moves the body up by 1 while "referenceMatrix" stays: the skin
+  // follows the points the host hands over, hard everywhere by default.
+  for (uint32_t i = 0; i < t.body.PointCount(); ++i) t.body.world_points[3 * i + 1] += 1.0f;
+  for (int f = 2; f <= 4; ++f) ASSERT_TRUE(t.At(static_cast<float>(f)).stepped);
+  const std::vector<float>& p = t.deformer.solver().positions_;
+  for (uint32_t i = 0; i < t.skin.PointCount(); ++i)
+    ASSERT_NEAR(p[3 * i + 1], t.skin.points[3 * i + 1] + 1.0f, 1e-3f) << i;
+}
+
+TEST(SkinDeformerTest, AReferenceThatChangesItsVertexCountIsWarnedOnceAndNotRead) {
+  SkinOverBody t;
+  t.frame.preroll_start_time = t.frame.start_time = kFrame;
+  ASSERT_TRUE(t.At(1).succeeded);
+  ASSERT_TRUE(t.At(2).stepped);
+  const std::vector<float> reference = t.deformer.solver().uber_constraints_->reference_positions_;
+  MeshData finer = myo_test::Placed(myo_test::BuildMesh(myo_scenes::MakeSpindle(14, 12, 10.0f, 2.0f)),
+                                    myo_test::Affine(0.0f, 3.0f, 0.0f));
+  const std::string warning = "[MyoForge][Warning] Reference mesh of muscle1 has " +
+                              std::to_string(finer.PointCount()) + " vertices instead of the " +
+                              std::to_string(t.body.PointCount()) +
+                              " it was bound to. The skin keeps the last reference shape until it is initialized "
+                              "again.";
+  myo_test::LogCapture log;
+  t.host.reference = &finer;
+  for (int f = 3; f <= 5; ++f) EXPECT_TRUE(t.At(static_cast<float>(f)).stepped);
+  EXPECT_EQ(log.Count(warning), 1u);
+  EXPECT_EQ(t.deformer.solver().uber_constraints_->reference_positions_, reference);
+  for (float v : t.deformer.solver().positions_) ASSERT_TRUE(std::isfinite(v));
+  // Read again once it fits; a later change is told again.
+  t.host.reference = &t.body;
+  EXPECT_TRUE(t.At(6).stepped);
+  t.host.reference = &finer;
+  EXPECT_TRUE(t.At(7).stepped);
+  EXPECT_EQ(log.Count(warning), 2u);
 }
 
 TEST(SkinDeformerTest, TheStartRebuildsFromThePrerollPose) {
@@ -143,7 +201,7 @@ TEST(SkinDeformerTest, SkinOverAMovingBodyFollowsSlidesAndStaysFinite) {
   for (int f = 1; f <= 200; ++f) {
     // The body turns about z and drifts along y.
     const float angle = 0.3f * std::sin(f * 0.05f);
-    t.frame.reference_matrix = myo_test::RotationZ(angle, {0.0f, 0.5f * std::sin(f * 0.03f), 0.0f});
+    t.Place(myo_test::RotationZ(angle, {0.0f, 0.5f * std::sin(f * 0.03f), 0.0f}));
     ASSERT_TRUE(t.At(static_cast<float>(f)).succeeded);
     const std::vector<float>& p = t.deformer.solver().positions_;
     for (float v : p) ASSERT_TRUE(std::isfinite(v)) << "frame " << f;

@@ -25,17 +25,16 @@ const std::string kUnexpectedPolygons =
 
 }  // namespace
 
-TEST(TargetMeshTest, BuildPlacesTheMeshInWorldSpaceWithItsTopology) {
-  const MeshData grid = GridData(2, 1, 2.0f);  // 6 points, 2 quads, 4 triangles
+TEST(TargetMeshTest, BuildTakesTheHostsWorldSpaceAndOrdersWithTheTopology) {
   const Matrix matrix = TranslationMatrix(1.0f, 2.0f, 3.0f);
+  MeshData grid = myo_test::Placed(GridData(2, 1, 2.0f), matrix);  // 6 points, 2 quads, 4 triangles
   TargetMesh target;
   ASSERT_TRUE(BuildTargetMesh(grid, matrix, target));
   EXPECT_EQ(target.vertex_count_, 6u);
   EXPECT_EQ(target.polygon_count_, 2u);
   EXPECT_EQ(target.normal_count_, 6u);
   EXPECT_TRUE(target.has_transform_);
-  for (uint32_t v = 0; v < 6; ++v)
-    myo_test::ExpectVec(Load3(target.vertices_.data(), v), Load3(grid.points.data(), v) + Vec3{1.0f, 2.0f, 3.0f}, 0.0f);
+  EXPECT_EQ(target.vertices_, grid.world_points);
   myo_test::ExpectVec(TransformPoint({1.0f, 2.0f, 3.0f}, target.world_matrix_inverse_), {0.0f, 0.0f, 0.0f}, 1e-6f);
   // The grid faces +y, and so do the vertex normals.
   for (uint32_t f = 0; f < 2; ++f) myo_test::ExpectVec(Load3(target.polygon_normals_.data(), f), {0.0f, 1.0f, 0.0f}, 0.0f);
@@ -47,16 +46,29 @@ TEST(TargetMeshTest, BuildPlacesTheMeshInWorldSpaceWithItsTopology) {
   EXPECT_EQ(target.vertex_polygon_counts_, (std::vector<int32_t>{1, 2, 1, 1, 2, 1}));
   EXPECT_EQ(target.vertex_polygons_, (std::vector<int32_t>{0, 0, 1, 1, 0, 0, 1, 1}));
 
-  TargetMesh untransformed;
-  ASSERT_TRUE(BuildTargetMesh(grid, IdentityMatrix(), untransformed));
-  EXPECT_FALSE(untransformed.has_transform_);
+  // Points and normals are the host's, not derived from the matrix: a host
+  // whose normals lean (as a smoothing host's might) and whose polygons
+  // around a point come in another order is read as it is.
+  grid.world_polygon_normals = {0.0f, 0.6f, 0.8f, 0.6f, 0.8f, 0.0f};
+  grid.world_points[0] = 7.0f;
+  std::swap(grid.vertex_faces[1], grid.vertex_faces[2]);  // the middle point of the first row: 1, 0
+  TargetMesh handed;
+  ASSERT_TRUE(BuildTargetMesh(grid, IdentityMatrix(), handed));
+  EXPECT_FALSE(handed.has_transform_);
+  EXPECT_EQ(handed.polygon_normals_, grid.world_polygon_normals);
+  EXPECT_EQ(handed.vertices_[0], 7.0f);
+  EXPECT_EQ(handed.vertex_polygons_, (std::vector<int32_t>{0, 1, 0, 1, 0, 0, 1, 1}));
+
+  // Without world space there is nothing to place the target with.
+  MeshData bare = GridData(2, 1, 2.0f);
+  EXPECT_FALSE(BuildTargetMesh(bare, IdentityMatrix(), handed));
+  EXPECT_EQ(handed.vertex_count_, 0u);
 }
 
-TEST(TargetMeshTest, NormalsFollowTheMatrixAndTheWinding) {
-  const MeshData grid = GridData(1, 1, 1.0f);
-  TargetMesh target;
-  ASSERT_TRUE(BuildTargetMesh(grid, myo_test::RotationZ(static_cast<float>(M_PI / 2), {0.0f, 0.0f, 0.0f}), target));
-  myo_test::ExpectVec(Load3(target.polygon_normals_.data(), 0), {-1.0f, 0.0f, 0.0f}, 1e-6f);
+TEST(TargetMeshTest, WorldSpaceOfAPlacedMeshFollowsTheMatrixAndTheWinding) {
+  const MeshData grid = myo_test::Placed(GridData(1, 1, 1.0f), myo_test::RotationZ(static_cast<float>(M_PI / 2),
+                                                                                   {0.0f, 0.0f, 0.0f}));
+  myo_test::ExpectVec(Load3(grid.world_polygon_normals.data(), 0), {-1.0f, 0.0f, 0.0f}, 1e-6f);
 
   // A tilted, non-planar quad: Newell's normal is the mean plane's, whatever
   // vertex the loop starts from.
@@ -65,30 +77,30 @@ TEST(TargetMeshTest, NormalsFollowTheMatrixAndTheWinding) {
   ASSERT_TRUE(BuildMeshData({0, 0, 0, 1, 0, 0.2f, 1, 1, 0, 0, 1, 0.2f}, {4}, {0, 1, 2, 3}, quad, error));
   MeshData rolled;
   ASSERT_TRUE(BuildMeshData(quad.points, {4}, {1, 2, 3, 0}, rolled, error));
-  TargetMesh a, b;
-  ASSERT_TRUE(BuildTargetMesh(quad, IdentityMatrix(), a));
-  ASSERT_TRUE(BuildTargetMesh(rolled, IdentityMatrix(), b));
-  const Vec3 n = Load3(a.polygon_normals_.data(), 0);
+  FillWorldSpace(IdentityMatrix(), quad);
+  FillWorldSpace(IdentityMatrix(), rolled);
+  const Vec3 n = Load3(quad.world_polygon_normals.data(), 0);
   EXPECT_NEAR(Length(n), 1.0f, 1e-6f);
   EXPECT_GT(n.z, 0.9f);
-  myo_test::ExpectVec(Load3(b.polygon_normals_.data(), 0), n, 1e-6f);
+  myo_test::ExpectVec(Load3(rolled.world_polygon_normals.data(), 0), n, 1e-6f);
+  EXPECT_EQ(quad.world_points, quad.points);
 }
 
 TEST(TargetMeshTest, BuildRefusesEmptyAndInconsistentMeshes) {
   myo_test::LogCapture log;
   TargetMesh target;
-  ASSERT_TRUE(BuildTargetMesh(GridData(1, 1, 1.0f), IdentityMatrix(), target));
+  ASSERT_TRUE(BuildTargetMesh(myo_test::Placed(GridData(1, 1, 1.0f), IdentityMatrix()), IdentityMatrix(), target));
   EXPECT_FALSE(BuildTargetMesh(MeshData{}, IdentityMatrix(), target));
   EXPECT_EQ(target.vertex_count_, 0u);
   EXPECT_TRUE(target.triangle_vertices_.empty());
   EXPECT_TRUE(log.lines().empty());
 
-  MeshData missing_triangulation = GridData(2, 2, 1.0f);
+  MeshData missing_triangulation = myo_test::Placed(GridData(2, 2, 1.0f), IdentityMatrix());
   missing_triangulation.polygon_triangle_counts.pop_back();
   EXPECT_FALSE(BuildTargetMesh(missing_triangulation, IdentityMatrix(), target));
   EXPECT_EQ(log.Count(kUnexpectedPolygons), 1u);
 
-  MeshData bad_index = GridData(2, 2, 1.0f);
+  MeshData bad_index = myo_test::Placed(GridData(2, 2, 1.0f), IdentityMatrix());
   bad_index.triangle_vertices[4] = 99;
   EXPECT_FALSE(BuildTargetMesh(bad_index, IdentityMatrix(), target));
   EXPECT_EQ(log.Count(kUnexpectedPolygons), 2u);
@@ -116,8 +128,8 @@ TEST(TargetMeshTest, AnOffsetInTheTriangleFrameTurnsWithTheTriangle) {
   const MeshData grid = GridData(1, 1, 1.0f);
   const Matrix turn = myo_test::RotationZ(0.6f, {0.3f, -1.0f, 2.0f});
   TargetMesh rest, moved;
-  ASSERT_TRUE(BuildTargetMesh(grid, IdentityMatrix(), rest));
-  ASSERT_TRUE(BuildTargetMesh(grid, turn, moved));
+  ASSERT_TRUE(BuildTargetMesh(myo_test::Placed(grid, IdentityMatrix()), IdentityMatrix(), rest));
+  ASSERT_TRUE(BuildTargetMesh(myo_test::Placed(grid, turn), turn, moved));
   const Vec3 surface = {0.1f, 0.0f, 0.2f};
   const Vec3 point = {0.4f, 0.7f, -0.1f};
   const int32_t* corners = rest.triangle_vertices_.data();
@@ -130,32 +142,49 @@ TEST(TargetMeshTest, AnOffsetInTheTriangleFrameTurnsWithTheTriangle) {
   myo_test::ExpectVec(moved_surface + TransformColumn(moved_frame, local), TransformPoint(point, turn), 1e-5f);
 }
 
-TEST(TargetMeshTest, UpdateTargetsRefreshesPositionsAndKeepsTheTopology) {
-  const MeshData grid = GridData(2, 2, 2.0f);
+TEST(TargetMeshTest, UpdateTargetsRefreshesTheWorldSpaceAndKeepsTheTopology) {
+  const MeshData grid = myo_test::Placed(GridData(2, 2, 2.0f), IdentityMatrix());
   std::vector<TargetMesh> targets(1);
   ASSERT_TRUE(BuildTargetMesh(grid, IdentityMatrix(), targets[0]));
   const std::vector<int32_t> topology = targets[0].triangle_vertices_;
 
+  // A frame hands the world space alone: the topology stays frozen.
   const Matrix moved = myo_test::RotationZ(static_cast<float>(M_PI / 2), {0.0f, 5.0f, 0.0f});
-  UpdateTargets(targets, {TargetInput{"grid", 0, &grid, moved}}, true);
+  const MeshData turned = myo_test::Placed(grid, moved);
+  MeshData points_only;
+  points_only.points = turned.points;
+  points_only.world_points = turned.world_points;
+  points_only.world_polygon_normals = turned.world_polygon_normals;
+  UpdateTargets(targets, {TargetInput{"grid", 0, &points_only, moved}}, true);
   EXPECT_TRUE(targets[0].has_transform_);
-  myo_test::ExpectVec(Load3(targets[0].vertices_.data(), 4), {0.0f, 5.0f, 0.0f}, 1e-6f);
-  myo_test::ExpectVec(Load3(targets[0].polygon_normals_.data(), 3), {-1.0f, 0.0f, 0.0f}, 1e-6f);
-  myo_test::ExpectVec(TransformPoint({0.0f, 5.0f, 0.0f}, targets[0].world_matrix_inverse_), {0.0f, 0.0f, 0.0f}, 1e-6f);
-
-  // A missing mesh leaves the record unusable for the frame; it comes back with the mesh.
-  UpdateTargets(targets, {TargetInput{"grid", 0, nullptr, moved}}, true);
-  EXPECT_EQ(targets[0].vertex_count_, 0u);
-  EXPECT_TRUE(targets[0].vertices_.empty());
+  EXPECT_EQ(targets[0].vertices_, turned.world_points);
+  EXPECT_EQ(targets[0].polygon_normals_, turned.world_polygon_normals);
   EXPECT_EQ(targets[0].triangle_vertices_, topology);
-  UpdateTargets(targets, {TargetInput{"grid", 0, &grid, IdentityMatrix()}}, true);
-  EXPECT_EQ(targets[0].vertex_count_, grid.PointCount());
-  EXPECT_FALSE(targets[0].has_transform_);
+  myo_test::ExpectVec(TransformPoint({0.0f, 5.0f, 0.0f}, targets[0].world_matrix_inverse_), {0.0f, 0.0f, 0.0f}, 1e-6f);
+}
+
+TEST(TargetMeshTest, AMissingOrEmptyTargetIsClearedUntilTheNextBuild) {
+  myo_test::LogCapture log;
+  const MeshData grid = myo_test::Placed(GridData(2, 2, 2.0f), IdentityMatrix());
+  for (const bool null_mesh : {true, false}) {
+    SCOPED_TRACE(null_mesh);
+    std::vector<TargetMesh> targets(1);
+    ASSERT_TRUE(BuildTargetMesh(grid, IdentityMatrix(), targets[0]));
+    const MeshData empty;
+    UpdateTargets(targets, {TargetInput{"grid", 0, null_mesh ? nullptr : &empty, IdentityMatrix()}}, true);
+    EXPECT_EQ(targets[0].vertex_count_, 0u);
+    EXPECT_TRUE(targets[0].triangle_vertices_.empty());
+    EXPECT_EQ(targets[0].TopologyVertexCount(), 0u);
+    // Its mesh coming back does not bring the record back: its rows stay inert.
+    UpdateTargets(targets, {TargetInput{"grid", 0, &grid, IdentityMatrix()}}, true);
+    EXPECT_EQ(targets[0].vertex_count_, 0u);
+  }
+  EXPECT_TRUE(log.lines().empty());
 }
 
 TEST(TargetMeshTest, UpdateTargetsWarnsOnlyWhileNotPlaying) {
   myo_test::LogCapture log;
-  const MeshData grid = GridData(2, 2, 2.0f);
+  const MeshData grid = myo_test::Placed(GridData(2, 2, 2.0f), IdentityMatrix());
   std::vector<TargetMesh> targets(1);
   ASSERT_TRUE(BuildTargetMesh(grid, IdentityMatrix(), targets[0]));
   const std::vector<TargetInput> two = {{"a", 0, &grid, TranslationMatrix(1, 0, 0)}, {"b", 1, &grid, IdentityMatrix()}};
@@ -169,8 +198,10 @@ TEST(TargetMeshTest, UpdateTargetsWarnsOnlyWhileNotPlaying) {
   // Nothing was refreshed.
   EXPECT_FALSE(targets[0].has_transform_);
 
-  // A mesh whose vertex count changed is ignored, with a warning while not playing.
-  const MeshData bigger = GridData(3, 2, 2.0f);
+  // A mesh whose vertex count changed would have the frozen triangles index
+  // past its points: it is ignored instead, with a warning while not
+  // playing, and comes back once its count is that of the build again.
+  const MeshData bigger = myo_test::Placed(GridData(3, 2, 2.0f), IdentityMatrix());
   UpdateTargets(targets, {TargetInput{"a", 0, &bigger, IdentityMatrix()}}, false);
   EXPECT_EQ(targets[0].vertex_count_, 0u);
   EXPECT_EQ(log.lines().size(), 1u);
@@ -178,4 +209,6 @@ TEST(TargetMeshTest, UpdateTargetsWarnsOnlyWhileNotPlaying) {
   EXPECT_EQ(log.Count("[MyoForge][Warning] Target a has 12 vertices instead of the 9 it was initialized with. "
                       "This target is ignored while its vertex count differs."),
             1u);
+  UpdateTargets(targets, {TargetInput{"a", 0, &grid, IdentityMatrix()}}, true);
+  EXPECT_EQ(targets[0].vertex_count_, 9u);
 }

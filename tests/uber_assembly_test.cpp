@@ -27,7 +27,8 @@ const std::vector<Vec3> kSurfacePoints = {{-0.5f, 0.0f, 0.25f}, {0.3f, 0.0f, -0.
                                           {-1.4f, 0.0f, -1.1f}};
 
 struct Binding {
-  myo_core::MeshData reference = myo_test::BuildMesh(myo_scenes::MakeGrid(4, 4, 4.0f, 4.0f));
+  myo_core::MeshData reference =
+      myo_test::Placed(myo_test::BuildMesh(myo_scenes::MakeGrid(4, 4, 4.0f, 4.0f)), myo_core::IdentityMatrix());
   myo_core::MapStore maps;
   myo_core::UberBindingInput input;
   std::vector<float> positions;
@@ -40,6 +41,11 @@ struct Binding {
     for (Vec3 q : kSurfacePoints) positions.insert(positions.end(), {q.x, 0.5f, q.z});
   }
   bool Bind() { return myo_core::InitUberConstraints(input, maps, positions, lambdas, max_sliding_map, uber); }
+  // The reference placed in the world by `matrix`, as its host places it.
+  void Place(const Matrix& matrix) {
+    input.reference_matrix = matrix;
+    myo_core::FillWorldSpace(matrix, reference);
+  }
   uint32_t Count() const { return static_cast<uint32_t>(positions.size() / 3); }
   void SetMaps(const std::vector<float>& hard, const std::vector<float>& soft, const std::vector<float>& slide) {
     maps.SetAll("hardConstraintsList", "hardConstraints", 0, hard);
@@ -94,7 +100,7 @@ TEST(UberAssembly, BindingWorksInTheReferenceSpaceAndKeepsTheWorld) {
   // The reference turned and moved; the skin's points placed in world space
   // over the turned grid and handed over in the skin's own object space.
   Binding b;
-  b.input.reference_matrix = myo_test::RotationZ(0.4f, {1.0f, 2.0f, -3.0f});
+  b.Place(myo_test::RotationZ(0.4f, {1.0f, 2.0f, -3.0f}));
   b.input.world_matrix = myo_test::Affine(0.0f, 1.0f, 0.0f);
   const Matrix skin_inverse = myo_core::InvertMatrix(b.input.world_matrix);
   for (uint32_t i = 0; i < b.Count(); ++i) {
@@ -237,6 +243,7 @@ TEST(UberAssembly, ReadReferenceMeshFollowsTheMeshOfEachStep) {
   const std::vector<float> normals = b.uber.polygon_normals_;
   myo_core::MeshData raised = b.reference;
   for (uint32_t v = 0; v < raised.PointCount(); ++v) raised.points[3 * v + 1] += 1.0f;
+  myo_core::FillWorldSpace(myo_core::IdentityMatrix(), raised);
   ASSERT_TRUE(myo_core::ReadReferenceMesh(raised, myo_core::IdentityMatrix(), b.uber));
   EXPECT_EQ(b.uber.reference_positions_, raised.points);
   EXPECT_EQ(b.uber.polygon_normals_, normals);
@@ -245,7 +252,8 @@ TEST(UberAssembly, ReadReferenceMeshFollowsTheMeshOfEachStep) {
   for (uint32_t i = 0; i < b.Count(); ++i)
     ExpectVec(myo_core::Load3(b.positions.data(), i), {kSurfacePoints[i].x, 1.5f, kSurfacePoints[i].z}, 1e-5f);
 
-  myo_core::MeshData smaller = myo_test::BuildMesh(myo_scenes::MakeGrid(2, 2, 4.0f, 4.0f));
+  const myo_core::MeshData smaller =
+      myo_test::Placed(myo_test::BuildMesh(myo_scenes::MakeGrid(2, 2, 4.0f, 4.0f)), myo_core::IdentityMatrix());
   EXPECT_FALSE(myo_core::ReadReferenceMesh(smaller, myo_core::IdentityMatrix(), b.uber));
   EXPECT_EQ(b.uber.reference_positions_, raised.points);
 }

@@ -18,7 +18,8 @@ std::string Number(double value) {
 
 std::string DefaultText(const AttributeInfo& info) {
   switch (info.type) {
-    case AttributeType::kMatrix: return "identity";
+    case AttributeType::kMatrix:
+    case AttributeType::kFloatMatrix: return "identity";
     case AttributeType::kMesh:
     case AttributeType::kCompound: return "-";
     case AttributeType::kBool: return info.Default() != 0.0 ? "true" : "false";
@@ -55,7 +56,7 @@ void AppendTable(const myo_core::AttributeTable& table, std::ostringstream& out)
       for (const myo_core::EnumField& field : info.fields)
         notes += " " + std::to_string(field.value) + "=\"" + field.name + "\"";
     }
-    out << std::left << std::setw(36) << info.long_name << std::setw(8) << info.short_name << std::setw(10)
+    out << std::left << std::setw(36) << info.long_name << std::setw(8) << info.short_name << std::setw(14)
         << TypeName(info.type) << std::setw(22) << DefaultText(info) << std::setw(14) << Range(info.min, info.max)
         << std::setw(14) << Range(info.soft_min, info.soft_max) << notes << "\n";
   }
@@ -71,7 +72,7 @@ std::string NodeListing() {
 
 std::string AttributeListing(const NodeType& type) {
   std::ostringstream out;
-  out << std::left << std::setw(36) << "attribute" << std::setw(8) << "short" << std::setw(10) << "type"
+  out << std::left << std::setw(36) << "attribute" << std::setw(8) << "short" << std::setw(14) << "type"
       << std::setw(22) << "default" << std::setw(14) << "limits" << std::setw(14) << "soft limits"
       << "notes\n";
   AppendTable(*type.attributes, out);

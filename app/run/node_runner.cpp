@@ -6,7 +6,6 @@
 #include "app/run/scene_attribute_source.h"
 #include "core/attributes/frame_readers.h"
 #include "core/kernels/volume_constraint.h"
-#include "core/paint/weight_maps.h"
 
 namespace myo_app {
 
@@ -24,7 +23,7 @@ double MaxSpeed(const std::vector<float>& velocities) {
 }  // namespace
 
 NodeRunner::NodeRunner(const Scene& scene, const SceneNode& node)
-    : scene_(scene), node_(node), host_(node.name, static_cast<float>(scene.timeline.fps)) {
+    : scene_(scene), node_(node), host_(scene, node) {
   output_ = scene.BaseMesh(node)->data;
   for (const SceneMap& map : node.maps) {
     const uint32_t width = map.children.empty() ? 1u : static_cast<uint32_t>(map.children.size());
@@ -44,47 +43,6 @@ myo_core::Matrix NodeRunner::LocalToWorld(double frame) const {
   return ToFloatMatrix(scene_.WorldMatrix(base->parent, frame));
 }
 
-myo_core::ConnectedMatrices NodeRunner::Connected(const std::string& list, const std::vector<std::string>& children,
-                                                  double frame) const {
-  // Logical indices with every child connected, ascending.
-  std::map<uint32_t, std::vector<const SceneConnection*>> by_index;
-  for (const SceneConnection& c : node_.connections)
-    if (c.list == list) by_index[c.index].push_back(&c);
-  myo_core::ConnectedMatrices out;
-  for (const auto& [index, connections] : by_index) {
-    std::vector<myo_core::Matrix> matrices;
-    for (const std::string& child : children)
-      for (const SceneConnection* c : connections)
-        if (c->attribute == child) matrices.push_back(ToFloatMatrix(scene_.WorldMatrix(c->source, frame)));
-    if (matrices.size() != children.size()) continue;
-    out.indices.push_back(index);
-    out.matrices.insert(out.matrices.end(), matrices.begin(), matrices.end());
-  }
-  return out;
-}
-
-std::vector<myo_core::TargetInput> NodeRunner::Targets(double frame, const MeshLookup& meshes) const {
-  std::map<uint32_t, myo_core::TargetInput> by_index;
-  std::map<uint32_t, int> parts;
-  for (const SceneConnection& c : node_.connections) {
-    if (c.list != "targets") continue;
-    myo_core::TargetInput& target = by_index[c.index];
-    target.logical_index = c.index;
-    if (c.attribute == "targetWorldMesh") {
-      target.mesh = meshes(c.source);
-      target.name = c.source;
-      ++parts[c.index];
-    } else if (c.attribute == "targetWorldMatrix") {
-      target.world_matrix = ToFloatMatrix(scene_.WorldMatrix(c.source, frame));
-      ++parts[c.index];
-    }
-  }
-  std::vector<myo_core::TargetInput> out;
-  for (auto& [index, target] : by_index)
-    if (parts[index] == 2) out.push_back(std::move(target));
-  return out;
-}
-
 void NodeRunner::TakeOutput(const myo_core::SolverData& solver) {
   for (std::size_t i = 0; i < output_points_.size() && i < output_.points.size(); ++i)
     output_.points[i] = static_cast<float>(output_points_[i]);
@@ -93,17 +51,12 @@ void NodeRunner::TakeOutput(const myo_core::SolverData& solver) {
 }
 
 template <class Deformer>
-bool NodeRunner::EvaluateMuscle(Deformer& deformer, double frame, const MeshLookup& meshes, bool with_volume) {
+bool NodeRunner::EvaluateMuscle(Deformer& deformer, double frame, bool with_volume) {
   const SceneAttributeSource source(scene_, node_, frame);
   myo_core::MuscleFrameValues values;
   myo_core::ReadMuscleFrameValues(source, with_volume, values);
   values.envelope = static_cast<float>(source.Number("envelope"));
   values.local_to_world = LocalToWorld(frame);
-  values.attachments = Connected("attachmentConstraintsList",
-                                 myo_core::InfluenceConnectionChildren(myo_core::InfluenceKind::kAttachments), frame);
-  values.segments = Connected("slideOnSegmentConstraintsList",
-                              myo_core::InfluenceConnectionChildren(myo_core::InfluenceKind::kSegments), frame);
-  values.targets = Targets(frame, meshes);
   const myo_core::MuscleEvaluation result = deformer.Evaluate(values, input_points_, host_, maps_, output_points_);
   figures_.stepped = result.stepped;
   TakeOutput(deformer.solver());
@@ -116,14 +69,12 @@ bool NodeRunner::EvaluateMuscle(Deformer& deformer, double frame, const MeshLook
   return true;
 }
 
-bool NodeRunner::EvaluateSkin(double frame, const MeshLookup& meshes, std::string& error) {
+bool NodeRunner::EvaluateSkin(double frame, std::string& error) {
   const SceneAttributeSource source(scene_, node_, frame);
   myo_core::SkinFrameValues values;
   myo_core::ReadSkinFrameValues(source, values);
   values.envelope = static_cast<float>(source.Number("envelope"));
   values.local_to_world = LocalToWorld(frame);
-  for (const SceneConnection& c : node_.connections)
-    if (c.attribute == "referenceMesh") values.reference_mesh = meshes(c.source);
   const myo_core::SkinEvaluation result = skin_->Evaluate(values, input_points_, host_, maps_, output_points_);
   figures_.stepped = result.stepped;
   TakeOutput(skin_->solver());
@@ -135,9 +86,9 @@ bool NodeRunner::EvaluateSkin(double frame, const MeshLookup& meshes, std::strin
   return true;
 }
 
-bool NodeRunner::Evaluate(double frame, bool playing, const MeshLookup& meshes, std::string& error) {
-  const myo_core::MeshData* input = meshes(node_.input);
-  host_.SetFrame(playing, input);
+bool NodeRunner::Evaluate(double frame, bool playing, SceneMeshes& meshes, std::string& error) {
+  const myo_core::MeshData* input = meshes.ObjectMesh(node_.input);
+  host_.SetFrame(frame, playing, meshes);
   input_points_.assign(input->points.begin(), input->points.end());
   output_points_.clear();
   output_.points = input->points;
@@ -145,9 +96,9 @@ bool NodeRunner::Evaluate(double frame, bool playing, const MeshLookup& meshes, 
   const auto begin = std::chrono::steady_clock::now();
   bool ok = true;
   switch (node_.type->kind) {
-    case NodeKind::kMuscle: ok = EvaluateMuscle(*muscle_, frame, meshes, true); break;
-    case NodeKind::kRibbonMuscle: ok = EvaluateMuscle(*ribbon_, frame, meshes, false); break;
-    case NodeKind::kSkin: ok = EvaluateSkin(frame, meshes, error); break;
+    case NodeKind::kMuscle: ok = EvaluateMuscle(*muscle_, frame, true); break;
+    case NodeKind::kRibbonMuscle: ok = EvaluateMuscle(*ribbon_, frame, false); break;
+    case NodeKind::kSkin: ok = EvaluateSkin(frame, error); break;
   }
   figures_.evaluate_ms = std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - begin).count();
   return ok;

@@ -26,18 +26,15 @@ struct NodeFigures {
   double max_speed = 0.0;      // largest point speed, scene units per second
 };
 
-// The mesh of a scene name at the current frame: a mesh of the file or a
-// node's output. Null for other names.
-using MeshLookup = std::function<const myo_core::MeshData*(const std::string&)>;
-
 class NodeRunner {
  public:
   NodeRunner(const Scene& scene, const SceneNode& node);
   ~NodeRunner();
 
-  // Evaluates the node at `frame`. False with a message when the deformer
-  // fails; the output then keeps its input points.
-  bool Evaluate(double frame, bool playing, const MeshLookup& meshes, std::string& error);
+  // Evaluates the node at `frame`, its input and connected meshes taken from
+  // `meshes`. False with a message when the deformer fails; the output then
+  // keeps its input points.
+  bool Evaluate(double frame, bool playing, SceneMeshes& meshes, std::string& error);
 
   const SceneNode& node() const { return node_; }
   const myo_core::MeshData& output() const { return output_; }
@@ -45,11 +42,8 @@ class NodeRunner {
 
  private:
   template <class Deformer>
-  bool EvaluateMuscle(Deformer& deformer, double frame, const MeshLookup& meshes, bool with_volume);
-  bool EvaluateSkin(double frame, const MeshLookup& meshes, std::string& error);
-  myo_core::ConnectedMatrices Connected(const std::string& list, const std::vector<std::string>& children,
-                                        double frame) const;
-  std::vector<myo_core::TargetInput> Targets(double frame, const MeshLookup& meshes) const;
+  bool EvaluateMuscle(Deformer& deformer, double frame, bool with_volume);
+  bool EvaluateSkin(double frame, std::string& error);
   myo_core::Matrix LocalToWorld(double frame) const;
   void TakeOutput(const myo_core::SolverData& solver);
 

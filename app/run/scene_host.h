@@ -1,37 +1,59 @@
 #pragma once
-// The host services a deformer asks of the standalone host: whether the time
-// line is playing, its frame rate, the input mesh and the node's name. The
-// host's own progress bar counts frames, so a build shows none of its own.
+// The host a deformer of a scene asks for what is not an attribute: whether
+// the time line is playing, its frame rate, the input mesh, the node's name,
+// and its connections at the current frame: the matrices of its
+// influences, its targets and its reference mesh. The host's own progress
+// bar counts frames, so a build shows none of its own. No paint tool shows a
+// map here, so "currentInfluence" is never clamped and never written.
 
 #include <string>
+#include <vector>
 
+#include "app/scene/scene.h"
 #include "core/host/deformer_host.h"
 
 namespace myo_app {
 
+// The meshes of a scene by name at the current frame: a mesh of the file or
+// a node's output, in object space, and the same with its world space (that
+// of the transform that places the mesh, or of the node's base mesh). Null
+// for other names.
+class SceneMeshes {
+ public:
+  virtual ~SceneMeshes() = default;
+  virtual const myo_core::MeshData* ObjectMesh(const std::string& name) = 0;
+  virtual const myo_core::MeshData* WorldMesh(const std::string& name) = 0;
+};
+
 class SceneHost : public myo_core::DeformerHost {
  public:
-  SceneHost(std::string name, float fps) : name_(std::move(name)), fps_(fps) {}
+  SceneHost(const Scene& scene, const SceneNode& node);
+
+  // The frame the next evaluation plays, whether the time line plays, and
+  // where meshes come from.
+  void SetFrame(double frame, bool playing, SceneMeshes& meshes);
 
   bool IsPlaying() const override { return playing_; }
-  float FramesPerSecond() const override { return fps_; }
-  bool ReadInputMesh(myo_core::MeshData& mesh) override {
-    if (input_ == nullptr) return false;
-    mesh = *input_;
-    return true;
-  }
-  std::string NodeName() const override { return name_; }
+  float FramesPerSecond() const override { return static_cast<float>(scene_.timeline.fps); }
+  bool ReadInputMesh(myo_core::MeshData& mesh) override;
+  std::string NodeName() const override { return node_.name; }
 
-  void SetFrame(bool playing, const myo_core::MeshData* input) {
-    playing_ = playing;
-    input_ = input;
-  }
+  void ReadAttachmentMatrices(myo_core::ConnectedMatrices& out) override;
+  void ReadSegmentMatrices(myo_core::ConnectedMatrices& out) override;
+  void ReadTargets(bool whole, std::vector<myo_core::TargetInput>& out) override;
+  myo_core::MeshInput ReadReferenceMesh(bool whole, const myo_core::MeshData*& mesh) override;
 
  private:
-  std::string name_;
-  float fps_;
+  // Logical indices with every child of `children` connected, ascending, and
+  // the world matrices of the transforms connected to them.
+  void ReadConnected(const std::string& list, const std::vector<std::string>& children,
+                     myo_core::ConnectedMatrices& out) const;
+
+  const Scene& scene_;
+  const SceneNode& node_;
+  double frame_ = 0.0;
   bool playing_ = false;
-  const myo_core::MeshData* input_ = nullptr;
+  SceneMeshes* meshes_ = nullptr;
 };
 
 }  // namespace myo_app

@@ -13,6 +13,7 @@
 #include <nlohmann/json.hpp>
 
 #include "app/run/node_runner.h"
+#include "app/run/scene_meshes.h"
 #include "core/log/logger.h"
 #include "io/atomic_file.h"
 #include "io/obj_mesh.h"
@@ -68,11 +69,13 @@ class SceneRun {
     const std::size_t total = static_cast<std::size_t>(t.end - t.preroll) + 1;
     std::string csv = "frame,node,stepped,evaluate_ms,iterations,volume_ratio,max_speed\n";
     std::size_t done = 0;
+    RunMeshes meshes(scene_, Outputs());
     for (double frame = t.preroll; frame <= t.end; frame += 1.0) {
       if (options_.interrupted != nullptr && options_.interrupted->load()) return RunResult::kInterrupted;
       const bool playing = frame != t.preroll;
+      meshes.SetFrame(frame);
       for (auto& runner : runners_) {
-        if (!runner->Evaluate(frame, playing, Lookup(), error)) return RunResult::kFailed;
+        if (!runner->Evaluate(frame, playing, meshes, error)) return RunResult::kFailed;
         if (frame >= t.start) Record(frame, *runner, csv);
       }
       if (frame >= t.start && !WriteFrame(frame, error)) return RunResult::kFailed;
@@ -89,12 +92,10 @@ class SceneRun {
  private:
   std::string Path(const std::string& name) const { return (fs::path(options_.output_directory) / name).string(); }
 
-  MeshLookup Lookup() const {
+  RunMeshes::NodeOutput Outputs() const {
     return [this](const std::string& name) -> const myo_core::MeshData* {
       const auto it = by_name_.find(name);
-      if (it != by_name_.end()) return &it->second->output();
-      const SceneMesh* mesh = scene_.FindMesh(name);
-      return mesh != nullptr ? &mesh->data : nullptr;
+      return it != by_name_.end() ? &it->second->output() : nullptr;
     };
   }
 

@@ -43,7 +43,7 @@ const AttributeInfo* FindNodeAttribute(const NodeType& type, const std::string& 
 const AttributeInfo* FindMapList(const NodeType& type, const std::string& element) {
   const AttributeInfo* map = myo_core::FindAttribute(*type.attributes, element);
   if (map == nullptr || !map->Has(myo_core::kArray) || map->type == AttributeType::kMesh ||
-      map->type == AttributeType::kMatrix)
+      map->IsMatrix())
     return nullptr;
   for (const AttributeInfo& info : *type.attributes) {
     if (info.type != AttributeType::kCompound || !info.Has(myo_core::kArray)) continue;
@@ -61,6 +61,7 @@ std::string TypeName(AttributeType type) {
     case AttributeType::kEnum: return "enum";
     case AttributeType::kTime: return "time";
     case AttributeType::kMatrix: return "matrix";
+    case AttributeType::kFloatMatrix: return "float matrix";
     case AttributeType::kMesh: return "mesh";
     case AttributeType::kCompound: return "compound";
     case AttributeType::kColor: return "color";

@@ -318,6 +318,7 @@ class SceneReader {
   ScalarTrack AttributeTrack(const json& value, const AttributeInfo& info, const Field& f) {
     switch (info.type) {
       case AttributeType::kMatrix:
+      case AttributeType::kFloatMatrix:
       case AttributeType::kMesh:
         f.Fail("a " + TypeName(info.type) + " attribute takes a connection, not a value");
       case AttributeType::kCompound:
@@ -409,7 +410,7 @@ class SceneReader {
       const AttributeInfo* info = FindNodeAttribute(*node.type, connection.attribute);
       const auto kind = scene_.kinds.find(connection.source);
       if (kind == scene_.kinds.end()) f.Fail("\"" + connection.source + "\" is not in the scene");
-      if (info->type == AttributeType::kMatrix && kind->second != SourceKind::kTransform)
+      if (info->IsMatrix() && kind->second != SourceKind::kTransform)
         f.Fail("a matrix attribute takes a transform, and \"" + connection.source + "\" is not one");
       if (info->type == AttributeType::kMesh && kind->second == SourceKind::kTransform)
         f.Fail("a mesh attribute takes a mesh or a node, and \"" + connection.source + "\" is a transform");
@@ -444,7 +445,7 @@ class SceneReader {
     const AttributeInfo* info = FindNodeAttribute(type, attribute);
     if (info == nullptr) f.Fail("unknown attribute of " + type.name);
     c.attribute = info->long_name;
-    if (info->type != AttributeType::kMatrix && info->type != AttributeType::kMesh)
+    if (!info->IsMatrix() && info->type != AttributeType::kMesh)
       f.Fail("only matrix and mesh attributes take connections here");
     if (c.list.empty()) {
       for (const AttributeInfo& parent : *type.attributes)

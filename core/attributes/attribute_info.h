@@ -17,7 +17,8 @@ enum class AttributeType {
   kFloat,
   kEnum,      // a short with named fields
   kTime,      // seconds
-  kMatrix,    // 16 floats
+  kMatrix,       // 4x4, created as a double matrix
+  kFloatMatrix,  // 4x4, created as a float matrix
   kMesh,      // mesh data
   kCompound,  // children named in `children`
   kColor,     // compound of three floats used as a colour
@@ -52,6 +53,7 @@ struct AttributeInfo {
   std::string array_of;                      // for a list: the long name of its element
 
   bool Has(AttributeFlag flag) const { return (flags & flag) != 0; }
+  bool IsMatrix() const { return type == AttributeType::kMatrix || type == AttributeType::kFloatMatrix; }
   double Default() const { return defaults.empty() ? 0.0 : defaults.front(); }
 };
 

@@ -1,13 +1,33 @@
 #pragma once
-// What a deformer's logic asks of the host beyond the values of the frame.
-// Maya answers with MAnimControl, MTime, MComputation and its mesh functions;
-// the standalone host from its time line and scene.
+// What a deformer's logic asks of the host beyond the attributes of the
+// frame: host services (playing, time unit, progress, names) and the node's
+// inputs that are meshes or connections. The logic asks for each when its
+// order of work comes to it, so that nothing is read that the evaluation does
+// not use. Maya answers with MAnimControl, MTime, MComputation, its plugs and
+// mesh functions; the standalone host from its time line and scene.
 
+#include <cstdint>
 #include <string>
+#include <vector>
 
+#include "core/kernels/target_mesh.h"
+#include "core/math/matrix.h"
 #include "core/mesh/mesh_data.h"
 
 namespace myo_core {
+
+// Matrices of the connected elements of a list attribute.
+struct ConnectedMatrices {
+  std::vector<uint32_t> indices;  // logical indices, ascending
+  std::vector<Matrix> matrices;   // one per element, or root and tip per segment
+};
+
+// How a mesh input was found.
+enum class MeshInput {
+  kMissing,     // nothing connected, or the data is no mesh
+  kUnreadable,  // a mesh, but its data could not be read
+  kRead,
+};
 
 class DeformerHost {
  public:
@@ -31,6 +51,32 @@ class DeformerHost {
   }
   virtual void AdvanceProgress() {}
   virtual void EndProgress() {}
+
+  // Muscle family. Elements of "attachmentConstraintsList" with
+  // "attachmentMatrix" connected, and of "slideOnSegmentConstraintsList"
+  // with both "slideOnSegmentRootMatrix" and "slideOnSegmentTipMatrix"
+  // connected (root first), with their matrices of this frame.
+  virtual void ReadAttachmentMatrices(ConnectedMatrices& out) { out = ConnectedMatrices(); }
+  virtual void ReadSegmentMatrices(ConnectedMatrices& out) { out = ConnectedMatrices(); }
+  // The elements of "targets" with both "targetWorldMesh" and
+  // "targetWorldMatrix" connected, ascending logical index. `whole`: complete
+  // meshes, for a build; else what a step reads of a mesh whose topology the
+  // solver froze: its world-space points and polygon normals. The meshes stay
+  // valid until the next call.
+  virtual void ReadTargets(bool whole, std::vector<TargetInput>& out) {
+    (void)whole;
+    out.clear();
+  }
+  // Stores the clamped "currentInfluence" on the node.
+  virtual void WriteCurrentInfluence(int32_t value) { (void)value; }
+
+  // Skin. "referenceMesh": whole for a build, else its world-space points
+  // and polygon normals. `mesh` stays valid until the next call.
+  virtual MeshInput ReadReferenceMesh(bool whole, const MeshData*& mesh) {
+    (void)whole;
+    mesh = nullptr;
+    return MeshInput::kMissing;
+  }
 };
 
 }  // namespace myo_core

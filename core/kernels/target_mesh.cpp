@@ -29,37 +29,23 @@ bool TopologyFits(const MeshData& mesh) {
   if (3 * triangle_count != mesh.triangle_vertices.size()) return false;
   for (int32_t v : mesh.triangle_vertices)
     if (!in_range(v)) return false;
+  if (mesh.vertex_face_offsets.size() != static_cast<std::size_t>(vertex_count) + 1 ||
+      static_cast<std::size_t>(mesh.vertex_face_offsets.back()) != mesh.vertex_faces.size())
+    return false;
+  for (int32_t f : mesh.vertex_faces)
+    if (f < 0 || static_cast<std::size_t>(f) >= polygon_count) return false;
   return true;
 }
 
-// Object-space points through the matrix.
-void ReadWorldVertices(const MeshData& mesh, const Matrix& matrix, TargetMesh& target) {
-  const uint32_t vertex_count = mesh.PointCount();
-  target.vertices_.resize(3 * static_cast<std::size_t>(vertex_count));
-  for (uint32_t v = 0; v < vertex_count; ++v)
-    Store3(target.vertices_.data(), v, TransformPoint(Load3(mesh.points.data(), v), matrix));
-}
-
-// Newell's method over each world-space loop, normalised: with j the vertex
-// after i, n.x += (i.y - j.y)(i.z + j.z), n.y += (i.z - j.z)(i.x + j.x),
-// n.z += (i.x - j.x)(i.y + j.y). It gives the area-weighted normal of a
-// non-planar polygon too, following the winding of the loop.
-void ComputePolygonNormals(TargetMesh& target) {
-  target.polygon_normals_.resize(3 * static_cast<std::size_t>(target.polygon_count_));
-  const float* vertices = target.vertices_.data();
-  for (uint32_t f = 0; f < target.polygon_count_; ++f) {
-    const int32_t* loop = target.polygon_vertices_.data() + target.polygon_vertex_offsets_[f];
-    const int32_t count = target.polygon_vertex_counts_[f];
-    Vec3 n = {0.0f, 0.0f, 0.0f};
-    for (int32_t k = 0; k < count; ++k) {
-      const Vec3 i = Load3(vertices, loop[k]);
-      const Vec3 j = Load3(vertices, loop[k + 1 == count ? 0 : k + 1]);
-      n.x += (i.y - j.y) * (i.z + j.z);
-      n.y += (i.z - j.z) * (i.x + j.x);
-      n.z += (i.x - j.x) * (i.y + j.y);
-    }
-    Store3(target.polygon_normals_.data(), f, NormalizeSafe(n));
-  }
+// The host's world-space points and polygon normals; false when it handed
+// none, or not as many as the frozen topology has.
+bool TakeWorldSpace(const MeshData& mesh, TargetMesh& target) {
+  if (mesh.world_points.size() != 3 * static_cast<std::size_t>(target.TopologyVertexCount()) ||
+      mesh.world_polygon_normals.size() != 3 * static_cast<std::size_t>(target.polygon_count_))
+    return false;
+  target.vertices_.assign(mesh.world_points.begin(), mesh.world_points.end());
+  target.polygon_normals_.assign(mesh.world_polygon_normals.begin(), mesh.world_polygon_normals.end());
+  return true;
 }
 
 void SetTargetMatrix(const Matrix& matrix, TargetMesh& target) {
@@ -68,33 +54,16 @@ void SetTargetMatrix(const Matrix& matrix, TargetMesh& target) {
   target.has_transform_ = !IsIdentity(matrix);
 }
 
-// The polygons around each vertex in ascending polygon id, each once.
-void BuildVertexPolygons(uint32_t vertex_count, TargetMesh& target) {
-  target.vertex_polygon_counts_.assign(vertex_count, 0);
-  target.vertex_polygon_offsets_.assign(vertex_count, 0);
-  std::vector<int32_t> last_polygon(vertex_count, -1);  // V, dedupes a vertex repeated in a loop
-  for (uint32_t f = 0; f < target.polygon_count_; ++f)
-    for (int32_t k = 0; k < target.polygon_vertex_counts_[f]; ++k) {
-      const int32_t v = target.polygon_vertices_[target.polygon_vertex_offsets_[f] + k];
-      if (last_polygon[v] == static_cast<int32_t>(f)) continue;
-      last_polygon[v] = static_cast<int32_t>(f);
-      ++target.vertex_polygon_counts_[v];
-    }
-  int32_t offset = 0;
+// The polygons around each vertex, in the host's order.
+void TakeVertexPolygons(const MeshData& mesh, TargetMesh& target) {
+  const uint32_t vertex_count = mesh.PointCount();
+  target.vertex_polygon_counts_.resize(vertex_count);
+  target.vertex_polygon_offsets_.resize(vertex_count);
   for (uint32_t v = 0; v < vertex_count; ++v) {
-    target.vertex_polygon_offsets_[v] = offset;
-    offset += target.vertex_polygon_counts_[v];
+    target.vertex_polygon_offsets_[v] = mesh.vertex_face_offsets[v];
+    target.vertex_polygon_counts_[v] = mesh.vertex_face_offsets[v + 1] - mesh.vertex_face_offsets[v];
   }
-  target.vertex_polygons_.resize(static_cast<std::size_t>(offset));
-  std::vector<int32_t> filled(vertex_count, 0);  // V
-  last_polygon.assign(vertex_count, -1);
-  for (uint32_t f = 0; f < target.polygon_count_; ++f)
-    for (int32_t k = 0; k < target.polygon_vertex_counts_[f]; ++k) {
-      const int32_t v = target.polygon_vertices_[target.polygon_vertex_offsets_[f] + k];
-      if (last_polygon[v] == static_cast<int32_t>(f)) continue;
-      last_polygon[v] = static_cast<int32_t>(f);
-      target.vertex_polygons_[target.vertex_polygon_offsets_[v] + filled[v]++] = static_cast<int32_t>(f);
-    }
+  target.vertex_polygons_ = mesh.vertex_faces;
 }
 
 void ComputeVertexNormals(TargetMesh& target) {
@@ -134,10 +103,11 @@ bool BuildTargetMesh(const MeshData& mesh, const Matrix& matrix, TargetMesh& tar
   target.polygon_vertex_counts_ = mesh.polygon_vertex_counts;
   target.polygon_vertex_offsets_ = mesh.polygon_vertex_offsets;
   target.triangle_vertices_ = mesh.triangle_vertices;
-
-  ReadWorldVertices(mesh, matrix, target);
-  ComputePolygonNormals(target);
-  BuildVertexPolygons(vertex_count, target);
+  TakeVertexPolygons(mesh, target);
+  if (!TakeWorldSpace(mesh, target)) {
+    ClearTargetMesh(target);
+    return false;
+  }
   ComputeVertexNormals(target);
 
   // Triangles are numbered in polygon order, so a polygon's offset is its first triangle.
@@ -167,13 +137,11 @@ Matrix TriangleFrame(Vec3 point, const float* vertices, const float* normals, ui
 
 bool RefreshTargetMesh(const MeshData* mesh, const Matrix& matrix, TargetMesh& target) {
   const uint32_t vertex_count = mesh ? mesh->PointCount() : 0;
-  if (vertex_count == 0 || vertex_count != target.TopologyVertexCount()) {
+  if (vertex_count == 0 || vertex_count != target.TopologyVertexCount() || !TakeWorldSpace(*mesh, target)) {
     DropFrameData(target);
     return false;
   }
   target.vertex_count_ = vertex_count;
-  ReadWorldVertices(*mesh, matrix, target);
-  ComputePolygonNormals(target);
   SetTargetMatrix(matrix, target);
   return true;
 }
@@ -189,9 +157,18 @@ void UpdateTargets(std::vector<TargetMesh>& targets, const std::vector<TargetInp
   for (std::size_t a = 0; a < targets.size(); ++a) {
     const TargetInput& input = inputs[a];
     TargetMesh& target = targets[a];
-    if (RefreshTargetMesh(input.mesh, input.world_matrix, target)) continue;
+    // A null mesh, or one without vertices, clears the record for good: its
+    // rows stay inert until the next build.
     const uint32_t vertex_count = input.mesh ? input.mesh->PointCount() : 0;
-    if (warn && vertex_count > 0 && target.TopologyVertexCount() > 0)
+    if (vertex_count == 0) {
+      ClearTargetMesh(target);
+      continue;
+    }
+    if (RefreshTargetMesh(input.mesh, input.world_matrix, target)) continue;
+    // Read as it comes, a mesh of another vertex count would have the frozen
+    // triangles index past its points. It is ignored instead, for as long as
+    // its count differs, and said so.
+    if (warn && target.TopologyVertexCount() > 0 && vertex_count != target.TopologyVertexCount())
       LogWarning("Target " + input.name + " has " + StreamText(vertex_count) + " vertices instead of the " +
                  StreamText(target.TopologyVertexCount()) +
                  " it was initialized with. This target is ignored while its vertex count differs.");

@@ -16,9 +16,9 @@ namespace myo_core {
 // V vertices, F polygons, G triangles.
 struct TargetMesh {
   std::vector<float> vertices_;                    // 3V, world space, refreshed every frame
-  std::vector<float> polygon_normals_;             // 3F, world space (Newell), refreshed every frame
+  std::vector<float> polygon_normals_;             // 3F, world space as the host gives them, refreshed every frame
   std::vector<float> vertex_normals_;              // 3V, at build; the kernels do not read them
-  std::vector<int32_t> vertex_polygons_;           // polygons around each vertex, ascending id
+  std::vector<int32_t> vertex_polygons_;           // polygons around each vertex, in the host's order
   std::vector<int32_t> vertex_polygon_counts_;     // V
   std::vector<int32_t> vertex_polygon_offsets_;    // V
   std::vector<int32_t> polygon_triangles_;         // G, global triangle ids of each polygon
@@ -41,8 +41,9 @@ struct TargetMesh {
 };
 
 // One element of the list "targets" as the host hands it over: the name for
-// messages, the element's logical index, its "targetWorldMesh" in object
-// space (null: missing or not a mesh) and its "targetWorldMatrix".
+// messages, the element's logical index, its "targetWorldMesh" (null: missing
+// or not a mesh; object space, with the host's world-space points and polygon
+// normals) and its "targetWorldMatrix".
 struct TargetInput {
   std::string name;
   uint32_t logical_index = 0;
@@ -50,14 +51,15 @@ struct TargetInput {
   Matrix world_matrix = IdentityMatrix();
 };
 
-// Fills every field from the object-space mesh and its world matrix: vertices
-// through the matrix, polygon normals by Newell's method over the world-space
-// loops (normalised), vertex normals as the normalised sum of the normals of
-// the polygons around each vertex, and the topology tables, triangles
+// Fills every field from the mesh and its world matrix: vertices and polygon
+// normals from the host's world space, vertex normals as the normalised sum
+// of the normals of the polygons around each vertex, the polygons around
+// each vertex in the host's order, and the topology tables, triangles
 // numbered in polygon order. Returns false with the record cleared when the
-// mesh has no vertices, or, with the warning "Unexpected number of polygons
-// during target mesh processing", when its triangulation or polygon tables do
-// not have one entry per polygon or do not fit together.
+// mesh has no vertices or no world space of its size, or, with the warning
+// "Unexpected number of polygons during target mesh processing", when its
+// triangulation or polygon tables do not have one entry per polygon or do not
+// fit together.
 bool BuildTargetMesh(const MeshData& mesh, const Matrix& matrix, TargetMesh& target);
 
 // Empties the record entirely, topology included.
@@ -71,11 +73,12 @@ Matrix TriangleFrame(Vec3 point, const float* vertices, const float* normals, ui
                      uint32_t second);
 
 // One frame's refresh of one record. A null mesh, a mesh without vertices,
-// or a mesh whose vertex count is not that of the frozen topology leaves the
-// record unusable for this frame (vertex_count_ 0, positions and normals
-// dropped, topology kept) and returns false. Otherwise the world-space
-// positions and polygon normals are read again, the matrix, its inverse and
-// has_transform_ are set, and the result is true.
+// a mesh whose vertex count is not that of the frozen topology, or one
+// without world space leaves the record unusable for this frame
+// (vertex_count_ 0, positions and normals dropped, topology kept) and
+// returns false. Otherwise the world-space positions and polygon normals are
+// taken again, the matrix, its inverse and has_transform_ are set, and the
+// result is true.
 bool RefreshTargetMesh(const MeshData* mesh, const Matrix& matrix, TargetMesh& target);
 
 // Each frame, before the step: the connected targets must be as many as the
@@ -83,8 +86,10 @@ bool RefreshTargetMesh(const MeshData* mesh, const Matrix& matrix, TargetMesh& t
 // "Inconsistency between the solver data and the number of the targets
 // connected. Please, stop the simulation and go to the start frame to
 // reinitialize the system." is logged, and nothing is refreshed. Otherwise
-// every record is refreshed from its input, in order; a mesh whose vertex
-// count changed since the build is warned about (when warn) and ignored.
+// every record is refreshed from its input, in order: a null mesh or one
+// without vertices clears the record for good (until the next build); a mesh
+// whose vertex count changed since the build is warned about (when warn) and
+// ignored while the count differs.
 void UpdateTargets(std::vector<TargetMesh>& targets, const std::vector<TargetInput>& inputs, bool warn);
 
 }  // namespace myo_core

@@ -71,6 +71,7 @@ void BuildVertexEdges(MeshData& mesh) {
     mesh.vertex_edges[cursor[b]] = static_cast<int32_t>(e);
     mesh.vertex_neighbors[cursor[b]++] = a;
   }
+  mesh.vertex_connected = mesh.vertex_neighbors;
 }
 
 void BuildVertexFaces(MeshData& mesh) {

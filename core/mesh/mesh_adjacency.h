@@ -21,8 +21,9 @@ void FillOffsets(const std::vector<int32_t>& degree, std::vector<int32_t>& offse
 // polygon_vertex_offsets from polygon_vertex_counts.
 void FillPolygonOffsets(MeshData& mesh);
 
-// vertex_edge_offsets, vertex_edges and vertex_neighbors from edge_vertices:
-// walking edges in id order gives every point its edges in ascending id.
+// vertex_edge_offsets, vertex_edges, vertex_neighbors and vertex_connected
+// from edge_vertices: walking edges in id order gives every point its edges
+// in ascending id, and its connected points in the same order.
 void BuildVertexEdges(MeshData& mesh);
 
 // vertex_face_offsets and vertex_faces from the polygon loops: walking

@@ -100,7 +100,9 @@ void InitializeMuscleFamily(const MeshData& mesh, MapPort& maps, const MuscleAss
   advance();
   maps.ReadFloats("shapePreservationList", "shapePreservation", inputs.map_index, solver.point_count_, 0.0f,
                   node.shape_map_);
-  BuildShapeConstraints(*solver.shape_constraints_, solver.positions_, node.shape_map_, node.vertex_neighbors_,
+  // Shape rows take each point's connected points in the host's own order
+  // for them, which may differ from the order of its connected edges.
+  BuildShapeConstraints(*solver.shape_constraints_, solver.positions_, node.shape_map_, mesh.vertex_connected,
                         node.vertex_neighbor_counts_, node.vertex_neighbor_offsets_, solver.lambdas_);
   advance();
   AttachmentConstraints& attachments = *solver.attachment_constraints_;

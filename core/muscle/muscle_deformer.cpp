@@ -33,12 +33,12 @@ void TakeConnectedMatrices(const ConnectedMatrices& connected, uint32_t per_elem
 
 }  // namespace
 
-int32_t ClampCurrentInfluence(int32_t displayed_weights, int32_t current, const MuscleFrameValues& frame) {
-  int32_t count = -1;
-  if (displayed_weights == kWeightsAttachmentsToTransform) count = static_cast<int32_t>(frame.attachments.indices.size());
-  if (displayed_weights == kWeightsSlideOnSegment) count = static_cast<int32_t>(frame.segments.indices.size());
+int32_t ClampCurrentInfluence(int32_t displayed_weights, int32_t current, const InfluenceCounts& counts) {
+  int64_t count = -1;
+  if (displayed_weights == kWeightsAttachmentsToTransform) count = static_cast<int64_t>(counts.attachments);
+  if (displayed_weights == kWeightsSlideOnSegment) count = static_cast<int64_t>(counts.segments);
   if (displayed_weights == kWeightsAttachmentsToGeometry || displayed_weights == kWeightsSlideOnGeometry)
-    count = static_cast<int32_t>(frame.targets.size());
+    count = static_cast<int64_t>(counts.targets);
   if (count < 0 || count > current) return current;
   if (count != 0) return 0;
   return current == 0 ? 0 : -1;
@@ -48,16 +48,8 @@ template <class Solver>
 MuscleFamilyDeformer<Solver>::MuscleFamilyDeformer() : solver_(std::make_unique<Solver>()) {}
 
 template <class Solver>
-void MuscleFamilyDeformer<Solver>::TakeMatrices(const MuscleFrameValues& frame, bool initialize) {
-  TakeConnectedMatrices(frame.attachments, 1, initialize, solver_->attachment_constraints_->matrices_,
-                        "attachments");
-  TakeConnectedMatrices(frame.segments, 2, initialize, solver_->slide_on_segment_constraints_->matrices_,
-                        "segments");
-}
-
-template <class Solver>
-void MuscleFamilyDeformer<Solver>::Initialize(const MuscleFrameValues& frame, bool reset_positions, DeformerHost& host,
-                                MapPort& maps) {
+void MuscleFamilyDeformer<Solver>::Initialize(const MuscleFrameValues& frame, const FrameConnections& connections,
+                                              bool reset_positions, DeformerHost& host, MapPort& maps) {
   MeshData mesh;
   if (!host.ReadInputMesh(mesh)) mesh = MeshData{};
   MuscleAssemblyInputs inputs;
@@ -69,18 +61,19 @@ void MuscleFamilyDeformer<Solver>::Initialize(const MuscleFrameValues& frame, bo
   inputs.fibers_scale = frame.debug_fibers_scale;
   inputs.reset_positions = reset_positions;
   inputs.warn = !host.IsPlaying();
-  inputs.attachment_indices = frame.attachments.indices;
+  inputs.attachment_indices = connections.attachments.indices;
   inputs.attachment_matrices = solver_->attachment_constraints_->matrices_;
   inputs.hard_attachments = frame.hard_attachments;
-  inputs.segment_indices = frame.segments.indices;
+  inputs.segment_indices = connections.segments.indices;
   inputs.segment_matrices = solver_->slide_on_segment_constraints_->matrices_;
-  inputs.targets = frame.targets;
+  inputs.targets = connections.targets;
   inputs.max_sliding_distance = frame.max_sliding_distance;
   InitializeSolver(mesh, maps, inputs, node_, *solver_);
 }
 
 template <class Solver>
-void MuscleFamilyDeformer<Solver>::SetFrameScalars(const MuscleFrameValues& frame, float dt, bool warn) {
+void MuscleFamilyDeformer<Solver>::SetFrameScalars(const MuscleFrameValues& frame,
+                                                   const std::vector<TargetInput>& targets, float dt, bool warn) {
   Solver& s = *solver_;
   ApplyStepScalars(frame, dt, warn, node_.masses_map_, s, *s.shape_constraints_);
   s.sliding_constraints_mode_ = frame.sliding_constraints_mode;
@@ -94,14 +87,15 @@ void MuscleFamilyDeformer<Solver>::SetFrameScalars(const MuscleFrameValues& fram
     s.volume_constraint_->volume_preservation_ = frame.volume_preservation;
     s.volume_constraint_->volume_ratio_ = frame.volume_ratio;
   }
-  UpdateTargets(s.targets_, frame.targets, warn);
+  UpdateTargets(s.targets_, targets, warn);
   ApplyMassesToWeights(s, node_.shape_map_, node_.attachment_map_, node_.attachment_to_geo_map_,
                        node_.slide_on_segment_map_, node_.slide_on_geometry_map_);
 }
 
 template <class Solver>
 MuscleEvaluation MuscleFamilyDeformer<Solver>::Evaluate(const MuscleFrameValues& frame, const std::vector<double>& input,
-                                          DeformerHost& host, MapPort& maps, std::vector<double>& output) {
+                                                        DeformerHost& host, MapPort& maps,
+                                                        std::vector<double>& output) {
   MuscleEvaluation result;
   result.current_influence = frame.current_influence;
   if (!frame.enable) {
@@ -113,19 +107,31 @@ MuscleEvaluation MuscleFamilyDeformer<Solver>::Evaluate(const MuscleFrameValues&
   const bool warn = !host.IsPlaying();
 
   const FrameTimes times = FrameTimesOf(frame, last_time_, host, s.positions_.empty());
-
   ApplyMassScalars(frame, s);
   s.attachment_constraints_->hard_ = frame.hard_attachments;
   s.attachment_to_geo_constraints_->hard_ = frame.hard_attachments;
-
   result.decision = DecideFrame(times);
   const FrameDecision& decision = result.decision;
-  TakeMatrices(frame, decision.initialize);
-  result.current_influence = ClampCurrentInfluence(frame.displayed_weights, frame.current_influence, frame);
 
-  if (decision.initialize) Initialize(frame, decision.reset_positions, host, maps);
+  // Matrices of the influences; a rebuild sizes the tables to them.
+  FrameConnections connections;
+  host.ReadAttachmentMatrices(connections.attachments);
+  host.ReadSegmentMatrices(connections.segments);
+  TakeConnectedMatrices(connections.attachments, 1, decision.initialize, s.attachment_constraints_->matrices_,
+                        "attachments");
+  TakeConnectedMatrices(connections.segments, 2, decision.initialize, s.slide_on_segment_constraints_->matrices_,
+                        "segments");
+  // Targets whole for a build, as world-space points for a step.
+  host.ReadTargets(decision.initialize, connections.targets);
+
+  const InfluenceCounts counts{connections.attachments.indices.size(), connections.segments.indices.size(),
+                               connections.targets.size()};
+  result.current_influence = ClampCurrentInfluence(frame.displayed_weights, frame.current_influence, counts);
+  if (result.current_influence != frame.current_influence) host.WriteCurrentInfluence(result.current_influence);
+
+  if (decision.initialize) Initialize(frame, connections, decision.reset_positions, host, maps);
   if (decision.simulate) {
-    SetFrameScalars(frame, decision.dt, warn);
+    SetFrameScalars(frame, connections.targets, decision.dt, warn);
     Step(s);
     result.stepped = true;
   }

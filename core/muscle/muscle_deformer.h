@@ -19,9 +19,23 @@
 namespace myo_core {
 
 struct MuscleEvaluation {
-  FrameDecision decision;        // what this evaluation did
+  FrameDecision decision;         // what this evaluation did
   bool stepped = false;
-  int32_t current_influence = 0;  // the clamped "currentInfluence" to write back
+  int32_t current_influence = 0;  // "currentInfluence" after the clamp; written to the host when it changed
+};
+
+// What one evaluation reads of the node's connections.
+struct FrameConnections {
+  ConnectedMatrices attachments;     // "attachmentConstraintsList" with "attachmentMatrix"
+  ConnectedMatrices segments;        // "slideOnSegmentConstraintsList", root and tip
+  std::vector<TargetInput> targets;  // "targets" with mesh and matrix connected
+};
+
+// The connected influences of the three multi-influence kinds.
+struct InfluenceCounts {
+  std::size_t attachments = 0;
+  std::size_t segments = 0;
+  std::size_t targets = 0;
 };
 
 template <class Solver>
@@ -32,7 +46,12 @@ class MuscleFamilyDeformer {
   // input: 3N object-space points of the deformed geometry, as the host
   // reads them; output: the points to write, (simulated - input) * envelope
   // + input in double, one per solver point. With "enable" off the output is
-  // the input and nothing else changes.
+  // the input and nothing else changes. Otherwise, in this order: the times
+  // decide once whether to rebuild and whether to step; the matrices of the
+  // influences and the targets are asked of the host (whole meshes only for
+  // a rebuild); a "currentInfluence" beyond the influences of the map on
+  // display is clamped and written back; then the rebuild, the step and the
+  // blend.
   MuscleEvaluation Evaluate(const MuscleFrameValues& frame, const std::vector<double>& input, DeformerHost& host,
                             MapPort& maps, std::vector<double>& output);
 
@@ -43,9 +62,10 @@ class MuscleFamilyDeformer {
   float last_time() const { return last_time_; }
 
  private:
-  void TakeMatrices(const MuscleFrameValues& frame, bool initialize);
-  void Initialize(const MuscleFrameValues& frame, bool reset_positions, DeformerHost& host, MapPort& maps);
-  void SetFrameScalars(const MuscleFrameValues& frame, float dt, bool warn);
+  void Initialize(const MuscleFrameValues& frame, const FrameConnections& connections, bool reset_positions,
+                  DeformerHost& host, MapPort& maps);
+  void SetFrameScalars(const MuscleFrameValues& frame, const std::vector<TargetInput>& targets, float dt,
+                       bool warn);
 
   std::unique_ptr<Solver> solver_;
   MuscleNodeState node_;
@@ -58,6 +78,6 @@ using RibbonMuscleDeformer = MuscleFamilyDeformer<RibbonMuscleSolver>;
 // The clamped current influence: when the map on display has per-influence
 // sets and no more than `current` of them, it falls back to 0 (or -1 when
 // there are none).
-int32_t ClampCurrentInfluence(int32_t displayed_weights, int32_t current, const MuscleFrameValues& frame);
+int32_t ClampCurrentInfluence(int32_t displayed_weights, int32_t current, const InfluenceCounts& counts);
 
 }  // namespace myo_core

@@ -8,7 +8,8 @@ void ReadMeshTopology(const MeshData& mesh, MuscleNodeState& node) {
   const uint32_t n = mesh.PointCount();
   node.vertex_neighbor_offsets_.assign(n + 1, 0);
   node.vertex_neighbor_counts_.assign(n, 0);
-  if (mesh.vertex_edge_offsets.size() == n + 1) {
+  if (mesh.vertex_edge_offsets.size() == n + 1 &&
+      mesh.vertex_connected.size() == mesh.vertex_neighbors.size()) {
     node.vertex_neighbor_offsets_ = mesh.vertex_edge_offsets;
     for (uint32_t i = 0; i < n; ++i)
       node.vertex_neighbor_counts_[i] = mesh.vertex_edge_offsets[i + 1] - mesh.vertex_edge_offsets[i];

@@ -16,7 +16,7 @@ struct MuscleNodeState {
   // Topology of the mesh at initialisation.
   std::vector<int32_t> vertex_neighbor_offsets_;  // N+1
   std::vector<int32_t> vertex_neighbor_counts_;   // N
-  std::vector<int32_t> vertex_neighbors_;         // points across the connected edges, edge order
+  std::vector<int32_t> vertex_neighbors_;         // points across the connected edges, in the host's edge order
   std::vector<int32_t> triangle_vertices_;        // 3T
   std::vector<int32_t> polygon_triangle_counts_;  // P when the triangulation is whole
   std::vector<int32_t> polygon_first_triangles_;  // P, running sums of the counts

@@ -46,10 +46,11 @@ void InitSolverData(const MeshData& mesh, const MapPort& maps, const SkinAssembl
   solver.lambdas_.clear();
   BuildPointBlocks(n, inputs.thread_count, solver.point_blocks_);
 
-  // Neighbour lists in edge order, as the shape rows read them.
+  // Neighbour lists in the order of each point's connected edges.
   node.vertex_neighbor_offsets_.assign(n, 0);
   node.vertex_neighbor_counts_.assign(n, 0);
-  if (mesh.vertex_edge_offsets.size() == n + static_cast<std::size_t>(1)) {
+  if (mesh.vertex_edge_offsets.size() == n + static_cast<std::size_t>(1) &&
+      mesh.vertex_connected.size() == mesh.vertex_neighbors.size()) {
     for (uint32_t i = 0; i < n; ++i) {
       node.vertex_neighbor_offsets_[i] = mesh.vertex_edge_offsets[i];
       node.vertex_neighbor_counts_[i] = mesh.vertex_edge_offsets[i + 1] - mesh.vertex_edge_offsets[i];
@@ -81,11 +82,11 @@ void InitDistanceConstraints(const MeshData& mesh, const MapPort& maps, const Sk
                            node.compression_map_, node.stretching_map_, solver.lambdas_);
 }
 
-void InitShapeConstraints(const MapPort& maps, const SkinAssemblyInputs& inputs, SkinNodeState& node,
-                          SkinSolver& solver) {
+void InitShapeConstraints(const MeshData& mesh, const MapPort& maps, const SkinAssemblyInputs& inputs,
+                          SkinNodeState& node, SkinSolver& solver) {
   maps.ReadFloats("shapePreservationList", "shapePreservation", inputs.map_index, solver.point_count_, 0.0f,
                   node.shape_map_);
-  BuildShapeConstraints(*solver.shape_constraints_, solver.positions_, node.shape_map_, node.vertex_neighbors_,
+  BuildShapeConstraints(*solver.shape_constraints_, solver.positions_, node.shape_map_, mesh.vertex_connected,
                         node.vertex_neighbor_counts_, node.vertex_neighbor_offsets_, solver.lambdas_);
 }
 
@@ -104,7 +105,7 @@ bool InitSkinData(const MeshData& mesh, MapPort& maps, const SkinAssemblyInputs&
   advance();
   InitDistanceConstraints(mesh, maps, inputs, node, solver);
   advance();
-  InitShapeConstraints(maps, inputs, node, solver);
+  InitShapeConstraints(mesh, maps, inputs, node, solver);
   advance();
 
   bool bound = false;

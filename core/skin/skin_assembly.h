@@ -27,7 +27,7 @@ struct SkinNodeState {
   std::vector<float> max_sliding_map_;   // N, "maxSlidingDistanceMultiplier", in [0, 1]
   std::vector<int32_t> vertex_neighbor_offsets_;  // N, start of each point's list
   std::vector<int32_t> vertex_neighbor_counts_;   // N, connected edges of each point
-  std::vector<int32_t> vertex_neighbors_;         // points across the connected edges, edge order
+  std::vector<int32_t> vertex_neighbors_;         // points across the connected edges, in the host's edge order
 };
 
 struct SkinAssemblyInputs {
@@ -69,9 +69,9 @@ void InitDistanceConstraints(const MeshData& mesh, const MapPort& maps, const Sk
                              SkinNodeState& node, SkinSolver& solver);
 
 // Shape preservation rows from the map "shapePreservation" (default 0) and
-// the neighbour lists of InitSolverData.
-void InitShapeConstraints(const MapPort& maps, const SkinAssemblyInputs& inputs, SkinNodeState& node,
-                          SkinSolver& solver);
+// each point's connected points in the host's order for them.
+void InitShapeConstraints(const MeshData& mesh, const MapPort& maps, const SkinAssemblyInputs& inputs,
+                          SkinNodeState& node, SkinSolver& solver);
 
 // The map "mass" (default 1) with every value below 1e-6 raised to 1e-6,
 // and one warning when any was.

@@ -30,7 +30,7 @@ AttributeTable BuildSkinTable() {
   t.push_back(List("maxSlidingDistanceMultiplierList", "msdml", "maxSlidingDistanceMultiplier", 0));
   t.push_back(Scalar("maxSlidingDistance", "msld", T::kFloat, 0, 0, 0.0, {}, {}, 10.0));
   t.push_back(Typed("referenceMesh", "ref", T::kMesh, O));
-  t.push_back(Typed("referenceMatrix", "refm", T::kMatrix, kStorable | O));
+  t.push_back(Typed("referenceMatrix", "refm", T::kFloatMatrix, kStorable | O));
   t.push_back(Scalar("softConstraints", "sfc", T::kFloat, 0, A | O));
   t.push_back(List("softConstraintsList", "sfcl", "softConstraints", 0));
   t.push_back(Scalar("hardConstraints", "hc", T::kFloat, 1, A | O));
@@ -46,7 +46,7 @@ AttributeTable BuildSkinTable() {
   t.push_back(ResetOnDisconnect(Scalar("currentInfluence", "ci", T::kInt, 0, kHidden, -1.0)));
   t.push_back(Scalar("mass", "m", T::kFloat, 1, A, 0.000001, {}, 0.001, 10.0));
   t.push_back(List("massList", "ml", "mass", 0));
-  t.push_back(ResetOnDisconnect(Typed("attenuationMatrix", "am", T::kMatrix, kStorable)));
+  t.push_back(ResetOnDisconnect(Typed("attenuationMatrix", "am", T::kFloatMatrix, kStorable)));
   t.push_back(Scalar("debug", "db", T::kBool, 0, O));
   t.push_back(Scalar("debugColorRed", "dbcr", T::kFloat, 0, 0));
   t.push_back(Scalar("debugColorGreen", "dbcg", T::kFloat, 0, 0));

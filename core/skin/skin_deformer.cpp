@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "core/log/logger.h"
+#include "core/log/stream_text.h"
 #include "core/skin/uber_assembly.h"
 #include "core/solver/mass_weights.h"
 
@@ -35,14 +36,18 @@ SkinEvaluation SkinDeformer::Evaluate(const SkinFrameValues& frame, const std::v
   result.decision = DecideFrame(times);
   const FrameDecision& decision = result.decision;
 
-  if (frame.reference_mesh == nullptr) {
+  // The reference mesh, whole for a build and as world-space points for a
+  // step (its topology stays frozen in the solver).
+  const MeshData* reference = nullptr;
+  const MeshInput found = host.ReadReferenceMesh(decision.initialize, reference);
+  if (found == MeshInput::kMissing || reference == nullptr) {
     ReportError("Input reference mesh is null but it is required for " + host.NodeName() +
                     " to compute. Aborting simulation.",
                 "");
     result.succeeded = false;
     return result;
   }
-  if (frame.reference_mesh->PointCount() == 0) {
+  if (found == MeshInput::kUnreadable || reference->PointCount() == 0) {
     ReportError("Could not retrieve reference mesh data which is required for " + host.NodeName() +
                     " to compute. Aborting simulation.",
                 "");
@@ -62,14 +67,15 @@ SkinEvaluation SkinDeformer::Evaluate(const SkinFrameValues& frame, const std::v
     inputs.attenuation_matrix = frame.attenuation_matrix;
     inputs.read_points = decision.reset_positions;
     inputs.warn = warn;
-    inputs.reference_mesh = frame.reference_mesh;
+    inputs.reference_mesh = reference;
     inputs.reference_matrix = frame.reference_matrix;
     inputs.max_sliding_distance = frame.max_sliding_distance;
     InitSkinData(mesh, maps, inputs, node_, s);
-    mesh_diagonal_ = MeshDiagonal(frame.reference_mesh->points, frame.reference_matrix);
+    mesh_diagonal_ = MeshDiagonal(reference->points, frame.reference_matrix);
+    reference_warned_ = false;
   }
   if (decision.simulate) {
-    ReadReferenceMesh(*frame.reference_mesh, frame.reference_matrix, *s.uber_constraints_);
+    ReadReference(*reference, frame.reference_matrix, host.NodeName());
     ApplyStepScalars(frame, decision.dt, warn, node_.masses_map_, s, *s.shape_constraints_);
     s.sliding_constraints_mode_ = frame.sliding_constraints_mode;
     DistanceConstraints& distances = *s.distance_constraints_;
@@ -83,6 +89,28 @@ SkinEvaluation SkinDeformer::Evaluate(const SkinFrameValues& frame, const std::v
   BlendByEnvelope(s.positions_, input, frame.envelope, output);
   last_time_ = frame.current_time;
   return result;
+}
+
+void SkinDeformer::ReadReference(const MeshData& reference, const Matrix& matrix, const std::string& node_name) {
+  UberConstraints& uber = *solver_->uber_constraints_;
+  if (ReadReferenceMesh(reference, matrix, uber)) {
+    reference_warned_ = false;
+    return;
+  }
+  // The points are bound to triangles of the reference as it was at the
+  // build: a mesh of another vertex count cannot be read onto them. The skin
+  // stays on the last reference shape it read, and says so once.
+  if (reference_warned_) return;
+  reference_warned_ = true;
+  const uint32_t bound = uber.reference_mesh_.TopologyVertexCount();
+  if (reference.PointCount() != bound) {
+    LogWarning("Reference mesh of " + node_name + " has " + StreamText(reference.PointCount()) +
+               " vertices instead of the " + StreamText(bound) +
+               " it was bound to. The skin keeps the last reference shape until it is initialized again.");
+  } else {
+    LogWarning("Reference mesh of " + node_name +
+               " could not be read in world space. The skin keeps the last reference shape.");
+  }
 }
 
 }  // namespace myo_core

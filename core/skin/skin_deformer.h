@@ -23,7 +23,6 @@ struct SkinFrameValues : SolverFrameValues {
     density = 1100.0f;
     space_scale_mode = 2;
   }
-  const MeshData* reference_mesh = nullptr;  // "referenceMesh", object space; null when not connected
   Matrix reference_matrix = IdentityMatrix();  // "referenceMatrix"
 };
 
@@ -37,9 +36,13 @@ class SkinDeformer {
  public:
   SkinDeformer();
 
-  // As MuscleDeformer::Evaluate. Without a reference mesh, or with one of no
-  // vertices, it reports the error and fails: the solver, the last time and
-  // the output (the input) stay.
+  // As MuscleDeformer::Evaluate, with the reference mesh asked of the host
+  // once the frame is decided (whole for a rebuild). Without a reference
+  // mesh, with one that cannot be read or has no vertices, it reports the
+  // error and fails: the solver's tables, the last time and the output (the
+  // input) stay. A reference whose vertex count changed since the binding is
+  // not read; the step goes on with the last reference shape, and one
+  // warning says so until a read succeeds again or the skin is rebuilt.
   SkinEvaluation Evaluate(const SkinFrameValues& frame, const std::vector<double>& input, DeformerHost& host,
                           MapPort& maps, std::vector<double>& output);
 
@@ -52,10 +55,13 @@ class SkinDeformer {
   float mesh_diagonal() const { return mesh_diagonal_; }
 
  private:
+  void ReadReference(const MeshData& reference, const Matrix& matrix, const std::string& node_name);
+
   std::unique_ptr<SkinSolver> solver_;
   SkinNodeState node_;
   float last_time_ = 1.17549435e-38f;  // the smallest positive normal float
   float mesh_diagonal_ = -1.0f;
+  bool reference_warned_ = false;  // the warning of an unreadable reference was given
 };
 
 // Length of the diagonal of the object-space bounding box of `points`, with

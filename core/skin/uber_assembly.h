@@ -1,8 +1,10 @@
 #pragma once
 // Binding of the skin's points to its reference mesh, and the per-step read
-// of the reference mesh. The reference comes from the host as object-space
-// MeshData plus its world matrix ("referenceMatrix"); everything the
-// constraint reads of it is in world space.
+// of the reference mesh. The reference comes from the host as MeshData with
+// its world-space points and polygon normals as the host computes them; the
+// closest points of the binding are asked in its object space, which
+// "referenceMatrix" places in the world. Everything the constraint reads of
+// it is in world space.
 
 #include <cstdint>
 #include <vector>
@@ -17,7 +19,7 @@ namespace myo_core {
 
 // What the binding reads besides the table it fills.
 struct UberBindingInput {
-  const MeshData* reference_mesh = nullptr;      // object space
+  const MeshData* reference_mesh = nullptr;      // object space, with the host's world space
   Matrix reference_matrix = IdentityMatrix();    // "referenceMatrix"
   uint32_t map_index = 0;                        // geometry index: element of the map lists
   float max_sliding_distance = 0.0f;             // "maxSlidingDistance"
@@ -55,11 +57,11 @@ struct UberBindingInput {
 bool InitUberConstraints(const UberBindingInput& input, MapPort& maps, const std::vector<float>& positions,
                          std::vector<float>& lambdas, std::vector<float>& max_sliding_map, UberConstraints& uber);
 
-// Before every step: reference_positions_ become the mesh's points through
-// matrix and polygon_normals_ the normalised Newell normals of the
-// world-space polygons, on the topology frozen at binding. False, with the
-// arrays left as they were, when the mesh's vertex count is not that of the
-// binding.
+// Before every step: reference_positions_ become the host's world-space
+// points of the mesh and polygon_normals_ its world-space polygon normals, on
+// the topology frozen at binding; `matrix` ("referenceMatrix") is kept with
+// the record. False, with the arrays left as they were, when the mesh's
+// vertex count is not that of the binding or the host handed no world space.
 bool ReadReferenceMesh(const MeshData& mesh, const Matrix& matrix, UberConstraints& uber);
 
 }  // namespace myo_core

@@ -13,14 +13,12 @@
 #include "core/kernels/edge_constraints_build.h"
 #include "core/log/logger.h"
 #include "core/paint/weight_normalization.h"
-#include "core/solver/frame_decision.h"
 #include "core/plugin/plugin_lifecycle.h"
 #include "core/plugin/registration_table.h"
 #include "maya/plugin/data_block_attributes.h"
 #include "maya/plugin/maya_conversions.h"
 #include "maya/plugin/maya_deformer_host.h"
 #include "maya/plugin/maya_map_port.h"
-#include "maya/plugin/maya_mesh_data.h"
 #include "maya/plugin/node_helpers.h"
 
 using myo_core::InfluenceKind;
@@ -29,21 +27,6 @@ using myo_maya::NodeAttributes;
 template <class Solver>
 NodeAttributes MyoMuscleFamilyNode<Solver>::attributes_;
 
-namespace {
-
-// The matrices of the connected elements of a list, by logical index.
-void ReadConnectedMatrices(MDataBlock& block, const MObject& list, const std::vector<MObject>& children,
-                           const MIntArray& indices, myo_core::ConnectedMatrices& out) {
-  MArrayDataHandle elements = block.inputArrayValue(list);
-  for (unsigned k = 0; k < indices.length(); ++k) {
-    if (!elements.jumpToElement(static_cast<unsigned>(indices[k]))) continue;
-    MDataHandle element = elements.inputValue();
-    out.indices.push_back(static_cast<uint32_t>(indices[k]));
-    for (const MObject& child : children) out.matrices.push_back(myo_maya::ToCoreMatrix(element.child(child).asMatrix()));
-  }
-}
-
-}  // namespace
 
 template <class Solver>
 MyoMuscleFamilyNode<Solver>::MyoMuscleFamilyNode() {
@@ -86,80 +69,32 @@ const std::vector<myo_core::WeightMapInfo>& MyoMuscleFamilyNode<Solver>::WeightM
 }
 
 template <class Solver>
-void MyoMuscleFamilyNode<Solver>::ReadConnections(MDataBlock& block, bool whole_meshes,
-                                                  myo_core::MuscleFrameValues& frame,
-                                                  std::vector<myo_core::MeshData>& target_meshes) {
-  const MObject node = thisMObject();
-  MIntArray indices;
-
-  myo_maya::ConnectedChildIndices(node, attributes_["attachmentConstraintsList"], attributes_["attachmentMatrix"],
-                                  indices);
-  ReadConnectedMatrices(block, attributes_["attachmentConstraintsList"], {attributes_["attachmentMatrix"]}, indices,
-                        frame.attachments);
-
-  std::vector<MObject> segment_ends = {attributes_["slideOnSegmentRootMatrix"], attributes_["slideOnSegmentTipMatrix"]};
-  myo_maya::ConnectedChildrenIndices(node, attributes_["slideOnSegmentConstraintsList"], segment_ends, indices);
-  ReadConnectedMatrices(block, attributes_["slideOnSegmentConstraintsList"],
-                        {attributes_["slideOnSegmentRootMatrix"], attributes_["slideOnSegmentTipMatrix"]}, indices,
-                        frame.segments);
-
-  std::vector<MObject> target_inputs = {attributes_["targetWorldMesh"], attributes_["targetWorldMatrix"]};
-  myo_maya::ConnectedChildrenIndices(node, attributes_["targets"], target_inputs, indices);
-  target_meshes.clear();
-  target_meshes.resize(indices.length());  // no reallocation below: the inputs point into it
-  MArrayDataHandle targets = block.inputArrayValue(attributes_["targets"]);
-  MPlug target_plugs(node, attributes_["targets"]);
-  for (unsigned k = 0; k < indices.length(); ++k) {
-    const unsigned logical = static_cast<unsigned>(indices[k]);
-    myo_core::TargetInput input;
-    input.logical_index = logical;
-    input.name = myo_maya::ToStdString(target_plugs.elementByLogicalIndex(logical).name());
-    if (targets.jumpToElement(logical)) {
-      MDataHandle element = targets.inputValue();
-      input.world_matrix = myo_maya::ToCoreMatrix(element.child(attributes_["targetWorldMatrix"]).asMatrix());
-      const MObject mesh = element.child(attributes_["targetWorldMesh"]).asMesh();
-      if (!mesh.isNull() && myo_maya::ReadMayaMeshFor(whole_meshes, mesh, target_meshes[k]))
-        input.mesh = &target_meshes[k];
-    }
-    frame.targets.push_back(input);
-  }
-}
-
-template <class Solver>
 MStatus MyoMuscleFamilyNode<Solver>::deform(MDataBlock& block, MItGeometry& iterator, const MMatrix& local_to_world,
                                             unsigned int multi_index) {
+  // With "enable" off the input passes through, no time passes for the node
+  // and nothing else is read.
+  if (!block.inputValue(attributes_["enable"]).asBool()) return MS::kSuccess;
+
   myo_maya::DataBlockAttributes source(block, attributes_);
   myo_core::MuscleFrameValues frame;
   myo_core::ReadMuscleFrameValues(source, kWithVolume, frame);
-  if (!frame.enable) return MS::kSuccess;  // the input passes through, no time passes for the node
-
   frame.envelope = block.inputValue(envelope).asFloat();
   frame.local_to_world = myo_maya::ToCoreMatrix(local_to_world);
   frame.geometry_index = multi_index;
   frame.displayed_weights = display_weight_;
-  myo_maya::MayaDeformerHost host(thisMObject(), block, multi_index);
 
-  // Between builds the targets' topology stays frozen in the solver, which
-  // then reads their points only.
-  const bool builds = myo_core::DecideFrame(myo_core::FrameTimesOf(frame, deformer_.last_time(), host,
-                                                                    IsSolverEmpty()))
-                          .initialize;
-  std::vector<myo_core::MeshData> target_meshes;
-  ReadConnections(block, builds, frame, target_meshes);
-
+  // The core logic decides the frame and asks the host for connections and
+  // meshes as it comes to them.
+  myo_maya::MayaDeformerHost host(thisMObject(), block, multi_index, attributes_);
   MPointArray points;
   iterator.allPositions(points, MSpace::kObject);
   const std::vector<double> input = myo_maya::ToFlatPoints(points);  // 3N
-
   myo_maya::MayaMapPort maps(thisMObject(), &block, attributes_);
   std::vector<double> output;  // 3N
   const myo_core::MuscleEvaluation result = deformer_.Evaluate(frame, input, host, maps, output);
 
   myo_maya::FromFlatPoints(output, points);
   iterator.setAllPositions(points, MSpace::kObject);
-
-  if (result.current_influence != frame.current_influence)
-    block.outputValue(attributes_["currentInfluence"]).set(static_cast<int>(result.current_influence));
   if (result.decision.initialize) {
     KeepVertexNeighbors();
     display_weights_ = LiveArray(display_weight_);

@@ -1,7 +1,7 @@
 #pragma once
 // What the muscle and the ribbon muscle nodes share: attributes from their
-// core table, the deform that fills the frame values and hands them to the
-// core deformer, the paint surface over the muscle's maps and the callback on
+// core table, the deform that fills the frame values and hands them, with
+// the node's connections behind the host port, to the core deformer, the paint surface over the muscle's maps and the callback on
 // "maxSlidingDistance". The two differ only by their solver.
 
 #include <maya/MDataBlock.h>
@@ -47,11 +47,6 @@ class MyoMuscleFamilyNode : public MyoPaintableDeformer {
   uint32_t SolverInfluences(myo_core::InfluenceKind kind) override;
 
  private:
-  // The connected attachments, segments and targets of this evaluation;
-  // `target_meshes` keeps the meshes the targets point to, whole when the
-  // solver is built this evaluation and as points otherwise.
-  void ReadConnections(MDataBlock& block, bool whole_meshes, myo_core::MuscleFrameValues& frame,
-                       std::vector<myo_core::MeshData>& target_meshes);
   void KeepVertexNeighbors();
   static void OnAttributeChanged(MNodeMessage::AttributeMessage message, MPlug& plug, MPlug& other, void* client);
 

@@ -14,12 +14,10 @@
 #include "core/plugin/plugin_lifecycle.h"
 #include "core/plugin/registration_table.h"
 #include "core/skin/skin_attributes.h"
-#include "core/solver/frame_decision.h"
 #include "maya/plugin/data_block_attributes.h"
 #include "maya/plugin/maya_conversions.h"
 #include "maya/plugin/maya_deformer_host.h"
 #include "maya/plugin/maya_map_port.h"
-#include "maya/plugin/maya_mesh_data.h"
 #include "maya/plugin/node_helpers.h"
 
 const MTypeId MyoSkinDeformer::id(myo_core::kMyoSkinId);
@@ -51,32 +49,23 @@ void MyoSkinDeformer::postConstructor() {
 
 MStatus MyoSkinDeformer::deform(MDataBlock& block, MItGeometry& iterator, const MMatrix& local_to_world,
                                 unsigned int multi_index) {
+  // With "enable" off the input passes through, no time passes for the node
+  // and nothing else is read.
+  if (!block.inputValue(attributes_["enable"]).asBool()) return MS::kSuccess;
+
   myo_maya::DataBlockAttributes source(block, attributes_);
   myo_core::SkinFrameValues frame;
   myo_core::ReadSkinFrameValues(source, frame);
-  if (!frame.enable) return MS::kSuccess;  // the input passes through, no time passes for the node
-
   frame.envelope = block.inputValue(envelope).asFloat();
   frame.local_to_world = myo_maya::ToCoreMatrix(local_to_world);
   frame.geometry_index = multi_index;
 
-  myo_maya::MayaDeformerHost host(thisMObject(), block, multi_index);
-
-  // The reference mesh, whole when the solver is built this evaluation and as
-  // points otherwise (its topology stays frozen in the solver). A missing one
-  // is the core deformer's error to report.
-  const bool builds = myo_core::DecideFrame(myo_core::FrameTimesOf(frame, deformer_.last_time(), host,
-                                                                    IsSolverEmpty()))
-                          .initialize;
-  myo_core::MeshData reference;
-  const MObject reference_object = block.inputValue(attributes_["referenceMesh"]).asMesh();
-  if (!reference_object.isNull() && myo_maya::ReadMayaMeshFor(builds, reference_object, reference))
-    frame.reference_mesh = &reference;
-
+  // The core logic decides the frame and asks the host for the reference
+  // mesh, whole only when it rebuilds; a missing one is its error to report.
+  myo_maya::MayaDeformerHost host(thisMObject(), block, multi_index, attributes_);
   MPointArray points;
   iterator.allPositions(points, MSpace::kObject);
   const std::vector<double> input = myo_maya::ToFlatPoints(points);  // 3N
-
   myo_maya::MayaMapPort maps(thisMObject(), &block, attributes_);
   std::vector<double> output;  // 3N
   const myo_core::SkinEvaluation result = deformer_.Evaluate(frame, input, host, maps, output);
@@ -84,7 +73,6 @@ MStatus MyoSkinDeformer::deform(MDataBlock& block, MItGeometry& iterator, const 
 
   myo_maya::FromFlatPoints(output, points);
   iterator.setAllPositions(points, MSpace::kObject);
-
   if (result.decision.initialize) {
     KeepVertexNeighbors();
     display_weights_ = LiveArray(display_weight_);

@@ -37,6 +37,9 @@ myo_core::Matrix DataBlockAttributes::MatrixValue(const std::string& long_name) 
   MStatus status;
   MDataHandle handle = block_.inputValue(attribute, &status);
   if (!status) return myo_core::IdentityMatrix();
+  const myo_core::AttributeInfo* info =
+      attributes_.table() == nullptr ? nullptr : myo_core::FindAttribute(*attributes_.table(), long_name);
+  if (info != nullptr && info->type == AttributeType::kFloatMatrix) return ToCoreMatrix(handle.asFloatMatrix());
   return ToCoreMatrix(handle.asMatrix());
 }
 

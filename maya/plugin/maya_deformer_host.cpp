@@ -1,7 +1,11 @@
 #include "maya/plugin/maya_deformer_host.h"
 
 #include <maya/MAnimControl.h>
+#include <maya/MArrayDataHandle.h>
+#include <maya/MDataHandle.h>
 #include <maya/MFnDependencyNode.h>
+#include <maya/MIntArray.h>
+#include <maya/MPlug.h>
 #include <maya/MTime.h>
 
 #include "core/log/logger.h"
@@ -11,8 +15,9 @@
 
 namespace myo_maya {
 
-MayaDeformerHost::MayaDeformerHost(const MObject& node, MDataBlock& block, unsigned geometry_index)
-    : node_(node), block_(block), geometry_index_(geometry_index) {}
+MayaDeformerHost::MayaDeformerHost(const MObject& node, MDataBlock& block, unsigned geometry_index,
+                                   const NodeAttributes& attributes)
+    : node_(node), block_(block), geometry_index_(geometry_index), attributes_(attributes) {}
 
 bool MayaDeformerHost::IsPlaying() const { return MAnimControl::isPlaying(); }
 
@@ -25,7 +30,7 @@ bool MayaDeformerHost::ReadInputMesh(myo_core::MeshData& mesh) {
   GetInputMesh(input, block_, geometry_index_);
   if (input.isNull()) return false;
   std::string error;
-  if (!ReadMayaMesh(input, mesh, error)) {
+  if (!ReadMayaMesh(input, false, mesh, error)) {
     myo_core::ReportError("The input mesh of " + NodeName() + " cannot be read: " + error, "");
     return false;
   }
@@ -50,6 +55,74 @@ void MayaDeformerHost::AdvanceProgress() { myo_maya::AdvanceProgress(computation
 void MayaDeformerHost::EndProgress() {
   myo_maya::EndProgress(computation_, progress_shown_);
   progress_shown_ = false;
+}
+
+void MayaDeformerHost::ReadConnectedMatrices(const char* list, const std::vector<const char*>& children,
+                                             myo_core::ConnectedMatrices& out) {
+  out = myo_core::ConnectedMatrices();
+  std::vector<MObject> child_attributes;
+  for (const char* child : children) child_attributes.push_back(attributes_[child]);
+  const std::vector<MObject> read = child_attributes;
+  MIntArray indices;
+  ConnectedChildrenIndices(node_, attributes_[list], child_attributes, indices);
+  MArrayDataHandle elements = block_.inputArrayValue(attributes_[list]);
+  for (unsigned k = 0; k < indices.length(); ++k) {
+    if (!elements.jumpToElement(static_cast<unsigned>(indices[k]))) continue;
+    MDataHandle element = elements.inputValue();
+    out.indices.push_back(static_cast<uint32_t>(indices[k]));
+    for (const MObject& child : read) out.matrices.push_back(ToCoreMatrix(element.child(child).asMatrix()));
+  }
+}
+
+void MayaDeformerHost::ReadAttachmentMatrices(myo_core::ConnectedMatrices& out) {
+  ReadConnectedMatrices("attachmentConstraintsList", {"attachmentMatrix"}, out);
+}
+
+void MayaDeformerHost::ReadSegmentMatrices(myo_core::ConnectedMatrices& out) {
+  ReadConnectedMatrices("slideOnSegmentConstraintsList", {"slideOnSegmentRootMatrix", "slideOnSegmentTipMatrix"},
+                        out);
+}
+
+void MayaDeformerHost::ReadTargets(bool whole, std::vector<myo_core::TargetInput>& out) {
+  out.clear();
+  std::vector<MObject> children = {attributes_["targetWorldMesh"], attributes_["targetWorldMatrix"]};
+  MIntArray indices;
+  ConnectedChildrenIndices(node_, attributes_["targets"], children, indices);
+  target_meshes_.clear();
+  target_meshes_.resize(indices.length());  // no reallocation below: the inputs point into it
+  MArrayDataHandle targets = block_.inputArrayValue(attributes_["targets"]);
+  MPlug target_plugs(node_, attributes_["targets"]);
+  for (unsigned k = 0; k < indices.length(); ++k) {
+    const unsigned logical = static_cast<unsigned>(indices[k]);
+    myo_core::TargetInput input;
+    input.logical_index = logical;
+    input.name = ToStdString(target_plugs.elementByLogicalIndex(logical).name());
+    if (targets.jumpToElement(logical)) {
+      MDataHandle element = targets.inputValue();
+      input.world_matrix = ToCoreMatrix(element.child(attributes_["targetWorldMatrix"]).asMatrix());
+      const MObject mesh = element.child(attributes_["targetWorldMesh"]).asMesh();
+      std::string error;
+      const bool read = !mesh.isNull() && (whole ? ReadMayaMesh(mesh, true, target_meshes_[k], error)
+                                                 : ReadMayaMeshWorldSpace(mesh, target_meshes_[k]));
+      if (read) input.mesh = &target_meshes_[k];
+    }
+    out.push_back(input);
+  }
+}
+
+void MayaDeformerHost::WriteCurrentInfluence(int32_t value) {
+  block_.outputValue(attributes_["currentInfluence"]).set(static_cast<int>(value));
+}
+
+myo_core::MeshInput MayaDeformerHost::ReadReferenceMesh(bool whole, const myo_core::MeshData*& mesh) {
+  mesh = nullptr;
+  const MObject object = block_.inputValue(attributes_["referenceMesh"]).asMesh();
+  if (object.isNull()) return myo_core::MeshInput::kMissing;
+  std::string error;
+  const bool read = whole ? ReadMayaMesh(object, true, reference_, error) : ReadMayaMeshWorldSpace(object, reference_);
+  if (!read) return myo_core::MeshInput::kUnreadable;
+  mesh = &reference_;
+  return myo_core::MeshInput::kRead;
 }
 
 }  // namespace myo_maya

@@ -1,20 +1,25 @@
 #pragma once
 // The deformer host port answered by Maya: the animation control, the time
-// unit, the input mesh of the deformed geometry and a progress bar.
+// unit, the input mesh of the deformed geometry, a progress bar, and the
+// node's connections read from its data block when the core logic asks for
+// them.
 
 #include <maya/MComputation.h>
 #include <maya/MDataBlock.h>
 #include <maya/MObject.h>
 
 #include <string>
+#include <vector>
 
 #include "core/host/deformer_host.h"
+#include "maya/plugin/node_attributes.h"
 
 namespace myo_maya {
 
 class MayaDeformerHost : public myo_core::DeformerHost {
  public:
-  MayaDeformerHost(const MObject& node, MDataBlock& block, unsigned geometry_index);
+  MayaDeformerHost(const MObject& node, MDataBlock& block, unsigned geometry_index,
+                   const NodeAttributes& attributes);
 
   bool IsPlaying() const override;
   float FramesPerSecond() const override;
@@ -25,12 +30,26 @@ class MayaDeformerHost : public myo_core::DeformerHost {
   void AdvanceProgress() override;
   void EndProgress() override;
 
+  void ReadAttachmentMatrices(myo_core::ConnectedMatrices& out) override;
+  void ReadSegmentMatrices(myo_core::ConnectedMatrices& out) override;
+  void ReadTargets(bool whole, std::vector<myo_core::TargetInput>& out) override;
+  void WriteCurrentInfluence(int32_t value) override;
+  myo_core::MeshInput ReadReferenceMesh(bool whole, const myo_core::MeshData*& mesh) override;
+
  private:
+  // The matrices of the elements of `list` with every one of `children`
+  // connected, by logical index.
+  void ReadConnectedMatrices(const char* list, const std::vector<const char*>& children,
+                             myo_core::ConnectedMatrices& out);
+
   MObject node_;
   MDataBlock& block_;
   unsigned geometry_index_;
+  const NodeAttributes& attributes_;
   MComputation computation_;
   bool progress_shown_ = false;
+  std::vector<myo_core::MeshData> target_meshes_;  // what the targets of the last read point to
+  myo_core::MeshData reference_;                  // the reference mesh of the last read
 };
 
 }  // namespace myo_maya

@@ -4,6 +4,9 @@
 #include <maya/MFnMesh.h>
 #include <maya/MIntArray.h>
 #include <maya/MItMeshEdge.h>
+#include <maya/MItMeshVertex.h>
+#include <maya/MPointArray.h>
+#include <maya/MVector.h>
 
 #include <utility>
 
@@ -19,7 +22,11 @@ std::vector<int32_t> ToVector(const MIntArray& values) {
   return out;
 }
 
-void ReadPoints(MFnMesh& fn, std::vector<float>& out) {
+void Append(const MIntArray& values, std::vector<int32_t>& out) {
+  for (unsigned i = 0; i < values.length(); ++i) out.push_back(values[i]);
+}
+
+void ReadObjectPoints(MFnMesh& fn, std::vector<float>& out) {
   MFloatPointArray points;
   fn.getPoints(points, MSpace::kObject);
   out.resize(3 * static_cast<size_t>(points.length()));
@@ -30,9 +37,50 @@ void ReadPoints(MFnMesh& fn, std::vector<float>& out) {
   }
 }
 
+// World-space points and polygon normals as Maya computes them, in double,
+// narrowed to float.
+void ReadWorldSpace(MFnMesh& fn, std::vector<float>& points, std::vector<float>& normals) {
+  MPointArray world;
+  fn.getPoints(world, MSpace::kWorld);
+  points.resize(3 * static_cast<size_t>(world.length()));
+  for (unsigned i = 0; i < world.length(); ++i) {
+    points[3 * i] = static_cast<float>(world[i].x);
+    points[3 * i + 1] = static_cast<float>(world[i].y);
+    points[3 * i + 2] = static_cast<float>(world[i].z);
+  }
+  const int polygons = fn.numPolygons();
+  normals.resize(3 * static_cast<size_t>(polygons));
+  MVector normal;
+  for (int f = 0; f < polygons; ++f) {
+    fn.getPolygonNormal(f, normal, MSpace::kWorld);
+    normals[3 * f] = static_cast<float>(normal.x);
+    normals[3 * f + 1] = static_cast<float>(normal.y);
+    normals[3 * f + 2] = static_cast<float>(normal.z);
+  }
+}
+
+// Per vertex, in MItMeshVertex's orders: connected edges, vertices, faces.
+void ReadVertexOrders(const MObject& mesh_object, myo_core::HostMeshArrays& arrays) {
+  MObject iterated = mesh_object;
+  MStatus status;
+  MItMeshVertex vertices(iterated, &status);
+  if (!status) return;
+  MIntArray edges, connected, faces;
+  for (; !vertices.isDone(); vertices.next()) {
+    vertices.getConnectedEdges(edges);
+    vertices.getConnectedVertices(connected);
+    vertices.getConnectedFaces(faces);
+    arrays.vertex_edge_counts.push_back(static_cast<int32_t>(edges.length()));
+    Append(edges, arrays.vertex_edges);
+    Append(connected, arrays.vertex_connected);
+    arrays.vertex_face_counts.push_back(static_cast<int32_t>(faces.length()));
+    Append(faces, arrays.vertex_faces);
+  }
+}
+
 }  // namespace
 
-bool ReadMayaMesh(const MObject& mesh_object, myo_core::MeshData& mesh, std::string& error) {
+bool ReadMayaMesh(const MObject& mesh_object, bool world, myo_core::MeshData& mesh, std::string& error) {
   MStatus status;
   MFnMesh fn(mesh_object, &status);
   if (!status) {
@@ -40,8 +88,7 @@ bool ReadMayaMesh(const MObject& mesh_object, myo_core::MeshData& mesh, std::str
     return false;
   }
   myo_core::HostMeshArrays arrays;
-
-  ReadPoints(fn, arrays.points);
+  ReadObjectPoints(fn, arrays.points);
 
   MIntArray counts, vertices;
   fn.getVertices(counts, vertices);
@@ -62,22 +109,19 @@ bool ReadMayaMesh(const MObject& mesh_object, myo_core::MeshData& mesh, std::str
       arrays.edge_vertices.push_back(edges.index(1));
     }
   }
+  ReadVertexOrders(mesh_object, arrays);
+  if (world) ReadWorldSpace(fn, arrays.world_points, arrays.world_polygon_normals);
   return myo_core::BuildMeshDataFromHost(std::move(arrays), mesh, error);
 }
 
-bool ReadMayaMeshPoints(const MObject& mesh_object, myo_core::MeshData& mesh) {
+bool ReadMayaMeshWorldSpace(const MObject& mesh_object, myo_core::MeshData& mesh) {
   MStatus status;
   MFnMesh fn(mesh_object, &status);
   if (!status) return false;
   mesh = myo_core::MeshData{};
-  ReadPoints(fn, mesh.points);
+  ReadObjectPoints(fn, mesh.points);
+  ReadWorldSpace(fn, mesh.world_points, mesh.world_polygon_normals);
   return true;
-}
-
-bool ReadMayaMeshFor(bool whole, const MObject& mesh_object, myo_core::MeshData& mesh) {
-  if (!whole) return ReadMayaMeshPoints(mesh_object, mesh);
-  std::string error;
-  return ReadMayaMesh(mesh_object, mesh, error);
 }
 
 }  // namespace myo_maya

@@ -86,9 +86,12 @@ MStatus NodeAttributes::CreateOne(const AttributeInfo& info) {
       attribute = fn.create(long_name, short_name, MTime(info.Default(), MTime::kSeconds), &status);
       break;
     }
-    case AttributeType::kMatrix: {
+    case AttributeType::kMatrix:
+    case AttributeType::kFloatMatrix: {
       MFnMatrixAttribute fn;
-      attribute = fn.create(long_name, short_name, MFnMatrixAttribute::kDouble, &status);
+      const MFnMatrixAttribute::Type precision =
+          info.type == AttributeType::kFloatMatrix ? MFnMatrixAttribute::kFloat : MFnMatrixAttribute::kDouble;
+      attribute = fn.create(long_name, short_name, precision, &status);
       break;
     }
     case AttributeType::kMesh: {

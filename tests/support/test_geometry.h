@@ -9,6 +9,7 @@
 #include "core/math/matrix.h"
 #include "core/mesh/mesh_data.h"
 #include "core/mesh/polygon_mesh.h"
+#include "core/mesh/world_space.h"
 
 namespace myo_test {
 
@@ -18,6 +19,12 @@ inline myo_core::MeshData BuildMesh(const myo_core::PolygonMesh& polygons) {
   std::string error;
   EXPECT_TRUE(myo_core::BuildMeshData(polygons.points, polygons.vertex_counts, polygons.vertices, mesh, error))
       << error;
+  return mesh;
+}
+
+// The mesh with the world space of a host that places it by `matrix`.
+inline myo_core::MeshData Placed(myo_core::MeshData mesh, const myo_core::Matrix& matrix) {
+  myo_core::FillWorldSpace(matrix, mesh);
   return mesh;
 }
 

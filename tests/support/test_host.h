@@ -1,9 +1,11 @@
 #pragma once
-// A deformer host for tests: a fixed input mesh, a frame rate and a playing
-// flag that the test sets.
+// A deformer host for tests: a fixed input mesh, a frame rate, a playing
+// flag and the node's connections, all set by the test; it counts what the
+// deformer asks of it.
 
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "core/host/deformer_host.h"
 
@@ -22,9 +24,36 @@ class TestHost : public myo_core::DeformerHost {
   }
   std::string NodeName() const override { return "muscle1"; }
 
+  void ReadAttachmentMatrices(myo_core::ConnectedMatrices& out) override { out = attachments; }
+  void ReadSegmentMatrices(myo_core::ConnectedMatrices& out) override { out = segments; }
+  void ReadTargets(bool whole, std::vector<myo_core::TargetInput>& out) override {
+    whole_reads += whole ? 1 : 0;
+    out = targets;
+  }
+  void WriteCurrentInfluence(int32_t value) override {
+    written_influences.push_back(value);
+    reads_at_last_write = mesh_reads;
+  }
+  myo_core::MeshInput ReadReferenceMesh(bool whole, const myo_core::MeshData*& mesh) override {
+    whole_reads += whole ? 1 : 0;
+    mesh = reference;
+    if (reference_unreadable) return myo_core::MeshInput::kUnreadable;
+    return reference != nullptr ? myo_core::MeshInput::kRead : myo_core::MeshInput::kMissing;
+  }
+
   bool playing = false;
   float frames_per_second = 24.0f;
-  int mesh_reads = 0;
+  int mesh_reads = 0;   // input mesh reads
+  int whole_reads = 0;  // whole-mesh reads of targets or the reference
+
+  // Connections.
+  myo_core::ConnectedMatrices attachments;
+  myo_core::ConnectedMatrices segments;
+  std::vector<myo_core::TargetInput> targets;
+  const myo_core::MeshData* reference = nullptr;
+  bool reference_unreadable = false;
+  std::vector<int32_t> written_influences;  // every "currentInfluence" written, in order
+  int reads_at_last_write = -1;             // input mesh reads when the last one was written
 
  private:
   myo_core::MeshData mesh_;

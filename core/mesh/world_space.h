@@ -1,0 +1,18 @@
+#pragma once
+// World space for hosts that place a mesh by a matrix of their own (the
+// standalone host, tests): what Maya computes from a mesh in a DAG, the
+// standalone host computes here.
+
+#include "core/math/matrix.h"
+#include "core/mesh/mesh_data.h"
+
+namespace myo_core {
+
+// world_points: every object-space point through `matrix` (TransformPoint);
+// world_polygon_normals: the normalised Newell normal of each world-space
+// loop: with j the corner after i, n.x += (i.y - j.y)(i.z + j.z),
+// n.y += (i.z - j.z)(i.x + j.x), n.z += (i.x - j.x)(i.y + j.y). It is the
+// area-weighted normal of a non-planar polygon too, following the winding.
+void FillWorldSpace(const Matrix& matrix, MeshData& mesh);
+
+}  // namespace myo_core
