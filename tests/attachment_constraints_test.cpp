@@ -179,8 +179,10 @@ TEST(AttachmentBuildTest, AMismatchedCountOrNoMatrixBuildsNothing) {
   build.Paint(0, {1.0f, 1.0f, 1.0f});
   build.Build({0, 1});
   ASSERT_EQ(build.group.local_positions_.size(), 18u);
-  // Two matrices, one connected element: the former rows are gone and no
-  // multiplier is added. Likewise without matrices.
+  // Two matrices, one connected element: nothing is built, and the former
+  // rows are gone too, since their multipliers are no longer in lambdas_
+  // (rows left standing would index past it). No multiplier is added.
+  // Likewise without matrices.
   build.solver.lambdas_ = {5.0f};
   for (const std::vector<uint32_t>& indices : {std::vector<uint32_t>{0}, std::vector<uint32_t>{}}) {
     if (indices.empty()) build.group.matrices_.clear();

@@ -73,6 +73,9 @@ TEST_F(SceneRunTest, NodesReadTimesInSecondsKeysAndConnectedMatrices) {
   EXPECT_EQ(at_four.Number("iterations"), 10.0);  // the table's default
   EXPECT_EQ(at_four.MatrixValue("attenuationMatrix")[13], static_cast<float>(3.0 * 3.0 / 5.0));
   EXPECT_EQ(at_four.MatrixValue("attachmentMatrix"), myo_core::IdentityMatrix());
+  // The components of a colour default to the colour's default, red.
+  EXPECT_EQ(at_four.Number("debugColorRed"), 1.0);
+  EXPECT_EQ(at_four.Number("debugColorGreen"), 0.0);
   const myo_app::SceneAttributeSource outer_source(scene, outer, 4);
   EXPECT_DOUBLE_EQ(outer_source.Number("startTime"), 2.0 / 30.0);  // set on the node, in frames
   EXPECT_EQ(outer_source.Number("envelope"), 0.5);

@@ -20,6 +20,12 @@ double SceneAttributeSource::Number(const std::string& long_name) const {
   if (long_name == "currentTime") return frame_ / fps;
   if (long_name == "startTime") return scene_.timeline.start / fps;
   if (long_name == "prerollStartTime") return scene_.timeline.preroll / fps;
+  // A colour's components default to the colour's own default, as Maya's do.
+  for (const myo_core::AttributeInfo& parent : *node_.type->attributes) {
+    if (parent.type != myo_core::AttributeType::kColor) continue;
+    for (std::size_t k = 0; k < parent.children.size() && k < parent.defaults.size(); ++k)
+      if (parent.children[k] == long_name) return parent.defaults[k];
+  }
   return info != nullptr ? info->Default() : 0.0;
 }
 

@@ -44,6 +44,11 @@ void ReadSolverFrameValues(const AttributeSource& s, SolverFrameValues& frame) {
   frame.sliding_constraints_mode = I(s, "slidingConstraintsMode");
   frame.attenuation_matrix = s.MatrixValue("attenuationMatrix");
   frame.debug = B(s, "debug");
+  frame.debug_feature = I(s, "debugFeature");
+  frame.debug_color[0] = F(s, "debugColorRed");
+  frame.debug_color[1] = F(s, "debugColorGreen");
+  frame.debug_color[2] = F(s, "debugColorBlue");
+  frame.debug_width = F(s, "debugWidth");
 }
 
 void ReadMuscleFrameValues(const AttributeSource& s, bool with_volume, MuscleFrameValues& frame) {

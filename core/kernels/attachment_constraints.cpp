@@ -7,7 +7,10 @@ namespace myo_core {
 namespace {
 
 // No attachment rows: the tables, the row weights and the painted weights
-// are all absent.
+// are all absent. A build refused because the connected elements do not
+// match the matrices clears the rows of the previous build as well, rather
+// than leave them standing: lambdas_ was emptied for this build, so old rows
+// would address multipliers beyond its end.
 void ClearAttachmentRows(AttachmentConstraints& group, std::vector<float>& weights) {
   group.row_flags_.clear();
   group.local_positions_.clear();

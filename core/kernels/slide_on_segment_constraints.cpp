@@ -9,6 +9,8 @@ namespace myo_core {
 namespace {
 
 // No segment rows: the tables, the matrices and the weights are all absent.
+// A refused build clears the rows of the previous build as well, so that no
+// row is left to address multipliers that lambdas_ no longer holds.
 void ClearSlideOnSegmentRows(SlideOnSegmentConstraints& group, std::vector<float>& weights) {
   group.radii_.clear();
   group.closest_points_.clear();

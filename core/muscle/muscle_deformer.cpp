@@ -1,6 +1,7 @@
 #include "core/muscle/muscle_deformer.h"
 
 
+#include "core/debug/muscle_debug.h"
 #include "core/kernels/target_mesh.h"
 #include "core/log/logger.h"
 #include "core/muscle/muscle_assembly.h"
@@ -138,6 +139,13 @@ MuscleEvaluation MuscleFamilyDeformer<Solver>::Evaluate(const MuscleFrameValues&
 
   BlendByEnvelope(s.positions_, input, frame.envelope, output);
   last_time_ = frame.current_time;
+
+  s.debug_data_.enabled_ = frame.debug;
+  if (frame.debug) {
+    const std::vector<float> shown(output.begin(), output.end());
+    UpdateMuscleDebugData(s, shown, frame.debug_feature, frame.debug_color, frame.debug_width,
+                          frame.debug_fibers_scale);
+  }
   return result;
 }
 

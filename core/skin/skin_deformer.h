@@ -22,6 +22,7 @@ struct SkinFrameValues : SolverFrameValues {
     material = kMaterialLeather;
     density = 1100.0f;
     space_scale_mode = 2;
+    debug_feature = 3;
   }
   Matrix reference_matrix = IdentityMatrix();  // "referenceMatrix"
 };

@@ -45,6 +45,9 @@ struct SolverFrameValues {
   int32_t sliding_constraints_mode = 0;
   Matrix attenuation_matrix = IdentityMatrix();
   bool debug = false;
+  int32_t debug_feature = 4;                       // "debugFeature"
+  float debug_color[3] = {1.0f, 0.0f, 0.0f};       // "debugColor"
+  float debug_width = 3.0f;                        // "debugWidth"
 
   // The deformer's own inputs.
   float envelope = 1.0f;

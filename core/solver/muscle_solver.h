@@ -6,6 +6,7 @@
 #include <memory>
 #include <vector>
 
+#include "core/debug/debug_data.h"
 #include "core/kernels/attachment_constraints.h"
 #include "core/kernels/edge_constraints.h"
 #include "core/kernels/geometry_constraints.h"
@@ -36,6 +37,13 @@ struct MuscleFamilySolver : SolverData {
   std::unique_ptr<SlideOnGeometryConstraints> slide_on_geometry_constraints_ =
       std::make_unique<SlideOnGeometryConstraints>();
   int32_t sliding_constraints_mode_ = kSlidingFast;
+
+  // Debug features: the record a host draws, and what the fiber lines of
+  // the last update were made with, so that a painted fiber can redraw its
+  // own line.
+  DebugData debug_data_;
+  float debug_fibers_scale_ = 1.0f;          // "debugFibersScale" of the last update
+  std::vector<int32_t> fiber_line_offsets_;  // N while fibers are shown: each vertex's line, -1 for none
 };
 
 // The closed muscle: the family's groups and the volume row, whose

@@ -10,6 +10,7 @@
 #include <string>
 
 #include "core/attributes/frame_readers.h"
+#include "core/debug/muscle_debug.h"
 #include "core/kernels/edge_constraints_build.h"
 #include "core/log/logger.h"
 #include "core/paint/weight_normalization.h"
@@ -152,6 +153,11 @@ void MyoMuscleFamilyNode<Solver>::ProjectVertexFiber(uint32_t vertex, float dire
   Solver& solver = deformer_.solver();
   if (vertex >= solver.point_count_) return;
   myo_core::ProjectVertexFiber(vertex, direction, deformer_.node(), solver, *solver.edge_constraints_);
+}
+
+template <class Solver>
+void MyoMuscleFamilyNode<Solver>::UpdateVertexFiber(uint32_t vertex) {
+  myo_core::UpdateMuscleVertexFiber(deformer_.solver(), vertex);
 }
 
 template <class Solver>

@@ -27,6 +27,7 @@ class MyoMuscleFamilyNode : public MyoPaintableDeformer {
                  unsigned int multi_index) override;
 
   void ProjectVertexFiber(uint32_t vertex, float direction[3]) override;
+  void UpdateVertexFiber(uint32_t vertex) override;
   void ConsolidateWeights() override;
   void ConsolidateFibers(bool flag) override;
   MStringArray GetInfluencesNames() override;

@@ -6,7 +6,10 @@
 #include <maya/MFnDagNode.h>
 #include <maya/MFnDependencyNode.h>
 #include <maya/MGlobal.h>
+#include <maya/MFloatArray.h>
 #include <maya/MPxGeometryFilter.h>
+#include <maya/MRampAttribute.h>
+#include <maya/MSelectionList.h>
 
 #include <string>
 
@@ -93,6 +96,45 @@ bool IsNodeVisible(const MObject& node) {
 
   if (dag.parentCount() > 0) return IsNodeVisible(dag.parent(0));
   return true;
+}
+
+bool IsVisibleInView(const MDagPath& path, M3dView& view) {
+  MStatus status;
+  if (M3dView::displayStatus(path, &status) == M3dView::kInvisible) return false;
+  MFnDagNode dag(path, &status);
+  if (!status || dag.isIntermediateObject()) return false;
+  if (view.viewIsFiltered()) {
+    MSelectionList filtered;
+    view.filteredObjectList(filtered);
+    bool listed = false;
+    for (MDagPath ancestor = path; !listed && ancestor.length() > 0; ancestor.pop())
+      listed = filtered.hasItem(ancestor);
+    if (!listed) return false;
+  }
+  if ((view.objectDisplay() & M3dView::kDisplayMeshes) == 0) return false;
+  return IsNodeVisible(path.node());
+}
+
+bool ReadRamp(const MObject& node, const MObject& ramp, myo_core::RampEntries& entries) {
+  MStatus status;
+  MRampAttribute attribute(node, ramp, &status);
+  if (!status) return false;
+  MIntArray indices, interpolations;
+  MFloatArray positions, values;
+  attribute.getEntries(indices, positions, values, interpolations, &status);
+  if (!status) return false;
+  entries = myo_core::RampEntries();
+  for (unsigned k = 0; k < positions.length(); ++k) {
+    entries.positions.push_back(positions[k]);
+    entries.values.push_back(k < values.length() ? values[k] : -1.0f);
+    entries.interpolations.push_back(k < interpolations.length() ? interpolations[k] : 0);
+  }
+  return true;
+}
+
+bool IsRampNormalized(const MObject& node, const MObject& ramp) {
+  myo_core::RampEntries entries;
+  return ReadRamp(node, ramp, entries) && myo_core::IsRampNormalized(entries);
 }
 
 void GetInputMesh(MObject& mesh, MDataBlock& block, unsigned index) {

@@ -4,7 +4,9 @@
 // attribute, progress of a long build and the attribute warning dialog. They
 // fail silently: a missing plug or connection leaves the output empty.
 
+#include <maya/M3dView.h>
 #include <maya/MComputation.h>
+#include <maya/MDagPath.h>
 #include <maya/MDataBlock.h>
 #include <maya/MIntArray.h>
 #include <maya/MObject.h>
@@ -12,6 +14,8 @@
 #include <maya/MString.h>
 
 #include <vector>
+
+#include "core/ramp/ramp_entries.h"
 
 namespace myo_maya {
 
@@ -28,6 +32,17 @@ void ConnectedChildrenIndices(const MObject& node, const MObject& array, std::ve
 // visibility, an enabled draw override's visibility and display type, and
 // hide on playback while playing or scrubbing.
 bool IsNodeVisible(const MObject& node);
+
+// Whether a mesh's path is drawn in a view: not invisible there, not an
+// intermediate object, among the view's filtered objects (or below one) when
+// the view filters, meshes shown in the view, and the node visible.
+bool IsVisibleInView(const MDagPath& path, M3dView& view);
+
+// The entries of a ramp attribute of a node; false when they cannot be read.
+bool ReadRamp(const MObject& node, const MObject& ramp, myo_core::RampEntries& entries);
+// Whether every position and value of a ramp attribute lies within 0 to 1;
+// false when its entries cannot be read.
+bool IsRampNormalized(const MObject& node, const MObject& ramp);
 
 // The mesh of element `index` of the deformer's input geometry; a null
 // object when there is none.
