@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <limits>
 #include <stdexcept>
 #include <string>
@@ -128,6 +129,37 @@ TEST(FuzzHarnessDirectories, PrivateDirectoryIsMadeRemovedAndClearsOnlyDeadOwner
   EXPECT_TRUE(fs::exists(foreign / "inside"));
   fs::remove_all(live);
   fs::remove_all(foreign);
+}
+
+std::string Contents(const fs::path& path) {
+  std::ifstream in(path, std::ios::binary);
+  return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+}
+
+TEST(FuzzHarnessFiles, InputsReplaceTheFileAndExampleFilesAreCopied) {
+  ScratchDirectory scratch;
+  const std::string path = (scratch.path() / "mesh.obj").string();
+  const std::string longer = "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n";
+  const std::string shorter("v 1\0x", 5);  // bytes as they come, zero included
+  myo_fuzz::WriteInput(path, reinterpret_cast<const uint8_t*>(longer.data()), longer.size());
+  EXPECT_EQ(Contents(path), longer);
+  myo_fuzz::WriteInput(path, reinterpret_cast<const uint8_t*>(shorter.data()), shorter.size());
+  EXPECT_EQ(Contents(path), shorter);  // nothing of the longer input is left
+  myo_fuzz::WriteInput(path, nullptr, 0);
+  EXPECT_TRUE(fs::exists(path));
+  EXPECT_EQ(fs::file_size(path), 0u);
+
+  const fs::path from = scratch.path() / "example";
+  fs::create_directories(from / "nested");
+  std::ofstream(from / "a.txt") << "1 2 3";
+  std::ofstream(from / "nested" / "b.txt") << "4";
+  const fs::path to = scratch.path() / "copy" / "maps";
+  myo_fuzz::CopyFiles(from.string(), to.string());
+  EXPECT_EQ(Contents(to / "a.txt"), "1 2 3");
+  EXPECT_FALSE(fs::exists(to / "nested"));
+  std::ofstream(from / "a.txt") << "0.5";
+  myo_fuzz::CopyFiles(from.string(), to.string());  // a second copy overwrites
+  EXPECT_EQ(Contents(to / "a.txt"), "0.5");
 }
 
 TEST(FuzzHarnessSceneSandbox, OnlyFilesInsideTheSceneDirectoryAreOpened) {

@@ -42,7 +42,8 @@ class PrivateDirectory {
 [[noreturn]] void HarnessFailure(const std::string& what);
 
 // Reports a finding about `reader`. `kind` names the fault without the
-// input's particulars (no numbers, names or colons), `detail` gives them.
+// input's particulars (no numbers or names taken from it), `detail` gives
+// them.
 // Prints "myo_fuzz: FINDING [reader: kind] detail" and aborts, so that
 // libFuzzer keeps the input. When MYO_FUZZ_SEEN_DIR names a directory, a
 // kind found before in it (by any process of the run) is not reported again:
