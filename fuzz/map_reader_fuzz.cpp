@@ -14,15 +14,7 @@
 #include "fuzz/fuzz_support.h"
 #include "fuzz/reader_checks.h"
 
-// The reader moves from myo_app (app/scene/scene_reader.h) to myo_io
-// (io/map_file.h) with the same arguments; the target follows by itself.
-#if __has_include("io/map_file.h")
 #include "io/map_file.h"
-namespace map_reader = myo_io;
-#else
-#include "app/scene/scene_reader.h"
-namespace map_reader = myo_app;
-#endif
 
 namespace {
 
@@ -40,7 +32,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
   std::vector<float> values = before;
   std::string error;
   const std::optional<bool> read =
-      myo_fuzz::CallReader(kReader, [&] { return map_reader::ReadMapFile(path, values, error); });
+      myo_fuzz::CallReader(kReader, [&] { return myo_io::ReadMapFile(path, values, error); });
   if (!read) return 0;
   if (!*read) {
     myo_fuzz::CheckRefusalMessage(kReader, error);

@@ -2,13 +2,219 @@
 
 #include <tiny_obj_loader.h>
 
+#include <cmath>
 #include <cstdio>
+#include <fstream>
+#include <set>
+#include <sstream>
+
+#include "io/number_text.h"
 
 namespace myo_io {
 
 namespace {
 
-std::string FaceError(const std::string& path, std::size_t face, const char* what, int index, std::size_t count) {
+// Statements that carry nothing a polygon mesh reads here (normals, groups,
+// smoothing, materials, lines, points, free-form geometry): accepted and
+// left alone. Material files are never opened.
+const std::set<std::string>& IgnoredStatements() {
+  static const std::set<std::string> statements = {
+      "vn",   "vp",    "o",     "g",    "s",    "usemtl",   "mtllib",   "l",          "p",
+      "cstype", "deg", "bmat",  "step", "curv", "curv2",    "surf",     "parm",       "trim",
+      "hole", "scrv",  "sp",    "end",  "con",  "mg",       "lod",      "usemap",     "maplib",
+      "c_interp", "d_interp", "shadow_obj", "trace_obj", "bevel", "call", "csh"};
+  return statements;
+}
+
+// One line of the file, split at blanks, with its number (from 1).
+struct ObjLine {
+  std::size_t number = 0;
+  std::vector<std::string> words;
+};
+
+// Lines end at "\n", "\r\n" or a lone "\r", as the parser reads them.
+// "#" starts a comment that runs to the end of the line.
+std::vector<ObjLine> SplitLines(const std::string& text) {
+  std::vector<ObjLine> lines;
+  std::size_t number = 1;
+  std::size_t begin = 0;
+  while (begin <= text.size()) {
+    std::size_t end = text.find_first_of("\r\n", begin);
+    if (end == std::string::npos) end = text.size();
+    std::string line = text.substr(begin, end - begin);
+    const std::size_t hash = line.find('#');
+    if (hash != std::string::npos) line.resize(hash);
+    ObjLine item;
+    item.number = number;
+    std::istringstream words(line);
+    for (std::string word; words >> word;) item.words.push_back(word);
+    if (!item.words.empty()) lines.push_back(std::move(item));
+    if (end == text.size()) break;
+    begin = end + ((text[end] == '\r' && end + 1 < text.size() && text[end + 1] == '\n') ? 2 : 1);
+    ++number;
+  }
+  return lines;
+}
+
+class ObjFault {
+ public:
+  ObjFault(const std::string& path, std::size_t line) : prefix_(path + ": line " + std::to_string(line) + ": ") {}
+  std::string operator()(const std::string& what) const { return prefix_ + what; }
+
+ private:
+  std::string prefix_;
+};
+
+// What the checks found: the counts of each kind of element, and for each
+// vertex and texture coordinate the line it stands on.
+struct ObjOutline {
+  std::vector<std::size_t> vertex_lines;
+  std::vector<std::size_t> uv_lines;
+  std::size_t faces = 0;
+};
+
+bool CheckNumbers(const ObjLine& line, std::size_t first, const ObjFault& fault, std::string& error) {
+  for (std::size_t k = first; k < line.words.size(); ++k) {
+    double value = 0.0;
+    if (!ParseFloatText(line.words[k], value)) {
+      error = fault("coordinate " + Quoted(line.words[k]) + " " + FloatTextProblem(line.words[k]));
+      return false;
+    }
+  }
+  return true;
+}
+
+// One corner "v", "v/t", "v//n" or "v/t/n": whole numbers, none 0; a
+// negative one counts back from the last element read so far. Vertex and
+// texture indices must name an element of the file: relative ones are
+// checked here, absolute ones against the whole file at the end.
+bool CheckCorner(const std::string& corner, const ObjOutline& outline, const ObjFault& fault, std::string& error) {
+  std::vector<std::string> parts;
+  std::size_t begin = 0;
+  for (;;) {
+    const std::size_t slash = corner.find('/', begin);
+    parts.push_back(corner.substr(begin, slash == std::string::npos ? std::string::npos : slash - begin));
+    if (slash == std::string::npos) break;
+    begin = slash + 1;
+  }
+  const bool shape_ok = parts.size() <= 3 && !parts[0].empty() && !(parts.size() == 3 && parts[2].empty()) &&
+                        !(parts.size() == 2 && parts[1].empty());
+  if (!shape_ok) {
+    error = fault("face corner " + Quoted(corner) + " is not of the form v, v/t, v//n or v/t/n");
+    return false;
+  }
+  const char* names[3] = {"vertex", "texture coordinate", "normal"};
+  const std::size_t counts[2] = {outline.vertex_lines.size(), outline.uv_lines.size()};
+  for (std::size_t k = 0; k < parts.size(); ++k) {
+    if (parts[k].empty()) continue;
+    long index = 0;
+    if (!ParseIntText(parts[k], index) || index == 0) {
+      error = fault("face corner " + Quoted(corner) + ": " + names[k] + " index " + Quoted(parts[k]) +
+                    " is not a whole number other than 0");
+      return false;
+    }
+    if (k < 2 && index < 0 && static_cast<std::size_t>(-index) > counts[k]) {
+      error = fault("face corner " + Quoted(corner) + ": relative " + names[k] + " index " + parts[k] +
+                    " reaches before the first of the " + std::to_string(counts[k]) + " read so far");
+      return false;
+    }
+  }
+  return true;
+}
+
+// Checks every statement of the file before anything is kept: coordinates are
+// decimal numbers within the float range, faces have three corners or more
+// with valid indices, and every statement is one an OBJ file may hold.
+bool CheckObjText(const std::string& path, const std::vector<ObjLine>& lines, ObjOutline& outline,
+                  std::string& error) {
+  for (const ObjLine& line : lines) {
+    const ObjFault fault(path, line.number);
+    const std::string& keyword = line.words[0];
+    const std::size_t values = line.words.size() - 1;
+    if (keyword == "v") {
+      if (values != 3 && values != 4 && values != 6) {
+        error = fault("a vertex needs 3 coordinates (x y z, optionally w, or x y z r g b); it has " +
+                      std::to_string(values));
+        return false;
+      }
+      if (!CheckNumbers(line, 1, fault, error)) return false;
+      outline.vertex_lines.push_back(line.number);
+    } else if (keyword == "vt") {
+      if (values < 1 || values > 3) {
+        error = fault("a texture coordinate needs 1 to 3 numbers; it has " + std::to_string(values));
+        return false;
+      }
+      if (!CheckNumbers(line, 1, fault, error)) return false;
+      outline.uv_lines.push_back(line.number);
+    } else if (keyword == "f") {
+      if (values < 3) {
+        error = fault("a face needs at least 3 corners; it has " + std::to_string(values));
+        return false;
+      }
+      for (std::size_t k = 1; k < line.words.size(); ++k)
+        if (!CheckCorner(line.words[k], outline, fault, error)) return false;
+      ++outline.faces;
+    } else if (IgnoredStatements().count(keyword) == 0) {
+      error = fault(Quoted(keyword) + " is not an OBJ statement");
+      return false;
+    }
+  }
+  return true;
+}
+
+// The mesh as the parser reads it from the checked text: coordinates parsed
+// by the parser itself, faces of any number of corners.
+struct ParsedObj {
+  std::vector<float> points;
+  std::vector<float> uvs;
+  std::vector<int32_t> counts;
+  std::vector<tinyobj::index_t> corners;  // raw indices: 1-based, or negative counting back
+  std::vector<std::size_t> vertices_before;  // per face, vertices read before it
+  std::vector<std::size_t> uvs_before;       // per face, texture coordinates read before it
+};
+
+// The checked vertices, texture coordinates and faces alone, one statement a
+// line, words as they stand: all the parser is given, so that it reads
+// exactly what was checked and opens no other file.
+std::string CheckedText(const std::vector<ObjLine>& lines) {
+  std::string text;
+  for (const ObjLine& line : lines) {
+    const std::string& keyword = line.words[0];
+    if (keyword != "v" && keyword != "vt" && keyword != "f") continue;
+    for (std::size_t k = 0; k < line.words.size(); ++k) text += (k == 0 ? "" : " ") + line.words[k];
+    text += '\n';
+  }
+  return text;
+}
+
+void ParseObjText(const std::string& text, ParsedObj& parsed) {
+  tinyobj::callback_t callback;
+  callback.vertex_cb = [](void* data, tinyobj::real_t x, tinyobj::real_t y, tinyobj::real_t z, tinyobj::real_t) {
+    auto* out = static_cast<ParsedObj*>(data);
+    out->points.insert(out->points.end(), {x, y, z});
+  };
+  callback.texcoord_cb = [](void* data, tinyobj::real_t u, tinyobj::real_t v, tinyobj::real_t) {
+    auto* out = static_cast<ParsedObj*>(data);
+    out->uvs.insert(out->uvs.end(), {u, v});
+  };
+  callback.index_cb = [](void* data, tinyobj::index_t* indices, int count) {
+    auto* out = static_cast<ParsedObj*>(data);
+    out->counts.push_back(count);
+    out->corners.insert(out->corners.end(), indices, indices + count);
+    out->vertices_before.push_back(out->points.size() / 3);
+    out->uvs_before.push_back(out->uvs.size() / 2);
+  };
+  std::istringstream in(text);
+  std::string warning, parse_error;
+  tinyobj::LoadObjWithCallback(in, callback, &parsed, nullptr, &warning, &parse_error);
+}
+
+// A raw index as a 0-based one; `before` elements were read before the face.
+int64_t Resolve(int raw, std::size_t before) {
+  return raw > 0 ? static_cast<int64_t>(raw) - 1 : static_cast<int64_t>(before) + raw;
+}
+
+std::string FaceError(const std::string& path, std::size_t face, const char* what, int64_t index, std::size_t count) {
   return path + ": face " + std::to_string(face + 1) + ": " + what + " index " + std::to_string(index + 1) +
          " is out of range (the file has " + std::to_string(count) + ")";
 }
@@ -16,47 +222,71 @@ std::string FaceError(const std::string& path, std::size_t face, const char* wha
 }  // namespace
 
 bool ReadObjMesh(const std::string& path, ObjMesh& mesh, std::string& error) {
-  tinyobj::ObjReaderConfig config;
-  config.triangulate = false;
-  config.vertex_color = false;
-  tinyobj::ObjReader reader;
-  if (!reader.ParseFromFile(path, config)) {
-    error = path + ": " + (reader.Error().empty() ? std::string("cannot be read") : reader.Error());
-    while (!error.empty() && error.back() == '\n') error.pop_back();
+  std::ifstream in(path, std::ios::binary);
+  if (!in) {
+    error = path + ": cannot be read";
     return false;
   }
-  const tinyobj::attrib_t& attrib = reader.GetAttrib();
-  const std::size_t vertex_count = attrib.vertices.size() / 3;
-  const std::size_t uv_count = attrib.texcoords.size() / 2;
+  std::ostringstream buffer;
+  buffer << in.rdbuf();
+  if (in.bad()) {
+    error = path + ": cannot be read";
+    return false;
+  }
+  const std::string text = buffer.str();
+  const std::vector<ObjLine> lines = SplitLines(text);
+  ObjOutline outline;
+  if (!CheckObjText(path, lines, outline, error)) return false;
 
+  ParsedObj parsed;
+  ParseObjText(CheckedText(lines), parsed);
+  if (parsed.points.size() != 3 * outline.vertex_lines.size() || parsed.uvs.size() != 2 * outline.uv_lines.size() ||
+      parsed.counts.size() != outline.faces) {
+    error = path + ": the file could not be read consistently";
+    return false;
+  }
+  for (std::size_t k = 0; k < parsed.points.size(); ++k)
+    if (!std::isfinite(parsed.points[k])) {
+      error = ObjFault(path, outline.vertex_lines[k / 3])("a coordinate is outside the range of a 32-bit float");
+      return false;
+    }
+  for (std::size_t k = 0; k < parsed.uvs.size(); ++k)
+    if (!std::isfinite(parsed.uvs[k])) {
+      error = ObjFault(path, outline.uv_lines[k / 2])("a coordinate is outside the range of a 32-bit float");
+      return false;
+    }
+
+  const std::size_t vertex_count = parsed.points.size() / 3;
+  const std::size_t uv_count = parsed.uvs.size() / 2;
   ObjMesh result;
-  result.polygons.points.assign(attrib.vertices.begin(), attrib.vertices.end());
+  result.polygons.points = std::move(parsed.points);
   bool any_uv = false;
-  std::size_t face = 0;
-  for (const tinyobj::shape_t& shape : reader.GetShapes()) {
-    std::size_t next = 0;
-    for (unsigned char count : shape.mesh.num_face_vertices) {
-      result.polygons.vertex_counts.push_back(count);
-      for (unsigned k = 0; k < count; ++k) {
-        const tinyobj::index_t& index = shape.mesh.indices[next + k];
-        if (index.vertex_index < 0 || static_cast<std::size_t>(index.vertex_index) >= vertex_count) {
-          error = FaceError(path, face, "vertex", index.vertex_index, vertex_count);
-          return false;
-        }
-        if (index.texcoord_index >= 0 && static_cast<std::size_t>(index.texcoord_index) >= uv_count) {
-          error = FaceError(path, face, "texture coordinate", index.texcoord_index, uv_count);
-          return false;
-        }
-        any_uv = any_uv || index.texcoord_index >= 0;
-        result.polygons.vertices.push_back(index.vertex_index);
-        result.uv_indices.push_back(index.texcoord_index);
+  std::size_t next = 0;
+  for (std::size_t face = 0; face < parsed.counts.size(); ++face) {
+    const int32_t count = parsed.counts[face];
+    result.polygons.vertex_counts.push_back(count);
+    for (int32_t k = 0; k < count; ++k, ++next) {
+      const tinyobj::index_t& corner = parsed.corners[next];
+      const int64_t v = Resolve(corner.vertex_index, parsed.vertices_before[face]);
+      if (v < 0 || static_cast<std::size_t>(v) >= vertex_count) {
+        error = FaceError(path, face, "vertex", v, vertex_count);
+        return false;
       }
-      next += count;
-      ++face;
+      int64_t t = -1;
+      if (corner.texcoord_index != 0) {
+        t = Resolve(corner.texcoord_index, parsed.uvs_before[face]);
+        if (t < 0 || static_cast<std::size_t>(t) >= uv_count) {
+          error = FaceError(path, face, "texture coordinate", t, uv_count);
+          return false;
+        }
+        any_uv = true;
+      }
+      result.polygons.vertices.push_back(static_cast<int32_t>(v));
+      result.uv_indices.push_back(static_cast<int32_t>(t));
     }
   }
   if (any_uv) {
-    result.uvs.assign(attrib.texcoords.begin(), attrib.texcoords.end());
+    result.uvs = std::move(parsed.uvs);
   } else {
     result.uv_indices.clear();
   }

@@ -11,6 +11,8 @@
 
 #include <nlohmann/json.hpp>
 
+#include "io/map_file.h"
+
 namespace myo_app {
 
 namespace {
@@ -497,7 +499,7 @@ class SceneReader {
       } else {
         const std::string file = ResolvePath(path_, Text(value["file"], f["file"]));
         std::string error;
-        if (!ReadMapFile(file, map.values, error)) f["file"].Fail(error);
+        if (!myo_io::ReadMapFile(file, map.values, error)) f["file"].Fail(error);
       }
       if (map.values.size() != static_cast<std::size_t>(points) * width)
         f.Fail("the map has " + std::to_string(map.values.size()) + " values; the mesh has " +
@@ -553,34 +555,6 @@ class SceneReader {
 };
 
 }  // namespace
-
-bool ReadMapFile(const std::string& path, std::vector<float>& values, std::string& error) {
-  std::ifstream in(path);
-  if (!in) {
-    error = path + ": cannot open the map file";
-    return false;
-  }
-  std::vector<float> out;
-  std::string line;
-  for (std::size_t number = 1; std::getline(in, line); ++number) {
-    const std::size_t hash = line.find('#');
-    if (hash != std::string::npos) line.resize(hash);
-    std::replace(line.begin(), line.end(), ',', ' ');
-    std::istringstream words(line);
-    std::string word;
-    while (words >> word) {
-      char* end = nullptr;
-      const double value = std::strtod(word.c_str(), &end);
-      if (end == word.c_str() || *end != '\0' || !std::isfinite(value)) {
-        error = path + ": line " + std::to_string(number) + ": \"" + word + "\" is not a number";
-        return false;
-      }
-      out.push_back(static_cast<float>(value));
-    }
-  }
-  values = std::move(out);
-  return true;
-}
 
 bool ReadScene(const std::string& path, Scene& scene, std::string& error) {
   Scene result;

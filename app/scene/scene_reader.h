@@ -13,8 +13,4 @@ namespace myo_app {
 // False with `error` set, and `scene` untouched, when the scene is not valid.
 bool ReadScene(const std::string& path, Scene& scene, std::string& error);
 
-// Reads a map file: numbers separated by blanks, commas or line ends, with
-// "#" starting a comment. False with a message naming the file and line.
-bool ReadMapFile(const std::string& path, std::vector<float>& values, std::string& error);
-
 }  // namespace myo_app

@@ -1,0 +1,79 @@
+#include "io/number_text.h"
+
+#include <cerrno>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <limits>
+
+namespace myo_io {
+
+namespace {
+
+bool IsDigit(char c) { return c >= '0' && c <= '9'; }
+
+}  // namespace
+
+bool IsDecimalNumber(const std::string& text) {
+  std::size_t i = 0;
+  const std::size_t n = text.size();
+  if (i < n && (text[i] == '+' || text[i] == '-')) ++i;
+  std::size_t digits = 0;
+  while (i < n && IsDigit(text[i])) ++i, ++digits;
+  if (i < n && text[i] == '.') {
+    ++i;
+    while (i < n && IsDigit(text[i])) ++i, ++digits;
+  }
+  if (digits == 0) return false;
+  if (i < n && (text[i] == 'e' || text[i] == 'E')) {
+    ++i;
+    if (i < n && (text[i] == '+' || text[i] == '-')) ++i;
+    std::size_t exponent = 0;
+    while (i < n && IsDigit(text[i])) ++i, ++exponent;
+    if (exponent == 0) return false;
+  }
+  return i == n;
+}
+
+bool ParseFloatText(const std::string& text, double& value) {
+  if (!IsDecimalNumber(text)) return false;
+  value = std::strtod(text.c_str(), nullptr);
+  return std::isfinite(value) && std::isfinite(static_cast<float>(value));
+}
+
+std::string FloatTextProblem(const std::string& text) {
+  return IsDecimalNumber(text) ? "is outside the range of a 32-bit float" : "is not a number";
+}
+
+bool ParseIntText(const std::string& text, long& value) {
+  std::size_t i = (!text.empty() && (text[0] == '+' || text[0] == '-')) ? 1 : 0;
+  if (i == text.size() || text.size() - i > 10) return false;
+  for (std::size_t k = i; k < text.size(); ++k)
+    if (!IsDigit(text[k])) return false;
+  const long long parsed = std::strtoll(text.c_str(), nullptr, 10);
+  if (parsed < std::numeric_limits<int>::min() || parsed > std::numeric_limits<int>::max()) return false;
+  value = static_cast<long>(parsed);
+  return true;
+}
+
+std::string Quoted(const std::string& text) {
+  constexpr std::size_t kLongest = 40;
+  std::string out = "\"";
+  for (std::size_t k = 0; k < text.size() && k < kLongest; ++k) {
+    const unsigned char c = static_cast<unsigned char>(text[k]);
+    if (c == '\\' || c == '"') {
+      out += '\\';
+      out += static_cast<char>(c);
+    } else if (c < 0x20 || c == 0x7f) {
+      char escaped[8];
+      std::snprintf(escaped, sizeof escaped, "\\x%02x", c);
+      out += escaped;
+    } else {
+      out += static_cast<char>(c);
+    }
+  }
+  if (text.size() > kLongest) out += "...";
+  return out + "\"";
+}
+
+}  // namespace myo_io
