@@ -2,6 +2,7 @@
 // as Maya plays them, and writes the results.
 
 #include <omp.h>
+#include <unistd.h>
 
 #include <atomic>
 #include <csignal>
@@ -17,12 +18,19 @@
 #include "app/run/scene_run.h"
 #include "app/scene/scene_reader.h"
 #include "core/log/logger.h"
+#include "core/solver/stop_request.h"
 
 namespace {
 
 std::atomic<bool> g_interrupted{false};
 
-void OnSignal(int) { g_interrupted.store(true); }
+// The first Ctrl-C or SIGTERM asks the run to stop: the step in progress
+// stops between two iterations and the run ends after the last whole frame.
+// A second one ends the process at once.
+void OnSignal(int) {
+  if (g_interrupted.exchange(true)) _exit(myo_app::kExitInterrupted);
+  myo_core::RequestStop();
+}
 
 // The level of MYO_LOGGER_LEVEL as the plug-in reads it, then the flags.
 void SetLogLevel(bool quiet, bool verbose) {

@@ -2,7 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
+#include <utility>
+
 #include "core/solver/frame_decision.h"
+#include "core/solver/frame_values.h"
 #include "support/log_capture.h"
 
 using namespace myo_core;
@@ -90,4 +94,18 @@ TEST(FrameDecisionTest, PrerollEqualToStart) {
   EXPECT_TRUE(d.initialize);
   EXPECT_TRUE(d.reset_positions);
   EXPECT_FALSE(d.simulate);
+}
+
+// "iterations" set by a script to a negative number runs its magnitude; the
+// most negative int has one too (2^31), where std::abs would overflow.
+TEST(FrameScalarsTest, IterationsAreTheMagnitudeOfTheAttribute) {
+  for (const auto& [attribute, expected] : {std::pair<int32_t, uint32_t>{-5, 5u}, {7, 7u},
+                                            {std::numeric_limits<int32_t>::min(), 2147483648u}}) {
+    SolverFrameValues frame;
+    frame.iterations = attribute;
+    SolverData solver;
+    ShapeConstraints shape;
+    ApplyStepScalars(frame, kFrame, false, {}, solver, shape);
+    EXPECT_EQ(solver.iterations_, expected) << attribute;
+  }
 }

@@ -8,6 +8,7 @@
 
 #include "core/kernels/volume_constraint.h"
 #include "scenes/muscle_meshes.h"
+#include "core/solver/stop_request.h"
 #include "scenes/muscle_setup.h"
 
 using namespace myo_core;
@@ -154,4 +155,24 @@ TEST(MuscleRobustnessTest, NonFinitePointsDoNotCrashAssemblyOrStep) {
   ApplyFrameSettings(FrameSettings{}, scene.solver);
   for (int step = 0; step < 3; ++step) Step(scene.solver);
   EXPECT_EQ(scene.solver.positions_.size(), mesh.points.size());
+}
+
+// A stop request, as a signal handler of the standalone host makes it, ends a
+// step before its next iteration: with one pending, a step of a thousand
+// iterations does what a step of none does. No request: iterations run.
+TEST(MuscleStepTest, AStopRequestEndsTheStepBeforeItsNextIteration) {
+  MuscleScene stopped, free_fall, running;
+  for (MuscleScene* scene : {&stopped, &free_fall, &running}) {
+    Assemble(*scene, MakeSpindle(4, 6, 10.0f, 2.0f), MuscleSetupOptions{0.5f});
+    FrameSettings frame;
+    frame.iterations = scene == &free_fall ? 0 : 1000;
+    ApplyFrameSettings(frame, scene->solver);
+  }
+  RequestStop();
+  Step(stopped.solver);
+  ClearStopRequest();
+  Step(free_fall.solver);
+  Step(running.solver);
+  EXPECT_EQ(stopped.solver.positions_, free_fall.solver.positions_);
+  EXPECT_NE(running.solver.positions_, free_fall.solver.positions_);
 }

@@ -5,11 +5,17 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <map>
+#include <sstream>
+#include <string>
+#include <vector>
+
 #include <nlohmann/json.hpp>
 
 #include "app/run/scene_attribute_source.h"
 #include "app/run/scene_run.h"
 #include "app/scene/scene_reader.h"
+#include "core/solver/stop_request.h"
 #include "scenes/muscle_meshes.h"
 #include "support/command_runner.h"
 
@@ -112,13 +118,106 @@ TEST_F(SceneRunTest, ChainedNodesRunInOrderAndAStopLeavesNothingHalfWritten) {
   EXPECT_NE(first_y(outer), first_y(inner));
 
   // A stop before the first frame: the point caches are discarded, nothing
-  // else was written.
+  // but the list of what the run would write is left.
   std::atomic<bool> stop{true};
   options.output_directory = dir_.File("stopped");
   options.format = myo_app::OutputFormat::kPc2;
   options.interrupted = &stop;
   EXPECT_EQ(myo_app::RunScene(scene, options, error), myo_app::RunResult::kInterrupted);
-  EXPECT_EQ(myo_test::ListFiles(dir_.File("stopped")), "");
+  EXPECT_EQ(myo_test::ListFiles(dir_.File("stopped")), ".myoforge-run\n");
 }
 
 }  // namespace
+
+namespace {
+
+// The figures table of a run, row by row: frame and node to the volume ratio
+// column as written.
+std::map<std::string, std::string> VolumeColumn(const std::string& csv) {
+  std::map<std::string, std::string> column;
+  std::istringstream lines(csv);
+  std::string line;
+  std::getline(lines, line);  // header
+  while (std::getline(lines, line)) {
+    std::vector<std::string> fields;
+    std::istringstream cells(line);
+    for (std::string cell; std::getline(cells, cell, ',');) fields.push_back(cell);
+    if (fields.size() >= 6) column[fields[0] + " " + fields[1]] = fields[5];
+  }
+  return column;
+}
+
+}  // namespace
+
+TEST_F(SceneRunTest, ARunThatLeavesTheFiniteNumbersStopsNamingTheNodeAndFrame) {
+  // A time scale of 1e30 is a float, but the steps it makes are not.
+  scene_["nodes"][1]["attributes"]["timeScale"] = json::parse(R"({"keys": [[2, 1], [3, 1e30]]})");
+  const myo_app::Scene scene = Read();
+  myo_app::RunOptions options;
+  options.output_directory = dir_.File("out");
+  std::string error;
+  EXPECT_EQ(myo_app::RunScene(scene, options, error), myo_app::RunResult::kFailed);
+  EXPECT_EQ(error.rfind("inner at frame 3: the simulation produced a point that is not a finite number (vertex ", 0),
+            0u)
+      << error;
+  // The frames before are whole, nothing of frame 3 on is written, and no
+  // table or summary pretends the run was complete.
+  EXPECT_EQ(myo_test::ListFiles(dir_.File("out")),
+            ".myoforge-run\ninner/inner.0001.obj\ninner/inner.0002.obj\nouter/outer.0001.obj\n"
+            "outer/outer.0002.obj\n");
+}
+
+TEST_F(SceneRunTest, AWorldMatrixBeyondTheFloatsStopsTheRun) {
+  // Each scale fits a float; their product does not.
+  scene_["transforms"] = json::parse(R"([
+      {"name": "huge", "keys": [{"frame": 1, "scale": [1e20, 1, 1]}]},
+      {"name": "bone", "parent": "huge", "keys": [{"frame": 1}, {"frame": 4, "scale": [1e20, 1, 1]}]}])");
+  const myo_app::Scene scene = Read();
+  myo_app::RunOptions options;
+  options.output_directory = dir_.File("out");
+  std::string error;
+  EXPECT_EQ(myo_app::RunScene(scene, options, error), myo_app::RunResult::kFailed);
+  EXPECT_NE(error.find("inner at frame "), std::string::npos) << error;
+  EXPECT_NE(error.find(": the world matrix of bone is not finite in 32-bit floats"), std::string::npos) << error;
+}
+
+TEST_F(SceneRunTest, FiguresShowASignedVolumeRatioAndNoneWithoutAVolumeRow) {
+  // The attenuation matrix mirrors the muscle at frame 3 and carries its
+  // points with it: the muscle is inside out from then on.
+  scene_["transforms"] = json::parse(R"([{"name": "bone", "keys": [{"frame": 2}, {"frame": 3, "scale": [-1, 1, 1]}]}])");
+  scene_["nodes"][1]["attributes"] = json::parse(R"({"volumePreservation": 0})");
+  const myo_app::Scene scene = Read();
+  myo_app::RunOptions options;
+  options.output_directory = dir_.File("out");
+  std::string error;
+  ASSERT_EQ(myo_app::RunScene(scene, options, error), myo_app::RunResult::kDone) << error;
+  const auto column = VolumeColumn(myo_test::ReadFile(dir_.File("out/figures.csv")));
+  EXPECT_NEAR(std::stod(column.at("0002 inner")), 1.0, 1e-3);
+  EXPECT_NEAR(std::stod(column.at("0004 inner")), -1.0, 1e-3);
+  EXPECT_EQ(column.at("0004 outer"), "");  // a ribbon has no volume row
+  const json summary = json::parse(myo_test::ReadFile(dir_.File("out/summary.json")));
+  ASSERT_EQ(summary["nodes"][0]["name"], "inner");
+  EXPECT_NEAR(summary["nodes"][0]["min_volume_ratio"].get<double>(), -1.0, 1e-3);
+  EXPECT_FALSE(summary["nodes"][1].contains("min_volume_ratio"));
+}
+
+TEST_F(SceneRunTest, AStopRequestCutsAStepShortAndItsFrameIsNotWritten) {
+  // Enough iterations that a frame would take minutes: a stop requested
+  // before the run makes every step return between two iterations.
+  scene_["nodes"][1]["attributes"]["iterations"] = 10000;
+  const myo_app::Scene scene = Read();
+  std::atomic<bool> stop{false};
+  myo_app::RunOptions options;
+  options.output_directory = dir_.File("out");
+  options.interrupted = &stop;
+  options.progress = [&stop](std::size_t done, std::size_t) {
+    if (done == 2) {  // after two whole frames, during the third
+      stop = true;
+      myo_core::RequestStop();
+    }
+  };
+  std::string error;
+  EXPECT_EQ(myo_app::RunScene(scene, options, error), myo_app::RunResult::kInterrupted);
+  myo_core::ClearStopRequest();
+  EXPECT_EQ(myo_test::ListFiles(dir_.File("out")), ".myoforge-run\n");  // frames -2 and -1 are preroll
+}

@@ -11,6 +11,7 @@
 #include "core/kernels/row_schedule.h"
 #include "core/skin/skin_assembly.h"
 #include "core/skin/skin_solver.h"
+#include "core/solver/stop_request.h"
 #include "core/solver/mass_weights.h"
 #include "core/solver/solver_stages.h"
 #include "scenes/skin_setup.h"
@@ -375,4 +376,22 @@ TEST(SkinStepTest, MatchesTheStraightforwardStepBitForBit) {
     EXPECT_EQ(fast.solver.uber_constraints_->sliding_inactive_, plain.solver.uber_constraints_->sliding_inactive_);
     EXPECT_NE(fast.solver.positions_, fast.mesh.points);  // the skin did move
   }
+}
+
+TEST(SkinStepTest, AStopRequestEndsTheStepBeforeItsNextIteration) {
+  SkinSetupOptions options;
+  options.cells = 4;
+  SkinScene stopped, free_fall;
+  for (SkinScene* scene : {&stopped, &free_fall}) {
+    Assemble(options, *scene);
+    myo_scenes::SkinFrameSettings frame;
+    frame.iterations = scene == &free_fall ? 0 : 1000;
+    frame.sliding_mode = 1;  // Quality: no search outside the iterations
+    myo_scenes::ApplySkinFrame(frame, IdentityMatrix(), *scene);
+  }
+  RequestStop();
+  StepSkin(stopped.solver);
+  ClearStopRequest();
+  StepSkin(free_fall.solver);
+  EXPECT_EQ(stopped.solver.positions_, free_fall.solver.positions_);
 }

@@ -86,7 +86,34 @@ bool NodeRunner::EvaluateSkin(double frame, std::string& error) {
   return true;
 }
 
+// The transform that places a mesh of the scene or a node's output, or "".
+std::string NodeRunner::PlacingTransform(const std::string& name) const {
+  const SceneMesh* mesh = scene_.FindMesh(name);
+  if (mesh == nullptr) {
+    const SceneNode* node = scene_.FindNode(name);
+    mesh = node != nullptr ? scene_.BaseMesh(*node) : nullptr;
+  }
+  return mesh != nullptr ? mesh->parent : std::string();
+}
+
+bool NodeRunner::FiniteMatrices(double frame, std::string& error) const {
+  std::vector<std::string> transforms = {PlacingTransform(node_.input)};
+  for (const SceneConnection& c : node_.connections)
+    transforms.push_back(scene_.FindTransform(c.source) != nullptr ? c.source : PlacingTransform(c.source));
+  for (const std::string& name : transforms) {
+    if (name.empty()) continue;
+    for (float value : ToFloatMatrix(scene_.WorldMatrix(name, frame)))
+      if (!std::isfinite(value)) {
+        error = node_.name + " at frame " + std::to_string(static_cast<long long>(frame)) + ": the world matrix of " +
+                name + " is not finite in 32-bit floats";
+        return false;
+      }
+  }
+  return true;
+}
+
 bool NodeRunner::Evaluate(double frame, bool playing, SceneMeshes& meshes, std::string& error) {
+  if (!FiniteMatrices(frame, error)) return false;
   const myo_core::MeshData* input = meshes.ObjectMesh(node_.input);
   host_.SetFrame(frame, playing, meshes);
   input_points_.assign(input->points.begin(), input->points.end());

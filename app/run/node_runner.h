@@ -6,6 +6,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -22,7 +23,7 @@ struct NodeFigures {
   bool stepped = false;
   double evaluate_ms = 0.0;    // the whole evaluation, a rebuild included
   uint32_t iterations = 0;
-  double volume_ratio = -1.0;  // volume over rest volume, muscles only; -1 elsewhere
+  std::optional<double> volume_ratio;  // signed volume over rest volume, muscles only
   double max_speed = 0.0;      // largest point speed, scene units per second
 };
 
@@ -45,6 +46,10 @@ class NodeRunner {
   bool EvaluateMuscle(Deformer& deformer, double frame, bool with_volume);
   bool EvaluateSkin(double frame, std::string& error);
   myo_core::Matrix LocalToWorld(double frame) const;
+  std::string PlacingTransform(const std::string& name) const;
+  // False, naming the transform, when a matrix the node reads at `frame` is
+  // not finite as floats.
+  bool FiniteMatrices(double frame, std::string& error) const;
   void TakeOutput(const myo_core::SolverData& solver);
 
   const Scene& scene_;

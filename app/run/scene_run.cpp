@@ -4,15 +4,18 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cmath>
 #include <cstdio>
 #include <filesystem>
 #include <map>
 #include <memory>
+#include <optional>
 #include <sstream>
 
 #include <nlohmann/json.hpp>
 
 #include "app/run/node_runner.h"
+#include "app/run/output_folder.h"
 #include "app/run/scene_meshes.h"
 #include "core/log/logger.h"
 #include "io/atomic_file.h"
@@ -38,8 +41,8 @@ struct NodeTotals {
   double evaluate_ms_sum = 0.0;
   double evaluate_ms_max = 0.0;
   double max_speed = 0.0;
-  double min_volume_ratio = 1e300;
-  double max_volume_ratio = -1e300;
+  std::optional<double> min_volume_ratio;  // nodes with a volume row
+  std::optional<double> max_volume_ratio;
 };
 
 std::string Csv(double value) {
@@ -55,12 +58,8 @@ class SceneRun {
 
   RunResult Run(std::string& error) {
     const auto begin = std::chrono::steady_clock::now();
-    std::error_code ec;
-    fs::create_directories(options_.output_directory, ec);
-    if (ec) {
-      error = options_.output_directory + ": cannot create the output directory: " + ec.message();
-      return RunResult::kFailed;
-    }
+    // Every output is named and its place checked before the first frame.
+    if (!PrepareOutputFolder(options_.output_directory, Plan(), error)) return RunResult::kFailed;
     for (const SceneNode& node : scene_.nodes) runners_.push_back(std::make_unique<NodeRunner>(scene_, node));
     for (std::size_t i = 0; i < runners_.size(); ++i) by_name_[scene_.nodes[i].name] = runners_[i].get();
     if (!OpenOutputs(error)) return RunResult::kFailed;
@@ -71,11 +70,14 @@ class SceneRun {
     std::size_t done = 0;
     RunMeshes meshes(scene_, Outputs());
     for (double frame = t.preroll; frame <= t.end; frame += 1.0) {
-      if (options_.interrupted != nullptr && options_.interrupted->load()) return RunResult::kInterrupted;
+      if (Interrupted()) return RunResult::kInterrupted;
       const bool playing = frame != t.preroll;
       meshes.SetFrame(frame);
       for (auto& runner : runners_) {
         if (!runner->Evaluate(frame, playing, meshes, error)) return RunResult::kFailed;
+        // A step cut short by a stop request is never written.
+        if (Interrupted()) return RunResult::kInterrupted;
+        if (!FiniteOutput(frame, *runner, error)) return RunResult::kFailed;
         if (frame >= t.start) Record(frame, *runner, csv);
       }
       if (frame >= t.start && !WriteFrame(frame, error)) return RunResult::kFailed;
@@ -99,24 +101,50 @@ class SceneRun {
     };
   }
 
-  bool OpenOutputs(std::string& error) {
+  bool Interrupted() const { return options_.interrupted != nullptr && options_.interrupted->load(); }
+
+  // Every file and folder the run may write, relative to the output folder.
+  OutputPlan Plan() const {
+    OutputPlan plan;
     const Timeline& t = scene_.timeline;
     for (const SceneNode& node : scene_.nodes) {
       if (options_.format == OutputFormat::kPc2) {
-        auto cache = std::make_unique<myo_io::PointCacheWriter>();
-        const uint32_t points = scene_.BaseMesh(node)->data.PointCount();
-        if (!cache->Open(Path(node.name + ".pc2"), points, static_cast<float>(t.start),
-                         static_cast<uint32_t>(t.end - t.start) + 1, error))
-          return false;
-        caches_.push_back(std::move(cache));
-      } else {
-        std::error_code ec;
-        fs::create_directories(Path(node.name), ec);
-        if (ec) {
-          error = Path(node.name) + ": cannot create the directory: " + ec.message();
-          return false;
-        }
+        plan.files.push_back(node.name + ".pc2");
+        continue;
       }
+      plan.folders.push_back(node.name);
+      for (double frame = t.start; frame <= t.end; frame += 1.0)
+        plan.files.push_back(node.name + "/" + FrameFileName(node.name, frame));
+    }
+    plan.files.push_back("figures.csv");
+    plan.files.push_back("summary.json");
+    return plan;
+  }
+
+  // A node whose simulation left the finite numbers stops the run: its frame
+  // and the ones after it would be all NaN.
+  bool FiniteOutput(double frame, const NodeRunner& runner, std::string& error) const {
+    const std::vector<float>& points = runner.output().points;
+    for (std::size_t k = 0; k < points.size(); ++k) {
+      if (std::isfinite(points[k])) continue;
+      error = runner.node().name + " at frame " + std::to_string(static_cast<long long>(frame)) +
+              ": the simulation produced a point that is " +
+              "not a finite number (vertex " + std::to_string(k / 3) + "); the frames before it are complete";
+      return false;
+    }
+    return true;
+  }
+
+  bool OpenOutputs(std::string& error) {
+    const Timeline& t = scene_.timeline;
+    if (options_.format != OutputFormat::kPc2) return true;
+    for (const SceneNode& node : scene_.nodes) {
+      auto cache = std::make_unique<myo_io::PointCacheWriter>();
+      const uint32_t points = scene_.BaseMesh(node)->data.PointCount();
+      if (!cache->Open(Path(node.name + ".pc2"), points, static_cast<float>(t.start),
+                       static_cast<uint32_t>(t.end - t.start) + 1, error))
+        return false;
+      caches_.push_back(std::move(cache));
     }
     return true;
   }
@@ -129,7 +157,7 @@ class SceneRun {
         continue;
       }
       const std::string& name = runner.node().name;
-      const std::string file = (fs::path(Path(name)) / (name + "." + FrameTag(frame) + ".obj")).string();
+      const std::string file = (fs::path(Path(name)) / FrameFileName(name, frame)).string();
       const std::string text = myo_io::ObjText(scene_.BaseMesh(runner.node())->obj, runner.output().points,
                                                name + " at frame " + FrameTag(frame));
       if (!myo_io::WriteFileAtomically(file, text, error)) return false;
@@ -151,12 +179,12 @@ class SceneRun {
     totals.evaluate_ms_sum += f.evaluate_ms;
     totals.evaluate_ms_max = std::max(totals.evaluate_ms_max, f.evaluate_ms);
     totals.max_speed = std::max(totals.max_speed, f.max_speed);
-    if (f.volume_ratio >= 0.0) {
-      totals.min_volume_ratio = std::min(totals.min_volume_ratio, f.volume_ratio);
-      totals.max_volume_ratio = std::max(totals.max_volume_ratio, f.volume_ratio);
+    if (f.volume_ratio) {
+      totals.min_volume_ratio = std::min(totals.min_volume_ratio.value_or(*f.volume_ratio), *f.volume_ratio);
+      totals.max_volume_ratio = std::max(totals.max_volume_ratio.value_or(*f.volume_ratio), *f.volume_ratio);
     }
     csv += FrameTag(frame) + "," + runner.node().name + "," + (f.stepped ? "1" : "0") + "," + Csv(f.evaluate_ms) +
-           "," + std::to_string(f.iterations) + "," + (f.volume_ratio >= 0.0 ? Csv(f.volume_ratio) : "") + "," +
+           "," + std::to_string(f.iterations) + "," + (f.volume_ratio ? Csv(*f.volume_ratio) : "") + "," +
            Csv(f.max_speed) + "\n";
   }
 
@@ -177,9 +205,9 @@ class SceneRun {
           {"output", options_.format == OutputFormat::kPc2 ? node.name + ".pc2"
                                                             : node.name + "/" + node.name + ".####.obj"},
       };
-      if (totals.max_volume_ratio >= 0.0) {
-        entry["min_volume_ratio"] = totals.min_volume_ratio;
-        entry["max_volume_ratio"] = totals.max_volume_ratio;
+      if (totals.min_volume_ratio) {
+        entry["min_volume_ratio"] = *totals.min_volume_ratio;
+        entry["max_volume_ratio"] = *totals.max_volume_ratio;
       }
       nodes.push_back(entry);
     }
@@ -205,6 +233,8 @@ class SceneRun {
 };
 
 }  // namespace
+
+std::string FrameFileName(const std::string& node, double frame) { return node + "." + FrameTag(frame) + ".obj"; }
 
 std::string FrameTag(double frame) {
   char text[32];

@@ -36,5 +36,7 @@ RunResult RunScene(const Scene& scene, const RunOptions& options, std::string& e
 
 // Frame number as it appears in file names: at least four digits.
 std::string FrameTag(double frame);
+// The OBJ file of a node at a frame: "<node>.<frame>.obj".
+std::string FrameFileName(const std::string& node, double frame);
 
 }  // namespace myo_app

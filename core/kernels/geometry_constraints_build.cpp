@@ -8,6 +8,7 @@
 #include "core/mesh/closest_point_query.h"
 #include "core/muscle/muscle_node_state.h"
 #include "core/solver/muscle_solver.h"
+#include "core/solver/stop_request.h"
 
 namespace myo_core {
 
@@ -163,7 +164,7 @@ void BuildGeometryConstraints(const std::vector<TargetInput>& targets, const std
   for (uint32_t a = 0; a < target_count; ++a) {
     const TargetMesh& target = solver.targets_[a];
     if (target.vertex_count_ == 0) continue;
-    for (uint32_t i = 0; i < n; ++i) {
+    for (uint32_t i = 0; i < n && !StopRequested(); ++i) {
       const uint32_t row = a * n + i;
       Vec3 x = Load3(solver.positions_.data(), i);
       if (solver_transform) x = TransformPoint(x, world_matrix);

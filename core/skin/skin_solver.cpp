@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "core/solver/solver_stages.h"
+#include "core/solver/stop_request.h"
 
 namespace myo_core {
 
@@ -54,7 +55,7 @@ void StepSkin(SkinSolver& solver) {
   if (fast && solver.iterations_ == 0)
     UpdateSlidingPoints(has_transform, solver.positions_, solver.world_matrix_, uber);
 
-  for (uint32_t iteration = 0; iteration < solver.iterations_; ++iteration) {
+  for (uint32_t iteration = 0; iteration < solver.iterations_ && !StopRequested(); ++iteration) {
     if (quality || (fast && iteration == 0)) {
       SearchBesideRows(solver, has_transform);
     } else {

@@ -6,6 +6,7 @@
 #include "core/kernels/priority_weights.h"
 #include "core/log/logger.h"
 #include "core/mesh/closest_point_query.h"
+#include "core/solver/stop_request.h"
 #include "core/tables/enum_tables.h"
 
 namespace myo_core {
@@ -102,6 +103,7 @@ bool InitUberConstraints(const UberBindingInput& input, MapPort& maps, const std
   CandidateSearchScratch visited;
   std::vector<int32_t> found;  // candidates of the current point
   for (uint32_t i = 0; i < n; ++i) {
+    if (StopRequested()) return false;  // the host throws the unfinished binding away
     // The closest point is asked in the reference's own space; p and q
     // go on in world space.
     Vec3 p = Load3(positions.data(), i);

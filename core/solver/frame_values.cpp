@@ -31,7 +31,9 @@ void ApplyStepScalars(const SolverFrameValues& frame, float dt, bool warn, const
   s.time_step_ = dt;
   s.world_matrix_ = frame.local_to_world;
   s.world_matrix_inverse_ = IsIdentity(s.world_matrix_) ? s.world_matrix_ : InvertMatrix(s.world_matrix_);
-  s.iterations_ = static_cast<uint32_t>(std::abs(frame.iterations));
+  // The magnitude, formed unsigned so that the most negative int has one too.
+  const uint32_t bits = static_cast<uint32_t>(frame.iterations);
+  s.iterations_ = frame.iterations < 0 ? 0u - bits : bits;
   s.inertia_damper_ = frame.inertia_damper;
   s.global_damping_multiplier_ = frame.global_damping_multiplier;
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "core/solver/solver_stages.h"
+#include "core/solver/stop_request.h"
 
 namespace myo_core {
 
@@ -26,7 +27,7 @@ void StepMuscleFamily(MuscleFamilySolver& solver, VolumeConstraint* volume) {
   if (solver.sliding_constraints_mode_ == kSlidingFast)
     UpdateClosestPoints(solver.positions_, solver.world_matrix_, solver.targets_, slides_on_geo);
 
-  for (uint32_t iteration = 0; iteration < solver.iterations_; ++iteration) {
+  for (uint32_t iteration = 0; iteration < solver.iterations_ && !StopRequested(); ++iteration) {
     if (closest_points_per_iteration)
       UpdateClosestPoints(solver.positions_, solver.world_matrix_, solver.targets_, slides_on_geo);
     SolveEdgeRows(edges, solver.compliance_, positions, lambdas);

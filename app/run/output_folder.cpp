@@ -1,0 +1,118 @@
+#include "app/run/output_folder.h"
+
+#include <filesystem>
+#include <fstream>
+#include <set>
+#include <sstream>
+
+#include "io/atomic_file.h"
+
+namespace myo_app {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// One name: not empty, no separator, not "." or "..".
+bool PlainName(const std::string& name) {
+  return !name.empty() && name != "." && name != ".." && name.find('/') == std::string::npos &&
+         name.find('\\') == std::string::npos;
+}
+
+// A relative path of one or two plain names.
+bool InsideTheFolder(const std::string& path) {
+  const std::size_t slash = path.find('/');
+  if (slash == std::string::npos) return PlainName(path);
+  return PlainName(path.substr(0, slash)) && PlainName(path.substr(slash + 1));
+}
+
+std::vector<std::string> ReadManifest(const fs::path& manifest) {
+  std::vector<std::string> paths;
+  std::ifstream in(manifest);
+  std::string line;
+  while (std::getline(in, line))
+    if (InsideTheFolder(line)) paths.push_back(line);  // anything else is not ours to remove
+  return paths;
+}
+
+bool IsTemporaryFile(const fs::path& file) { return file.filename().string().find(".partial.") != std::string::npos; }
+
+// Removes what the last run listed, the folders it leaves empty and the
+// temporary files of interrupted writes beside them.
+bool RemoveLastRun(const fs::path& folder, std::string& error) {
+  std::set<fs::path> parents = {folder};
+  std::error_code ec;
+  for (const std::string& relative : ReadManifest(folder / kManifestName)) {
+    const fs::path file = folder / relative;
+    parents.insert(file.parent_path());
+    if (fs::is_directory(file, ec)) continue;  // a folder is removed once empty
+    fs::remove(file, ec);
+    if (ec) {
+      error = file.string() + ": cannot remove the output of the last run: " + ec.message();
+      return false;
+    }
+  }
+  for (const fs::path& parent : parents) {
+    for (const fs::directory_entry& entry : fs::directory_iterator(parent, ec))
+      if (entry.is_regular_file() && IsTemporaryFile(entry.path())) fs::remove(entry.path(), ec);
+    if (parent != folder && fs::is_directory(parent) && fs::is_empty(parent, ec)) fs::remove(parent, ec);
+  }
+  fs::remove(folder / kManifestName, ec);
+  return true;
+}
+
+}  // namespace
+
+bool PrepareOutputFolder(const std::string& folder_text, const OutputPlan& plan, std::string& error) {
+  const fs::path folder(folder_text);
+  for (const std::vector<std::string>* paths : {&plan.files, &plan.folders})
+    for (const std::string& path : *paths)
+      if (!InsideTheFolder(path)) {
+        error = folder_text + ": \"" + path + "\" is not a name inside the output folder";
+        return false;
+      }
+
+  std::error_code ec;
+  if (fs::exists(folder, ec) && !fs::is_directory(folder, ec)) {
+    error = folder_text + ": the output path exists and is not a folder";
+    return false;
+  }
+  fs::create_directories(folder, ec);
+  if (ec) {
+    error = folder_text + ": cannot create the output folder: " + ec.message();
+    return false;
+  }
+  if (fs::exists(folder / kManifestName, ec)) {
+    if (!RemoveLastRun(folder, error)) return false;
+  } else if (!fs::is_empty(folder, ec)) {
+    error = folder_text +
+            ": the output folder holds files that myoforge did not write; choose an empty or new folder (-o)";
+    return false;
+  }
+
+  for (const std::string& file : plan.files)
+    if (fs::exists(folder / file, ec) && !fs::is_regular_file(folder / file, ec)) {
+      error = (folder / file).string() + ": an output file cannot be written there: the path is taken by a folder";
+      return false;
+    }
+  for (const std::string& sub : plan.folders)
+    if (fs::exists(folder / sub, ec) && !fs::is_directory(folder / sub, ec)) {
+      error = (folder / sub).string() + ": an output folder cannot be made there: the path is taken by a file";
+      return false;
+    }
+
+  std::ostringstream manifest;
+  for (const std::string& file : plan.files) manifest << file << "\n";
+  for (const std::string& sub : plan.folders) manifest << sub << "\n";
+  if (!myo_io::WriteFileAtomically((folder / kManifestName).string(), manifest.str(), error)) return false;
+  for (const std::string& sub : plan.folders) {
+    fs::create_directories(folder / sub, ec);
+    if (ec) {
+      error = (folder / sub).string() + ": cannot create the folder: " + ec.message();
+      return false;
+    }
+  }
+  return true;
+}
+
+}  // namespace myo_app
