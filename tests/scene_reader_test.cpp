@@ -206,3 +206,162 @@ TEST_F(SceneReaderTest, ConnectionsAndTheGraphAreChecked) {
 }
 
 }  // namespace
+
+namespace {
+
+TEST_F(SceneReaderTest, EveryNumberBecomesAFiniteFloatOrIntWithinItsLimits) {
+  const std::string node = Path() + ": nodes[1].attributes.";
+  json& attributes = scene_["nodes"][1]["attributes"];
+  attributes["gravity"] = 1e39;
+  EXPECT_EQ(Read(), node + "gravity: 1e+39 is outside the range of a 32-bit float");
+  attributes["gravity"] = 1e300;
+  EXPECT_EQ(Read(), node + "gravity: 1e+300 is outside the range of a 32-bit float");
+  attributes["gravity"] = json::parse(R"({"keys": [[1, 0], [5, -1e39]]})");
+  EXPECT_EQ(Read(), node + "gravity.keys[1][1]: -1e+39 is outside the range of a 32-bit float");
+  attributes["gravity"] = 3.4e38;  // the largest floats are fine
+  EXPECT_EQ(Read(), "");
+
+  attributes.erase("it");
+  attributes["iterations"] = 3e9;
+  EXPECT_EQ(Read(), node + "iterations: 3000000000 is outside the range of a 32-bit integer");
+  attributes["iterations"] = -3e9;
+  EXPECT_EQ(Read(), node + "iterations: -3000000000 is outside the range of a 32-bit integer");
+  // myoforge's own bound on the iterations, also for keys.
+  attributes["iterations"] = 1e9;
+  EXPECT_EQ(Read(), node + "iterations: 1000000000 is above 10000, the most iterations myoforge runs");
+  attributes["iterations"] = json::parse(R"({"keys": [[1, 10], [5, 10001]]})");
+  EXPECT_EQ(Read(), node + "iterations.keys[1][1]: 10001 is above 10000, the most iterations myoforge runs");
+  attributes["iterations"] = 10000;
+  EXPECT_EQ(Read(), "");
+
+  // Times and key frames stay in the frames myoforge plays.
+  attributes["startTime"] = 1e300;
+  EXPECT_EQ(Read(), node + "startTime: frame 1e+300 is outside the frames myoforge plays (-1000000 to 1000000)");
+  attributes["startTime"] = 2.5;  // fractions of a frame are times too
+  attributes["activation"] = json::parse(R"({"keys": [[-2000000, 0], [5, 1]]})");
+  EXPECT_EQ(Read(), node + "activation.keys[0][0]: frame -2000000 is outside the frames myoforge plays "
+                           "(-1000000 to 1000000)");
+  attributes["activation"] = 0.5;
+
+  // Transform keys become float matrices.
+  json& key = scene_["transforms"][0]["keys"][0];
+  key["translate"] = {1, 1e39, 3};
+  EXPECT_EQ(Read(), Path() + ": transforms[0].keys[0].translate[1]: 1e+39 is outside the range of a 32-bit float");
+  key.erase("translate");
+  key["scale"] = {1, 1, -1e300};
+  EXPECT_EQ(Read(), Path() + ": transforms[0].keys[0].scale[2]: -1e+300 is outside the range of a 32-bit float");
+  key.erase("scale");
+  scene_["transforms"][1]["keys"][0] =
+      json::parse(R"({"frame": 1, "matrix": [1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 5e40, 0, 0, 1]})");
+  EXPECT_EQ(Read(), Path() + ": transforms[1].keys[0].matrix[12]: 5e+40 is outside the range of a 32-bit float");
+  scene_["transforms"][1]["keys"][0] = json::parse(R"({"frame": 1e7})");
+  EXPECT_EQ(Read(), Path() + ": transforms[1].keys[0].frame: frame 10000000 is outside the frames myoforge plays "
+                             "(-1000000 to 1000000)");
+}
+
+TEST_F(SceneReaderTest, TheTimeLineHasWholeFramesInRangeAndABoundedRate) {
+  const std::string timeline = Path() + ": timeline.";
+  scene_["timeline"]["end"] = 9007199254740992.0;  // 2^53: adding a frame no longer advances
+  EXPECT_EQ(Read(), timeline + "end: frame 9007199254740992 is outside the frames myoforge plays "
+                               "(-1000000 to 1000000)");
+  scene_["timeline"]["end"] = 1000000;
+  scene_["timeline"]["preroll"] = -1000001;
+  EXPECT_EQ(Read(), timeline + "preroll: frame -1000001 is outside the frames myoforge plays "
+                               "(-1000000 to 1000000)");
+  scene_["timeline"]["preroll"] = -1000000;
+  EXPECT_EQ(Read(), "");
+  scene_["timeline"]["start"] = 1.5;
+  EXPECT_EQ(Read(), timeline + "start: expected a whole frame number");
+  scene_["timeline"]["start"] = 1;
+
+  scene_["timeline"]["fps"] = 0;
+  EXPECT_EQ(Read(), timeline + "fps: frames per second must be above 0");
+  scene_["timeline"]["fps"] = 1e-300;  // frame / fps would not be a finite float
+  EXPECT_EQ(Read(), timeline + "fps: 1e-300 frames per second is outside the range myoforge plays (0.0001 to 48000)");
+  scene_["timeline"]["fps"] = 1e6;
+  EXPECT_EQ(Read(), timeline + "fps: 1000000 frames per second is outside the range myoforge plays (0.0001 to 48000)");
+  scene_["timeline"]["fps"] = 48000;
+  EXPECT_EQ(Read(), "");
+}
+
+TEST_F(SceneReaderTest, JsonNumbersBeyondTheDoubleRangeNameTheirPlace) {
+  std::string error;
+  for (const std::string& number : std::vector<std::string>{"1e400", "-1e400", "1" + std::string(400, '0')}) {
+    dir_.Write("scene.json", "{\n  \"timeline\": {\"start\": 1, \"end\": " + number + "}\n}");
+    EXPECT_FALSE(myo_app::ReadScene(Path(), result_, error));
+    EXPECT_EQ(error, Path() + ": line 2, column 35: invalid JSON: the number " + number +
+                         " is beyond the range of a 64-bit float");
+  }
+  // The command reports it as any invalid scene, rather than aborting.
+  const auto validate = myo_test::RunCommand(MYOFORGE_BINARY, "validate '" + Path() + "'");
+  EXPECT_EQ(validate.exit_code, 3);
+  EXPECT_EQ(validate.err, "myoforge: " + error + "\n");
+}
+
+TEST_F(SceneReaderTest, MapsStayWithinTheLimitsOfTheirAttribute) {
+  json& maps = scene_["nodes"][1]["maps"];
+  const std::string field = Path() + ": nodes[1].maps[2]";
+  maps.push_back(json::parse(R"({"name": "mass", "value": 0})"));
+  EXPECT_EQ(Read(), field + ".value: 0 is below the minimum 1e-06");
+  maps[2] = json::parse(R"({"name": "mass", "values": [1, 2, -1, 1]})");
+  EXPECT_EQ(Read(), field + ".values[2]: -1 is below the minimum 1e-06");
+  maps[2] = json::parse(R"({"name": "mass", "value": 1e-6})");  // the minimum itself passes
+  EXPECT_EQ(Read(), "");
+  maps[2] = json::parse(R"({"name": "compressionResistance", "values": [1, 5, 0, 0]})");
+  EXPECT_EQ(Read(), field + ".values[1]: 5 is above the maximum 1");
+  maps[2] = json::parse(R"({"name": "tendons", "value": 1e39})");
+  EXPECT_EQ(Read(), field + ".value: 1e+39 is outside the range of a 32-bit float");
+  // Vector maps: each component on its own.
+  maps[1]["values"][2] = {0, 1e39, 0};
+  maps.erase(2);
+  EXPECT_EQ(Read(), Path() + ": nodes[1].maps[1].values[2][1]: 1e+39 is outside the range of a 32-bit float");
+  maps[1]["values"][2] = {0, 1, 0};
+
+  // Map files: the file, the point and the value.
+  dir_.Write("maps/resistance.txt", "1\n0.5\n1.5\n0\n");
+  maps.push_back(json::parse(R"({"name": "stretchingResistance", "file": "maps/resistance.txt"})"));
+  EXPECT_EQ(Read(), field + ".file: " + dir_.File("maps/resistance.txt") + ": point 2: 1.5 is above the maximum 1");
+  dir_.Write("maps/mass.txt", "1 1 0 1\n");
+  maps[2] = json::parse(R"({"name": "mass", "file": "maps/mass.txt"})");
+  EXPECT_EQ(Read(), field + ".file: " + dir_.File("maps/mass.txt") + ": point 2: 0 is below the minimum 1e-06");
+  // A component beyond the float range, whichever reader sees it first.
+  dir_.Write("maps/fibers.txt", "1 0 0  1 0 0  0 1 0  0 1 1e39\n");
+  maps[2] = json::parse(R"({"name": "fibers", "file": "maps/fibers.txt"})");
+  maps.erase(1);
+  EXPECT_EQ(Read().rfind(Path() + ": nodes[1].maps[1].file: " + dir_.File("maps/fibers.txt") + ": ", 0), 0u);
+}
+
+TEST_F(SceneReaderTest, NamesAreNodeNamesThatCannotLeaveTheOutputFolder) {
+  for (const char* name : {"../x", "/tmp/x", "summary.json", "a b", "x/y", "1st", "caf\u00e9"}) {
+    scene_["nodes"][0]["name"] = name;
+    scene_["nodes"][1]["connections"]["targets[0].targetWorldMesh"] = "bone";
+    const std::string error = Read();
+    EXPECT_EQ(error.rfind(Path() + ": nodes[0].name: \"" + name + "\" ", 0), 0u) << error;
+    EXPECT_NE(error.find(name[0] == '1' ? "starts with a digit" : "use letters, digits and underscores only"),
+              std::string::npos)
+        << error;
+  }
+  scene_["nodes"][0]["name"] = std::string(201, 'a');
+  EXPECT_EQ(Read(), Path() + ": nodes[0].name: the name \"" + std::string(24, 'a') +
+                        "...\" is 201 characters long; at most 200 are allowed");
+  scene_["nodes"][0]["name"] = "_skin_2";
+  EXPECT_EQ(Read(), "");
+
+  scene_["transforms"][1]["name"] = "tip-1";
+  EXPECT_EQ(Read(), Path() + ": transforms[1].name: \"tip-1\" is not a valid name: use letters, digits and "
+                             "underscores only");
+  scene_["transforms"][1]["name"] = "Root";
+  EXPECT_EQ(Read(), Path() + ": transforms[1].name: the names \"root\" and \"Root\" differ only in letter case, "
+                             "and would share output files where case is ignored");
+  scene_["transforms"][1]["name"] = "tip";
+  scene_["nodes"][1]["name"] = "BODY";
+  EXPECT_EQ(Read(), Path() + ": nodes[1].name: the names \"body\" and \"BODY\" differ only in letter case, and "
+                             "would share output files where case is ignored");
+}
+
+TEST_F(SceneReaderTest, MessagesStayOnOneLine) {
+  scene_["nodes"][1]["attributes"]["line\nbreak\x1b"] = 1;
+  EXPECT_EQ(Read(), Path() + ": nodes[1].attributes.line\\nbreak\\x1b: unknown attribute of MyoMuscle");
+}
+
+}  // namespace

@@ -11,6 +11,11 @@
 
 #include <nlohmann/json.hpp>
 
+#include "app/scene/json_document.h"
+#include "app/scene/map_limits.h"
+#include "app/scene/scene_field.h"
+#include "app/scene/scene_names.h"
+#include "app/scene/scene_numbers.h"
 #include "io/map_file.h"
 
 namespace myo_app {
@@ -20,39 +25,6 @@ namespace {
 using nlohmann::json;
 using myo_core::AttributeInfo;
 using myo_core::AttributeType;
-
-// A fault in the scene: the message is complete, the reader stops.
-struct SceneFault {
-  std::string message;
-};
-
-// Where a value sits in the file, for messages: "nodes[0].attributes.iterations".
-class Field {
- public:
-  Field(const std::string& file, std::string path) : file_(&file), path_(std::move(path)) {}
-  Field operator[](const std::string& key) const { return Field(*file_, path_.empty() ? key : path_ + "." + key); }
-  Field operator[](std::size_t i) const { return Field(*file_, path_ + "[" + std::to_string(i) + "]"); }
-  [[noreturn]] void Fail(const std::string& what) const {
-    throw SceneFault{*file_ + ": " + (path_.empty() ? std::string() : path_ + ": ") + what};
-  }
-
- private:
-  const std::string* file_;
-  std::string path_;
-};
-
-std::string LineAndColumn(const std::string& text, std::size_t byte) {
-  std::size_t line = 1, column = 1;
-  for (std::size_t i = 0; i < byte && i < text.size(); ++i) {
-    if (text[i] == '\n') {
-      ++line;
-      column = 1;
-    } else {
-      ++column;
-    }
-  }
-  return "line " + std::to_string(line) + ", column " + std::to_string(column);
-}
 
 std::string ReadText(const std::string& path, const std::string& what) {
   std::ifstream in(path, std::ios::binary);
@@ -84,13 +56,6 @@ void RejectUnknownKeys(const json& object, std::initializer_list<const char*> kn
   }
 }
 
-double Number(const json& value, const Field& field) {
-  if (!value.is_number()) field.Fail("expected a number");
-  const double number = value.get<double>();
-  if (!std::isfinite(number)) field.Fail("expected a finite number");
-  return number;
-}
-
 std::string Text(const json& value, const Field& field) {
   if (!value.is_string() || value.get<std::string>().empty()) field.Fail("expected a non-empty string");
   return value.get<std::string>();
@@ -102,11 +67,12 @@ uint32_t Index(const json& value, const Field& field) {
   return static_cast<uint32_t>(number);
 }
 
+// N numbers whose floats are finite, as transform keys become.
 template <std::size_t N>
-std::array<double, N> Numbers(const json& value, const Field& field) {
+std::array<double, N> FloatNumbers(const json& value, const Field& field) {
   if (!value.is_array() || value.size() != N) field.Fail("expected " + std::to_string(N) + " numbers");
   std::array<double, N> out{};
-  for (std::size_t i = 0; i < N; ++i) out[i] = Number(value[i], field[i]);
+  for (std::size_t i = 0; i < N; ++i) out[i] = FloatNumber(value[i], field[i]);
   return out;
 }
 
@@ -122,15 +88,7 @@ class SceneReader {
 
   void Read() {
     const std::string text = ReadText(path_, "the scene file");
-    json root;
-    try {
-      root = json::parse(text);
-    } catch (const json::parse_error& e) {
-      std::string what = e.what();
-      const std::size_t cut = what.find("syntax error");
-      throw SceneFault{path_ + ": " + LineAndColumn(text, e.byte == 0 ? 0 : e.byte - 1) + ": invalid JSON: " +
-                       (cut == std::string::npos ? what : what.substr(cut))};
-    }
+    json root = ParseJsonDocument(text, path_);
     const Field top(path_, "");
     ExpectObject(root, top);
     RejectUnknownKeys(root, {"version", "timeline", "transforms", "meshes", "nodes"}, top);
@@ -149,21 +107,18 @@ class SceneReader {
     ExpectObject(value, field);
     RejectUnknownKeys(value, {"start", "end", "preroll", "fps"}, field);
     Timeline& t = scene_.timeline;
-    t.start = Number(Require(value, "start", field), field["start"]);
-    t.end = Number(Require(value, "end", field), field["end"]);
-    t.preroll = value.contains("preroll") ? Number(value["preroll"], field["preroll"]) : t.start;
-    t.fps = value.contains("fps") ? Number(value["fps"], field["fps"]) : 24.0;
-    for (const char* key : {"start", "end", "preroll"}) {
-      const double frame = key == std::string("start") ? t.start : key == std::string("end") ? t.end : t.preroll;
-      if (frame != std::floor(frame)) field[key].Fail("expected a whole frame number");
-    }
+    t.start = WholeFrameNumber(Require(value, "start", field), field["start"]);
+    t.end = WholeFrameNumber(Require(value, "end", field), field["end"]);
+    t.preroll = value.contains("preroll") ? WholeFrameNumber(value["preroll"], field["preroll"]) : t.start;
+    t.fps = value.contains("fps") ? FramesPerSecond(value["fps"], field["fps"]) : 24.0;
     if (t.end < t.start) field["end"].Fail("the end frame comes before the start frame");
     if (t.preroll > t.start) field["preroll"].Fail("the preroll frame comes after the start frame");
-    if (!(t.fps > 0.0)) field["fps"].Fail("frames per second must be above 0");
   }
 
   void AddName(const std::string& name, SourceKind kind, std::size_t index, const Field& field) {
-    if (!scene_.kinds.emplace(name, kind).second) field.Fail("the name \"" + name + "\" is used twice");
+    CheckName(name, field);
+    names_.Add(name, field);
+    scene_.kinds.emplace(name, kind);
     scene_.index[name] = index;
   }
 
@@ -191,7 +146,7 @@ class SceneReader {
       const Field f = field[k];
       ExpectObject(key, f);
       RejectUnknownKeys(key, {"frame", "matrix", "translate", "rotate", "scale"}, f);
-      track.frames.push_back(Number(Require(key, "frame", f), f["frame"]));
+      track.frames.push_back(FrameNumber(Require(key, "frame", f), f["frame"]));
       const bool matrix = key.contains("matrix");
       if (k == 0) track.matrix_keys = matrix;
       if (matrix != track.matrix_keys)
@@ -199,17 +154,17 @@ class SceneReader {
       if (matrix) {
         if (key.contains("translate") || key.contains("rotate") || key.contains("scale"))
           f.Fail("a key has either \"matrix\" or translate, rotate and scale");
-        track.matrices.push_back(Numbers<16>(key["matrix"], f["matrix"]));
+        track.matrices.push_back(FloatNumbers<16>(key["matrix"], f["matrix"]));
       } else {
         TransformKeyTRS trs;
-        if (key.contains("translate")) trs.translate = Numbers<3>(key["translate"], f["translate"]);
-        if (key.contains("rotate")) trs.rotate = Numbers<3>(key["rotate"], f["rotate"]);
-        if (key.contains("scale")) trs.scale = Numbers<3>(key["scale"], f["scale"]);
+        if (key.contains("translate")) trs.translate = FloatNumbers<3>(key["translate"], f["translate"]);
+        if (key.contains("rotate")) trs.rotate = FloatNumbers<3>(key["rotate"], f["rotate"]);
+        if (key.contains("scale")) trs.scale = FloatNumbers<3>(key["scale"], f["scale"]);
         track.trs.push_back(trs);
       }
       if (k > 0 && !(track.frames[k] > track.frames[k - 1]))
-        f["frame"].Fail("keyframes out of order: frame " + Format(track.frames[k]) + " follows frame " +
-                        Format(track.frames[k - 1]));
+        f["frame"].Fail("keyframes out of order: frame " + FormatNumber(track.frames[k]) + " follows frame " +
+                        FormatNumber(track.frames[k - 1]));
     }
   }
 
@@ -340,9 +295,9 @@ class SceneReader {
       for (std::size_t k = 0; k < keys.size(); ++k) {
         const Field fk = f["keys"][k];
         if (!keys[k].is_array() || keys[k].size() != 2) fk.Fail("expected a key [frame, value]");
-        const double frame = Number(keys[k][0], fk[0]);
+        const double frame = FrameNumber(keys[k][0], fk[0]);
         if (k > 0 && !(frame > track.frames.back()))
-          fk.Fail("keyframes out of order: frame " + Format(frame) + " follows frame " + Format(track.frames.back()));
+          fk.Fail("keyframes out of order: frame " + FormatNumber(frame) + " follows frame " + FormatNumber(track.frames.back()));
         track.frames.push_back(frame);
         track.values.push_back(AttributeValue(keys[k][1], info, fk[1]));
       }
@@ -371,19 +326,18 @@ class SceneReader {
         number = Number(value, f);
         for (const myo_core::EnumField& field : info.fields)
           if (field.value == number) return number;
-        f.Fail(Format(number) + " is not one of " + EnumChoices(info));
+        f.Fail(FormatNumber(number) + " is not one of " + EnumChoices(info));
       case AttributeType::kInt:
-        number = Number(value, f);
-        if (number != std::floor(number)) f.Fail("expected a whole number");
+        number = IntNumber(value, f);
+        break;
+      case AttributeType::kTime:
+        number = FrameNumber(value, f);
         break;
       default:
-        number = Number(value, f);
+        number = FloatNumber(value, f);
         break;
     }
-    if (info.min && number < *info.min)
-      f.Fail(Format(number) + " is below the minimum " + Format(*info.min));
-    if (info.max && number > *info.max)
-      f.Fail(Format(number) + " is above the maximum " + Format(*info.max));
+    CheckAttributeLimits(number, info, f);
     return number;
   }
 
@@ -392,12 +346,6 @@ class SceneReader {
     for (const myo_core::EnumField& field : info.fields)
       text += (text.empty() ? "" : ", ") + std::string("\"") + field.name + "\" (" + std::to_string(field.value) + ")";
     return text;
-  }
-
-  static std::string Format(double number) {
-    std::ostringstream out;
-    out << number;
-    return out.str();
   }
 
   void ReadConnections(const json& object, const Field& field, SceneNode& node) {
@@ -478,12 +426,15 @@ class SceneReader {
       if (list_info->children.size() == 1 && map.set != 0)
         f["set"].Fail("\"" + map.element + "\" has one set per deformed mesh: use set 0");
       if (!seen.emplace(map.element, map.set).second) f.Fail("the map is given twice for this set");
-      const std::size_t width = map.children.empty() ? 1 : map.children.size();
+      const std::vector<const AttributeInfo*> components = MapComponents(*node.type, map);
+      const std::size_t width = components.size();
       const int sources = value.contains("values") + value.contains("value") + value.contains("file");
       if (sources != 1) f.Fail("give exactly one of \"values\", \"value\" and \"file\"");
       if (value.contains("value")) {
-        map.values.assign(static_cast<std::size_t>(points) * width,
-                          static_cast<float>(Number(value["value"], f["value"])));
+        // One number for every component of every point.
+        float number = 0.0f;
+        for (const AttributeInfo* component : components) number = MapNumber(value["value"], *component, f["value"]);
+        map.values.assign(static_cast<std::size_t>(points) * width, number);
       } else if (value.contains("values")) {
         const json& values = value["values"];
         ExpectArray(values, f["values"]);
@@ -491,9 +442,9 @@ class SceneReader {
           if (values[k].is_array()) {
             if (values[k].size() != width) f["values"][k].Fail("expected " + std::to_string(width) + " numbers");
             for (std::size_t c = 0; c < width; ++c)
-              map.values.push_back(static_cast<float>(Number(values[k][c], f["values"][k][c])));
+              map.values.push_back(MapNumber(values[k][c], *components[c], f["values"][k][c]));
           } else {
-            map.values.push_back(static_cast<float>(Number(values[k], f["values"][k])));
+            map.values.push_back(MapNumber(values[k], *components[map.values.size() % width], f["values"][k]));
           }
         }
       } else {
@@ -505,6 +456,8 @@ class SceneReader {
         f.Fail("the map has " + std::to_string(map.values.size()) + " values; the mesh has " +
                std::to_string(points) + " points" +
                (width > 1 ? " and the map " + std::to_string(width) + " per point" : std::string()));
+      if (value.contains("file"))
+        CheckMapFileValues(map.values, components, ResolvePath(path_, value["file"].get<std::string>()), f["file"]);
       node.maps.push_back(std::move(map));
     }
   }
@@ -552,6 +505,7 @@ class SceneReader {
 
   const std::string& path_;
   Scene& scene_;
+  SceneNameSet names_;
 };
 
 }  // namespace
@@ -562,7 +516,12 @@ bool ReadScene(const std::string& path, Scene& scene, std::string& error) {
   try {
     SceneReader(path, result).Read();
   } catch (const SceneFault& fault) {
-    error = fault.message;
+    error = OneLine(fault.message);
+    return false;
+  } catch (const nlohmann::json::exception& e) {
+    // Values are checked for their type before they are read; this is the
+    // last guard of that rule.
+    error = OneLine(path + ": " + e.what());
     return false;
   }
   scene = std::move(result);

@@ -1,0 +1,38 @@
+#pragma once
+// Where a value sits in a scene file, for messages
+// ("nodes[0].attributes.iterations"), and the fault that stops reading a
+// scene: one finished line naming the file, the field and what is wrong.
+
+#include <cstddef>
+#include <string>
+
+namespace myo_app {
+
+// A fault in the scene: the message is complete, the reader stops.
+struct SceneFault {
+  std::string message;
+};
+
+class Field {
+ public:
+  Field(const std::string& file, std::string path) : file_(&file), path_(std::move(path)) {}
+  Field operator[](const std::string& key) const { return Field(*file_, path_.empty() ? key : path_ + "." + key); }
+  Field operator[](std::size_t i) const { return Field(*file_, path_ + "[" + std::to_string(i) + "]"); }
+  // Throws a SceneFault "<file>: <field>: <what>".
+  [[noreturn]] void Fail(const std::string& what) const;
+
+ private:
+  const std::string* file_;
+  std::string path_;
+};
+
+// The text with every control character written as an escape ("\n",
+// "\x1b"), so that a message naming user text stays on one line.
+std::string OneLine(const std::string& text);
+
+// The shortest decimal text that reads back as `value`: 0.1, 1e+39, 3000000000.
+std::string FormatNumber(double value);
+// Likewise for a 32-bit float: 0.3 rather than the digits of its double.
+std::string FormatNumber(float value);
+
+}  // namespace myo_app
