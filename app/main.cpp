@@ -9,18 +9,26 @@
 #include <cstdlib>
 #include <filesystem>
 #include <iostream>
+#include <new>
 
 #include <CLI/CLI.hpp>
 
 #include "app/cli/exit_codes.h"
 #include "app/cli/listings.h"
 #include "app/cli/progress_bar.h"
+#include "app/run/output_folder.h"
 #include "app/run/scene_run.h"
+#include "app/scene/scene_field.h"
+#include "app/scene/scene_names.h"
+#include "app/scene/scene_numbers.h"
 #include "app/scene/scene_reader.h"
 #include "core/log/logger.h"
 #include "core/solver/stop_request.h"
 
 namespace {
+
+// Threads of the parallel passes: each takes a stack of its own.
+constexpr int kMaxThreads = 256;
 
 std::atomic<bool> g_interrupted{false};
 
@@ -42,17 +50,30 @@ void SetLogLevel(bool quiet, bool verbose) {
 }
 
 int Fail(int code, const std::string& message) {
-  std::cerr << "myoforge: " << message << std::endl;
+  std::cerr << "myoforge: " << myo_app::OneLine(message) << std::endl;
   return code;
+}
+
+// What `myoforge run --help` tells beyond the options.
+std::string RunFooter() {
+  using myo_app::FormatNumber;
+  return "Limits myoforge adds to a scene: at most " + FormatNumber(myo_app::kMaxIterations) +
+         " \"iterations\" per step; frames from " + FormatNumber(myo_app::kEarliestFrame) + " to " +
+         FormatNumber(myo_app::kLatestFrame) + "; " + FormatNumber(myo_app::kMinFramesPerSecond) + " to " +
+         FormatNumber(myo_app::kMaxFramesPerSecond) +
+         " frames per second;\nnames of letters, digits and underscores, not starting with a digit, at most " +
+         std::to_string(myo_app::kMaxNameLength) + " characters, no two differing only in letter case.\n" +
+         "Output folder: a new or empty folder, or one an earlier run wrote into (it holds " +
+         myo_app::kManifestName + "):\nthat run's outputs are replaced. Any other folder with files in it is "
+         "refused.\nCtrl-C (or SIGTERM) stops within moments and keeps the whole frames written so far (exit code "
+         "130);\na second Ctrl-C quits at once. Exit codes: 0 done, 2 command line, 3 invalid scene, 4 run failed.";
 }
 
 std::string DefaultOutput(const std::string& scene) {
   return (std::filesystem::path("myoforge-out") / std::filesystem::path(scene).stem()).string();
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+int Main(int argc, char** argv) {
   CLI::App app{"myoforge: runs MyoForge muscle, ribbon muscle and skin deformers from a scene file"};
   app.require_subcommand(1);
   app.fallthrough();  // --quiet and --verbose also after the subcommand
@@ -69,9 +90,11 @@ int main(int argc, char** argv) {
   run->add_option("-o,--output", output, "Output directory (default: myoforge-out/<scene name>)");
   run->add_option("-f,--format", format, "obj: one OBJ per node and frame; pc2: one point cache per node")
       ->check(CLI::IsMember({"obj", "pc2"}));
-  run->add_option("-t,--threads", threads, "Threads for the parallel passes (default: all cores)")
-      ->check(CLI::PositiveNumber);
+  run->add_option("-t,--threads", threads,
+                  "Threads for the parallel passes, 1 to " + std::to_string(kMaxThreads) + " (default: all cores)")
+      ->check(CLI::Range(1, kMaxThreads));
   run->add_flag("--no-progress", no_progress, "Do not draw the progress bar");
+  run->footer(RunFooter());
 
   std::string validate_path;
   CLI::App* validate = app.add_subcommand("validate", "Check a scene, its meshes and maps without simulating");
@@ -85,8 +108,8 @@ int main(int argc, char** argv) {
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& e) {
-    const int code = app.exit(e);
-    return code == 0 ? myo_app::kExitSuccess : myo_app::kExitUsage;
+    if (e.get_exit_code() == 0) return app.exit(e);  // --help, --version
+    return Fail(myo_app::kExitUsage, std::string(e.what()) + " (see myoforge --help)");
   }
   SetLogLevel(quiet, verbose);
 
@@ -96,7 +119,8 @@ int main(int argc, char** argv) {
   }
   if (attributes->parsed()) {
     const myo_app::NodeType* type = myo_app::FindNodeType(node_type);
-    if (type == nullptr) return Fail(myo_app::kExitUsage, "unknown node type \"" + node_type + "\"");
+    if (type == nullptr)
+      return Fail(myo_app::kExitUsage, "unknown node type \"" + node_type + "\" (see myoforge nodes)");
     std::cout << myo_app::AttributeListing(*type);
     return myo_app::kExitSuccess;
   }
@@ -135,4 +159,17 @@ int main(int argc, char** argv) {
     std::cout << "Wrote " << (scene.timeline.end - scene.timeline.start + 1) << " frames of " << scene.nodes.size()
               << " nodes to " << options.output_directory << " (summary.json, figures.csv)" << std::endl;
   return myo_app::kExitSuccess;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  // Every fault has its message where it is found; this is the last guard.
+  try {
+    return Main(argc, argv);
+  } catch (const std::bad_alloc&) {
+    return Fail(myo_app::kExitRunFailed, "out of memory");
+  } catch (const std::exception& e) {
+    return Fail(myo_app::kExitRunFailed, std::string("unexpected error: ") + e.what());
+  }
 }

@@ -70,7 +70,9 @@ class ObjFault {
 struct ObjOutline {
   std::vector<std::size_t> vertex_lines;
   std::vector<std::size_t> uv_lines;
-  std::size_t faces = 0;
+  std::size_t normals = 0;
+  std::vector<std::size_t> face_lines;
+  long highest_normal = 0;  // the highest absolute normal index of any face
 };
 
 bool CheckNumbers(const ObjLine& line, std::size_t first, const ObjFault& fault, std::string& error) {
@@ -88,7 +90,7 @@ bool CheckNumbers(const ObjLine& line, std::size_t first, const ObjFault& fault,
 // negative one counts back from the last element read so far. Vertex and
 // texture indices must name an element of the file: relative ones are
 // checked here, absolute ones against the whole file at the end.
-bool CheckCorner(const std::string& corner, const ObjOutline& outline, const ObjFault& fault, std::string& error) {
+bool CheckCorner(const std::string& corner, ObjOutline& outline, const ObjFault& fault, std::string& error) {
   std::vector<std::string> parts;
   std::size_t begin = 0;
   for (;;) {
@@ -104,7 +106,7 @@ bool CheckCorner(const std::string& corner, const ObjOutline& outline, const Obj
     return false;
   }
   const char* names[3] = {"vertex", "texture coordinate", "normal"};
-  const std::size_t counts[2] = {outline.vertex_lines.size(), outline.uv_lines.size()};
+  const std::size_t counts[3] = {outline.vertex_lines.size(), outline.uv_lines.size(), outline.normals};
   for (std::size_t k = 0; k < parts.size(); ++k) {
     if (parts[k].empty()) continue;
     long index = 0;
@@ -113,11 +115,12 @@ bool CheckCorner(const std::string& corner, const ObjOutline& outline, const Obj
                     " is not a whole number other than 0");
       return false;
     }
-    if (k < 2 && index < 0 && static_cast<std::size_t>(-index) > counts[k]) {
+    if (index < 0 && static_cast<std::size_t>(-index) > counts[k]) {
       error = fault("face corner " + Quoted(corner) + ": relative " + names[k] + " index " + parts[k] +
                     " reaches before the first of the " + std::to_string(counts[k]) + " read so far");
       return false;
     }
+    if (k == 2 && index > outline.highest_normal) outline.highest_normal = index;
   }
   return true;
 }
@@ -153,11 +156,19 @@ bool CheckObjText(const std::string& path, const std::vector<ObjLine>& lines, Ob
       }
       for (std::size_t k = 1; k < line.words.size(); ++k)
         if (!CheckCorner(line.words[k], outline, fault, error)) return false;
-      ++outline.faces;
+      outline.face_lines.push_back(line.number);
+    } else if (keyword == "vn") {
+      ++outline.normals;
     } else if (IgnoredStatements().count(keyword) == 0) {
       error = fault(Quoted(keyword) + " is not an OBJ statement");
       return false;
     }
+  }
+  // Normals are not read, but a face must not name one the file lacks.
+  if (outline.highest_normal > 0 && static_cast<std::size_t>(outline.highest_normal) > outline.normals) {
+    error = path + ": a face names normal " + std::to_string(outline.highest_normal) + " (the file has " +
+            std::to_string(outline.normals) + ")";
+    return false;
   }
   return true;
 }
@@ -214,8 +225,8 @@ int64_t Resolve(int raw, std::size_t before) {
   return raw > 0 ? static_cast<int64_t>(raw) - 1 : static_cast<int64_t>(before) + raw;
 }
 
-std::string FaceError(const std::string& path, std::size_t face, const char* what, int64_t index, std::size_t count) {
-  return path + ": face " + std::to_string(face + 1) + ": " + what + " index " + std::to_string(index + 1) +
+std::string FaceError(const std::string& path, std::size_t line, const char* what, int64_t index, std::size_t count) {
+  return path + ": line " + std::to_string(line) + ": " + what + " index " + std::to_string(index + 1) +
          " is out of range (the file has " + std::to_string(count) + ")";
 }
 
@@ -241,7 +252,7 @@ bool ReadObjMesh(const std::string& path, ObjMesh& mesh, std::string& error) {
   ParsedObj parsed;
   ParseObjText(CheckedText(lines), parsed);
   if (parsed.points.size() != 3 * outline.vertex_lines.size() || parsed.uvs.size() != 2 * outline.uv_lines.size() ||
-      parsed.counts.size() != outline.faces) {
+      parsed.counts.size() != outline.face_lines.size()) {
     error = path + ": the file could not be read consistently";
     return false;
   }
@@ -269,14 +280,14 @@ bool ReadObjMesh(const std::string& path, ObjMesh& mesh, std::string& error) {
       const tinyobj::index_t& corner = parsed.corners[next];
       const int64_t v = Resolve(corner.vertex_index, parsed.vertices_before[face]);
       if (v < 0 || static_cast<std::size_t>(v) >= vertex_count) {
-        error = FaceError(path, face, "vertex", v, vertex_count);
+        error = FaceError(path, outline.face_lines[face], "vertex", v, vertex_count);
         return false;
       }
       int64_t t = -1;
       if (corner.texcoord_index != 0) {
         t = Resolve(corner.texcoord_index, parsed.uvs_before[face]);
         if (t < 0 || static_cast<std::size_t>(t) >= uv_count) {
-          error = FaceError(path, face, "texture coordinate", t, uv_count);
+          error = FaceError(path, outline.face_lines[face], "texture coordinate", t, uv_count);
           return false;
         }
         any_uv = true;

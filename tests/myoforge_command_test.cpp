@@ -9,6 +9,9 @@
 
 #include <cstring>
 #include <filesystem>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "support/command_runner.h"
 
@@ -110,13 +113,24 @@ TEST(MyoforgeCommand, ListingsAndUsage) {
   EXPECT_NE(skin.out.find("\nreferenceMatrix                     refm    float matrix  identity"), std::string::npos);
   EXPECT_NE(skin.out.find("\nenvelope                            en      float         1                     0..1"),
             std::string::npos);
-  EXPECT_EQ(RunCommand(kBinary, "attributes MyoCloth").exit_code, 2);
-  EXPECT_EQ(RunCommand(kBinary, "").exit_code, 2);
-  EXPECT_EQ(RunCommand(kBinary, "run").exit_code, 2);
-  EXPECT_EQ(RunCommand(kBinary, "run x.json --threads 0").exit_code, 2);
+  // Every mistake on the command line: exit code 2 and one line.
+  const std::vector<std::pair<std::string, std::string>> usage = {
+      {"attributes MyoCloth", "myoforge: unknown node type \"MyoCloth\" (see myoforge nodes)\n"},
+      {"", "myoforge: A subcommand is required (see myoforge --help)\n"},
+      {"run", "myoforge: scene is required (see myoforge --help)\n"},
+      {"run x.json --threads 0", "myoforge: --threads: Value 0 not in range 1 to 256 (see myoforge --help)\n"},
+      {"run x.json -t 100000", "myoforge: --threads: Value 100000 not in range 1 to 256 (see myoforge --help)\n"},
+      {"run x.json --bogus", "myoforge: The following argument was not expected: --bogus (see myoforge --help)\n"},
+  };
+  for (const auto& [arguments, message] : usage) {
+    const auto result = RunCommand(kBinary, arguments);
+    EXPECT_EQ(result.exit_code, 2) << arguments;
+    EXPECT_EQ(result.err, message) << arguments;
+  }
   const auto help = RunCommand(kBinary, "run --help");
   EXPECT_EQ(help.exit_code, 0);
   EXPECT_NE(help.out.find("--format"), std::string::npos);
+  EXPECT_NE(help.out.find("at most 10000 \"iterations\" per step"), std::string::npos);
 }
 
 }  // namespace

@@ -81,7 +81,12 @@ TEST(ObjMeshTest, RefusesWhatItCannotReadWholeNamingTheLine) {
        ": line 6: face corner \"1/-2\": relative texture coordinate index -2 reaches before the first of the 1 read "
        "so far"},
       {std::string(kSquare) + "f 1/ 2 3\n", ": line 5: face corner \"1/\" is not of the form v, v/t, v//n or v/t/n"},
-      {std::string(kSquare) + "f 1 2 9\n", ": face 1: vertex index 9 is out of range (the file has 4)"},
+      {std::string(kSquare) + "f 1 2 9\n", ": line 5: vertex index 9 is out of range (the file has 4)"},
+      {std::string(kSquare) + "vt 0 0\nf 1 2 3\nf 1/1 2/1 3/2\n",
+       ": line 7: texture coordinate index 2 is out of range (the file has 1)"},
+      {std::string(kSquare) + "vn 0 0 1\nf 1//1 2//1 3//2\n", ": a face names normal 2 (the file has 1)"},
+      {std::string(kSquare) + "f 1//-1 2 3\n",
+       ": line 5: face corner \"1//-1\": relative normal index -1 reaches before the first of the 0 read so far"},
       {std::string(kSquare) + "fx 1 2 3\n", ": line 5: \"fx\" is not an OBJ statement"},
       {"v 0 0 0\n\x01garbage\n", ": line 2: \"\\x01garbage\" is not an OBJ statement"},
   };

@@ -103,7 +103,7 @@ TEST_F(SceneReaderTest, MalformedFilesNameTheFileAndWhere) {
   dir_.Write("meshes/body.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 7\n");
   scene_["meshes"][0]["file"] = "meshes/body.obj";
   EXPECT_EQ(Read(), Path() + ": meshes[0].file: " + dir_.File("meshes/body.obj") +
-                        ": face 1: vertex index 7 is out of range (the file has 3)");
+                        ": line 4: vertex index 7 is out of range (the file has 3)");
 }
 
 TEST_F(SceneReaderTest, AttributesAreCheckedAgainstTheNodeTable) {
