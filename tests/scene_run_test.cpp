@@ -221,3 +221,16 @@ TEST_F(SceneRunTest, AStopRequestCutsAStepShortAndItsFrameIsNotWritten) {
   myo_core::ClearStopRequest();
   EXPECT_EQ(myo_test::ListFiles(dir_.File("out")), ".myoforge-run\n");  // frames -2 and -1 are preroll
 }
+
+TEST_F(SceneRunTest, ASceneFileNameThatIsNoUtf8StillGetsItsSummary) {
+  const std::string name = dir_.File("sc\xe9ne.json");  // Latin-1 e acute, not UTF-8
+  dir_.Write("sc\xe9ne.json", scene_.dump());
+  myo_app::Scene scene;
+  std::string error;
+  ASSERT_TRUE(myo_app::ReadScene(name, scene, error)) << error;
+  myo_app::RunOptions options;
+  options.output_directory = dir_.File("out");
+  ASSERT_EQ(myo_app::RunScene(scene, options, error), myo_app::RunResult::kDone) << error;
+  const json summary = json::parse(myo_test::ReadFile(dir_.File("out/summary.json")));
+  EXPECT_NE(summary["scene"].get<std::string>().find("sc"), std::string::npos);
+}

@@ -69,7 +69,9 @@ class SceneRun {
     std::string csv = "frame,node,stepped,evaluate_ms,iterations,volume_ratio,max_speed\n";
     std::size_t done = 0;
     RunMeshes meshes(scene_, Outputs());
-    for (double frame = t.preroll; frame <= t.end; frame += 1.0) {
+    // Frames are whole numbers: counted as integers, they always advance.
+    for (long long whole = static_cast<long long>(t.preroll); whole <= static_cast<long long>(t.end); ++whole) {
+      const double frame = static_cast<double>(whole);
       if (Interrupted()) return RunResult::kInterrupted;
       const bool playing = frame != t.preroll;
       meshes.SetFrame(frame);
@@ -86,7 +88,7 @@ class SceneRun {
     if (!CommitOutputs(error)) return RunResult::kFailed;
     if (!myo_io::WriteFileAtomically(Path("figures.csv"), csv, error)) return RunResult::kFailed;
     const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
-    if (!myo_io::WriteFileAtomically(Path("summary.json"), Summary(seconds).dump(2) + "\n", error))
+    if (!myo_io::WriteFileAtomically(Path("summary.json"), Summary(seconds).dump(2, ' ', false, nlohmann::json::error_handler_t::replace) + "\n", error))
       return RunResult::kFailed;
     return RunResult::kDone;
   }
@@ -113,8 +115,8 @@ class SceneRun {
         continue;
       }
       plan.folders.push_back(node.name);
-      for (double frame = t.start; frame <= t.end; frame += 1.0)
-        plan.files.push_back(node.name + "/" + FrameFileName(node.name, frame));
+      for (long long frame = static_cast<long long>(t.start); frame <= static_cast<long long>(t.end); ++frame)
+        plan.files.push_back(node.name + "/" + FrameFileName(node.name, static_cast<double>(frame)));
     }
     plan.files.push_back("figures.csv");
     plan.files.push_back("summary.json");
