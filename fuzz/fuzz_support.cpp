@@ -12,6 +12,8 @@
 #include <filesystem>
 #include <vector>
 
+#include "io/one_line.h"
+
 namespace myo_fuzz {
 
 namespace fs = std::filesystem;
@@ -100,23 +102,7 @@ void Finding(const char* reader, const std::string& kind, const std::string& det
   std::abort();
 }
 
-std::string Printable(const std::string& text) {
-  std::string out;
-  for (unsigned char c : text) {
-    if (c == '\n') {
-      out += "\\n";
-    } else if (c == '\r') {
-      out += "\\r";
-    } else if (c < 0x20 || c == 0x7f) {
-      char hex[8];
-      std::snprintf(hex, sizeof hex, "\\x%02x", c);
-      out += hex;
-    } else {
-      out += static_cast<char>(c);
-    }
-  }
-  return out;
-}
+std::string Printable(const std::string& text) { return myo_io::OneLine(text); }
 
 void EscapedException(const char* reader, const std::type_info* type, const std::string& what) {
   std::string name = "of unknown type";

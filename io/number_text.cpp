@@ -2,9 +2,10 @@
 
 #include <cerrno>
 #include <cmath>
-#include <cstdio>
 #include <cstdlib>
 #include <limits>
+
+#include "io/one_line.h"
 
 namespace myo_io {
 
@@ -58,22 +59,12 @@ bool ParseIntText(const std::string& text, long& value) {
 
 std::string Quoted(const std::string& text) {
   constexpr std::size_t kLongest = 40;
-  std::string out = "\"";
-  for (std::size_t k = 0; k < text.size() && k < kLongest; ++k) {
-    const unsigned char c = static_cast<unsigned char>(text[k]);
-    if (c == '\\' || c == '"') {
-      out += '\\';
-      out += static_cast<char>(c);
-    } else if (c < 0x20 || c == 0x7f) {
-      char escaped[8];
-      std::snprintf(escaped, sizeof escaped, "\\x%02x", c);
-      out += escaped;
-    } else {
-      out += static_cast<char>(c);
-    }
+  std::string quoted;
+  for (const char c : text.substr(0, kLongest)) {
+    if (c == '\\' || c == '"') quoted += '\\';
+    quoted += c;
   }
-  if (text.size() > kLongest) out += "...";
-  return out + "\"";
+  return "\"" + OneLine(quoted) + (text.size() > kLongest ? "..." : "") + "\"";
 }
 
 }  // namespace myo_io

@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
-# Installs the Debian packages MyoForge builds with, only those missing.
+# Installs the Debian packages MyoForge builds with, and any packages named
+# as arguments (scripts/fuzz.sh adds its compiler), only those missing.
 set -euo pipefail
 packages=(build-essential cmake ninja-build libgtest-dev libgmock-dev libbenchmark-dev libomp-dev
-          libtinyobjloader-dev nlohmann-json3-dev libcli11-dev)
+          libtinyobjloader-dev nlohmann-json3-dev libcli11-dev "$@")
 missing=()
 for p in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")

@@ -6,6 +6,8 @@
 #include <cstddef>
 #include <string>
 
+#include "io/one_line.h"
+
 namespace myo_app {
 
 // A fault in the scene: the message is complete, the reader stops.
@@ -26,9 +28,8 @@ class Field {
   std::string path_;
 };
 
-// The text with every control character written as an escape ("\n",
-// "\x1b"), so that a message naming user text stays on one line.
-std::string OneLine(const std::string& text);
+// Messages quote user text through myo_io::OneLine.
+using myo_io::OneLine;
 
 // The shortest decimal text that reads back as `value`: 0.1, 1e+39, 3000000000.
 std::string FormatNumber(double value);
