@@ -122,8 +122,12 @@ MuscleEvaluation MuscleFamilyDeformer<Solver>::Evaluate(const MuscleFrameValues&
                         "attachments");
   TakeConnectedMatrices(connections.segments, 2, decision.initialize, s.slide_on_segment_constraints_->matrices_,
                         "segments");
-  // Targets whole for a build, as world-space points for a step.
-  host.ReadTargets(decision.initialize, connections.targets);
+  // Targets whole for a build, as world-space points for a step; a frame
+  // that does neither reads them only to count them for the map on display.
+  const bool shows_targets = frame.displayed_weights == kWeightsAttachmentsToGeometry ||
+                             frame.displayed_weights == kWeightsSlideOnGeometry;
+  if (decision.initialize || decision.simulate || shows_targets)
+    host.ReadTargets(decision.initialize, connections.targets);
 
   const InfluenceCounts counts{connections.attachments.indices.size(), connections.segments.indices.size(),
                                connections.targets.size()};
