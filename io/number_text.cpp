@@ -29,9 +29,14 @@ bool IsDecimalNumber(const std::string& text) {
   if (i < n && (text[i] == 'e' || text[i] == 'E')) {
     ++i;
     if (i < n && (text[i] == '+' || text[i] == '-')) ++i;
-    std::size_t exponent = 0;
-    while (i < n && IsDigit(text[i])) ++i, ++exponent;
-    if (exponent == 0) return false;
+    std::size_t digits_of_exponent = 0, significant = 0;
+    for (; i < n && IsDigit(text[i]); ++i) {
+      ++digits_of_exponent;
+      if (significant > 0 || text[i] != '0') ++significant;
+    }
+    // No float means anything beyond 10^9999 or below 10^-9999, and parsers
+    // that gather the exponent in an int overflow on much larger ones.
+    if (digits_of_exponent == 0 || significant > 4) return false;
   }
   return i == n;
 }

@@ -7,8 +7,8 @@
 namespace myo_io {
 
 // A decimal number: an optional sign, digits with an optional fraction (or a
-// fraction alone), and an optional exponent. No "nan", "inf", hexadecimal
-// or trailing text.
+// fraction alone), and an optional exponent of at most four significant
+// digits. No "nan", "inf", hexadecimal or trailing text.
 bool IsDecimalNumber(const std::string& text);
 
 // A decimal number whose value is finite as a 32-bit float. Sets `value` to

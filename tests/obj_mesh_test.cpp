@@ -70,6 +70,7 @@ TEST(ObjMeshTest, RefusesWhatItCannotReadWholeNamingTheLine) {
       {"v 1 2\n", ": line 1: a vertex needs 3 coordinates (x y z, optionally w, or x y z r g b); it has 2"},
       {"v 1e39 0 0\n", ": line 1: coordinate \"1e39\" is outside the range of a 32-bit float"},
       {"v 0x10 0 0\n", ": line 1: coordinate \"0x10\" is not a number"},
+      {"v 0.1e-2147483648 0 0\n", ": line 1: coordinate \"0.1e-2147483648\" is not a number"},
       {std::string(kSquare) + "vt 1e39 0\n", ": line 5: coordinate \"1e39\" is outside the range of a 32-bit float"},
       {std::string(kSquare) + "f 1 2 0\n",
        ": line 5: face corner \"0\": vertex index \"0\" is not a whole number other than 0"},
