@@ -360,8 +360,25 @@ TEST_F(SceneReaderTest, NamesAreNodeNamesThatCannotLeaveTheOutputFolder) {
 }
 
 TEST_F(SceneReaderTest, MessagesStayOnOneLine) {
-  scene_["nodes"][1]["attributes"]["line\nbreak\x1b"] = 1;
-  EXPECT_EQ(Read(), Path() + ": nodes[1].attributes.line\\nbreak\\x1b: unknown attribute of MyoMuscle");
+  // Keys from the file, echoed in the field path: every character that could
+  // break or rewrite the line is escaped, UTF-8 letters stay.
+  const std::vector<std::pair<std::string, std::string>> keys = {
+      {"line\nbreak\x1b", "line\\nbreak\\x1b"},
+      {"tab\tdel\x7f", "tab\\tdel\\x7f"},
+      {"next\u0085line", "next\\u0085line"},         // C1 line break
+      {"csi\u009b2J", "csi\\u009b2J"},               // C1 terminal command
+      {"sep\u2028par\u2029", "sep\\u2028par\\u2029"},  // Unicode separators
+      {"caf\u00e9", "caf\u00e9"},
+  };
+  for (const auto& [key, shown] : keys) {
+    scene_["nodes"][1]["attributes"] = {{key, 1}};
+    EXPECT_EQ(Read(), Path() + ": nodes[1].attributes." + shown + ": unknown attribute of MyoMuscle") << shown;
+  }
+  // Bytes that are not UTF-8 in a syntax error's quote of the file.
+  dir_.Write("scene.json", "{\"timeline\": {\"st\xff\": 1}}");
+  std::string error;
+  EXPECT_FALSE(myo_app::ReadScene(Path(), result_, error));
+  EXPECT_NE(error.find("last read: '\"st\\xff'"), std::string::npos) << error;
 }
 
 }  // namespace
