@@ -4,6 +4,11 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
+#include <string>
+#include <utility>
+#include <vector>
+
 #include <nlohmann/json.hpp>
 
 #include "app/scene/scene_reader.h"
@@ -289,7 +294,8 @@ TEST_F(SceneReaderTest, JsonNumbersBeyondTheDoubleRangeNameTheirPlace) {
   for (const std::string& number : std::vector<std::string>{"1e400", "-1e400", "1" + std::string(400, '0')}) {
     dir_.Write("scene.json", "{\n  \"timeline\": {\"start\": 1, \"end\": " + number + "}\n}");
     EXPECT_FALSE(myo_app::ReadScene(Path(), result_, error));
-    EXPECT_EQ(error, Path() + ": line 2, column 35: invalid JSON: the number " + number +
+    const std::string shown = number.size() > 80 ? number.substr(0, 80) + "..." : number;
+    EXPECT_EQ(error, Path() + ": line 2, column 35: invalid JSON: the number " + shown +
                          " is beyond the range of a 64-bit float");
   }
   // The command reports it as any invalid scene, rather than aborting.
@@ -379,6 +385,58 @@ TEST_F(SceneReaderTest, MessagesStayOnOneLine) {
   std::string error;
   EXPECT_FALSE(myo_app::ReadScene(Path(), result_, error));
   EXPECT_NE(error.find("last read: '\"st\\xff'"), std::string::npos) << error;
+}
+
+}  // namespace
+
+namespace {
+
+TEST_F(SceneReaderTest, LongTextFromTheFileIsShortenedInMessages) {
+  const std::string many(100000, 'x');
+  const std::string shown = std::string(80, 'x') + "...";
+  const std::vector<std::pair<std::function<void(json&)>, std::string>> cases = {
+      {[&](json& m) { m["attributes"][many] = 1; }, "nodes[1].attributes." + shown + ": unknown attribute of MyoMuscle"},
+      {[&](json& m) { m["attributes"]["material"] = many; },
+       "nodes[1].attributes.material: \"" + shown + "\" is not one of"},
+      {[&](json& m) { m["type"] = many; }, "nodes[1].type: unknown node type \"" + shown + "\" (known:"},
+      {[&](json& m) { m["input"] = many; }, "nodes[1].input: \"" + shown + "\" is not a mesh or node of the scene"},
+      {[&](json& m) { m["connections"]["attenuationMatrix"] = many; },
+       "nodes[1].connections.attenuationMatrix: \"" + shown + "\" is not in the scene"},
+      // A cut never splits a character: 79 letters, then two-byte ones.
+      {[&](json& m) { m["type"] = std::string(79, 'x') + "\u00e9\u00e9"; },
+       "nodes[1].type: unknown node type \"" + std::string(79, 'x') + "...\""},
+  };
+  for (const auto& [change, expected] : cases) {
+    const json saved = scene_;
+    change(scene_["nodes"][1]);
+    const std::string error = Read();
+    EXPECT_EQ(error.rfind(Path() + ": " + expected, 0), 0u) << error.substr(0, 300);
+    EXPECT_LT(error.size(), Path().size() + 400) << expected;
+    scene_ = saved;
+  }
+
+  // A long cycle names its first and last links.
+  json& transforms = scene_["transforms"];
+  transforms = json::array();
+  for (int i = 0; i < 50; ++i)
+    transforms.push_back({{"name", "t" + std::to_string(i)}, {"parent", "t" + std::to_string((i + 1) % 50)}});
+  scene_["meshes"][1].erase("parent");
+  scene_["nodes"][1]["connections"] = json::object();
+  scene_["nodes"][0]["connections"].erase("referenceMatrix");
+  EXPECT_EQ(Read(), Path() + ": transforms[0].parent: a cycle of parents: t0 -> t1 -> t2 -> t3 -> ... (45 more) -> "
+                             "t49 -> t0");
+
+  // The text the JSON parser quotes: the end of a long string, the start of
+  // a long number.
+  std::string error;
+  dir_.Write("scene.json", "{\"timeline\": {\"" + many + "\x01\": 1}}");
+  EXPECT_FALSE(myo_app::ReadScene(Path(), result_, error));
+  EXPECT_NE(error.find("last read: '..." + std::string(72, 'x') + "<U+0001>'"), std::string::npos) << error;
+  EXPECT_LT(error.size(), Path().size() + 400);
+  dir_.Write("scene.json", "{\"timeline\": {\"start\": 1" + std::string(5000, '0') + "}}");
+  EXPECT_FALSE(myo_app::ReadScene(Path(), result_, error));
+  EXPECT_EQ(error, Path() + ": line 1, column 24: invalid JSON: the number 1" + std::string(79, '0') +
+                       "... is beyond the range of a 64-bit float");
 }
 
 }  // namespace

@@ -41,6 +41,17 @@ class PositionedDomParser : public nlohmann::detail::json_sax_dom_parser<json> {
 // The library's error ids: out_of_range 406 is a number it cannot hold.
 constexpr int kNumberOverflow = 406;
 
+// The library quotes the token it was reading ("last read: '...'"), which
+// may be a whole long string: keep its end, where the fault is.
+std::string WithShortLastToken(const std::string& what, const std::string& token) {
+  const std::string quoted = "last read: '" + token + "'";
+  const std::size_t at = what.find(quoted);
+  if (token.size() <= kShownLength || at == std::string::npos) return what;
+  std::size_t from = token.size() - kShownLength;
+  while (from < token.size() && (static_cast<unsigned char>(token[from]) & 0xc0u) == 0x80u) ++from;
+  return what.substr(0, at) + "last read: '..." + token.substr(from) + "'" + what.substr(at + quoted.size());
+}
+
 }  // namespace
 
 std::string LineAndColumn(const std::string& text, std::size_t offset) {
@@ -70,10 +81,10 @@ json ParseJsonDocument(const std::string& text, const std::string& path) {
   if (parser.error_id() == kNumberOverflow) {
     // The position is just past the number.
     const std::size_t start = parser.position() - std::min(parser.position(), parser.last_token().size());
-    throw SceneFault{path + ": " + LineAndColumn(text, start) + ": invalid JSON: the number " + parser.last_token() +
-                     " is beyond the range of a 64-bit float"};
+    throw SceneFault{path + ": " + LineAndColumn(text, start) + ": invalid JSON: the number " +
+                     Shortened(parser.last_token()) + " is beyond the range of a 64-bit float"};
   }
-  const std::string& what = parser.what();
+  const std::string what = WithShortLastToken(parser.what(), parser.last_token());
   const std::size_t cut = what.find("syntax error");
   const std::size_t at = parser.position() == 0 ? 0 : parser.position() - 1;
   throw SceneFault{path + ": " + LineAndColumn(text, at) + ": invalid JSON: " +

@@ -181,7 +181,7 @@ class SceneReader {
       if (value.contains("parent")) {
         item.parent = Text(value["parent"], f["parent"]);
         if (scene_.FindTransform(item.parent) == nullptr)
-          f["parent"].Fail("\"" + item.parent + "\" is not a transform of the scene");
+          f["parent"].Fail(Quote(item.parent) + " is not a transform of the scene");
       }
       AddName(item.name, SourceKind::kMesh, scene_.meshes.size(), f["name"]);
       std::string error;
@@ -201,15 +201,15 @@ class SceneReader {
       if (item.parent.empty()) continue;
       const Field f = top["transforms"][i]["parent"];
       if (scene_.FindTransform(item.parent) == nullptr)
-        f.Fail("\"" + item.parent + "\" is not a transform of the scene");
+        f.Fail(Quote(item.parent) + " is not a transform of the scene");
       // Walk up: a chain longer than the transforms is a cycle.
       std::string current = item.parent;
-      std::string chain = item.name + " -> " + item.parent;
+      std::vector<std::string> chain = {item.name, item.parent};
       for (std::size_t hops = 0; !current.empty(); ++hops) {
-        if (current == item.name) f.Fail("a cycle of parents: " + chain);
+        if (current == item.name) f.Fail("a cycle of parents: " + Chain(chain));
         if (hops > scene_.transforms.size()) break;
         current = scene_.FindTransform(current)->parent;
-        if (!current.empty()) chain += " -> " + current;
+        if (!current.empty()) chain.push_back(current);
       }
     }
   }
@@ -240,12 +240,12 @@ class SceneReader {
     if (node.type == nullptr) {
       std::string known;
       for (const NodeType& t : NodeTypes()) known += (known.empty() ? "" : ", ") + t.name;
-      f["type"].Fail("unknown node type \"" + type + "\" (known: " + known + ")");
+      f["type"].Fail("unknown node type " + Quote(type) + " (known: " + known + ")");
     }
     node.input = Text(Require(value, "input", f), f["input"]);
     const auto kind = scene_.kinds.find(node.input);
     if (kind == scene_.kinds.end() || kind->second == SourceKind::kTransform)
-      f["input"].Fail("\"" + node.input + "\" is not a mesh or node of the scene");
+      f["input"].Fail(Quote(node.input) + " is not a mesh or node of the scene");
     if (node.input == node.name) f["input"].Fail("a node cannot deform its own output");
   }
 
@@ -321,7 +321,7 @@ class SceneReader {
         if (value.is_string()) {
           for (const myo_core::EnumField& field : info.fields)
             if (field.name == value.get<std::string>()) return field.value;
-          f.Fail("\"" + value.get<std::string>() + "\" is not one of " + EnumChoices(info));
+          f.Fail(Quote(value.get<std::string>()) + " is not one of " + EnumChoices(info));
         }
         number = Number(value, f);
         for (const myo_core::EnumField& field : info.fields)
@@ -359,11 +359,11 @@ class SceneReader {
       if (!plugs.insert(key).second) f.Fail("the plug is connected twice");
       const AttributeInfo* info = FindNodeAttribute(*node.type, connection.attribute);
       const auto kind = scene_.kinds.find(connection.source);
-      if (kind == scene_.kinds.end()) f.Fail("\"" + connection.source + "\" is not in the scene");
+      if (kind == scene_.kinds.end()) f.Fail(Quote(connection.source) + " is not in the scene");
       if (info->IsMatrix() && kind->second != SourceKind::kTransform)
-        f.Fail("a matrix attribute takes a transform, and \"" + connection.source + "\" is not one");
+        f.Fail("a matrix attribute takes a transform, and " + Quote(connection.source) + " is not one");
       if (info->type == AttributeType::kMesh && kind->second == SourceKind::kTransform)
-        f.Fail("a mesh attribute takes a mesh or a node, and \"" + connection.source + "\" is a transform");
+        f.Fail("a mesh attribute takes a mesh or a node, and " + Quote(connection.source) + " is a transform");
       if (connection.source == node.name) f.Fail("a node cannot take its own output");
       node.connections.push_back(std::move(connection));
     }
@@ -383,14 +383,14 @@ class SceneReader {
         f.Fail("expected a plug \"list[index].attribute\"");
       const AttributeInfo* list = FindNodeAttribute(type, plug.substr(0, open));
       if (list == nullptr || list->type != AttributeType::kCompound || !list->Has(myo_core::kArray))
-        f.Fail("\"" + plug.substr(0, open) + "\" is not a list attribute of " + type.name);
+        f.Fail(Quote(plug.substr(0, open)) + " is not a list attribute of " + type.name);
       c.list = list->long_name;
       c.index = static_cast<uint32_t>(std::stoul(digits));
       attribute = plug.substr(close + 2);
       const AttributeInfo* child = FindNodeAttribute(type, attribute);
       if (child == nullptr || std::find(list->children.begin(), list->children.end(), child->long_name) ==
                                   list->children.end())
-        f.Fail("\"" + attribute + "\" is not an attribute of " + c.list);
+        f.Fail(Quote(attribute) + " is not an attribute of " + c.list);
     }
     const AttributeInfo* info = FindNodeAttribute(type, attribute);
     if (info == nullptr) f.Fail("unknown attribute of " + type.name);
@@ -417,7 +417,7 @@ class SceneReader {
       const std::string name = Text(Require(value, "name", f), f["name"]);
       const AttributeInfo* element = FindNodeAttribute(*node.type, name);
       const AttributeInfo* list_info = element ? FindMapList(*node.type, element->long_name) : nullptr;
-      if (list_info == nullptr) f["name"].Fail("\"" + name + "\" is not a per-point map of " + node.type->name);
+      if (list_info == nullptr) f["name"].Fail(Quote(name) + " is not a per-point map of " + node.type->name);
       SceneMap map;
       map.list = list_info->long_name;
       map.element = element->long_name;
@@ -479,10 +479,11 @@ class SceneReader {
     std::function<void(std::size_t)> visit = [&](std::size_t i) {
       if (state[i] == 2) return;
       if (state[i] == 1) {
-        std::string cycle;
+        std::vector<std::string> cycle;
         const auto from = std::find(path.begin(), path.end(), i);
-        for (auto it = from; it != path.end(); ++it) cycle += scene_.nodes[*it].name + " -> ";
-        field.Fail("a cycle of connections: " + cycle + scene_.nodes[i].name);
+        for (auto it = from; it != path.end(); ++it) cycle.push_back(scene_.nodes[*it].name);
+        cycle.push_back(scene_.nodes[i].name);
+        field.Fail("a cycle of connections: " + Chain(cycle));
       }
       state[i] = 1;
       path.push_back(i);
