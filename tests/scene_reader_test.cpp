@@ -440,3 +440,42 @@ TEST_F(SceneReaderTest, LongTextFromTheFileIsShortenedInMessages) {
 }
 
 }  // namespace
+
+namespace {
+
+TEST_F(SceneReaderTest, LongChainsOfNodesAndTransformsReadInOneWalk) {
+  // 50000 muscles, each deforming the next one's output, and as many
+  // transforms, each under the next: no walk may recurse or repeat per link.
+  constexpr int kLinks = 50000;
+  json nodes = json::array(), transforms = json::array();
+  for (int i = 0; i < kLinks; ++i) {
+    const std::string next = std::to_string(i + 1);
+    nodes.push_back({{"name", "n" + std::to_string(i)}, {"type", "MyoMuscle"},
+                     {"input", i + 1 < kLinks ? "n" + next : "body"}});
+    transforms.push_back({{"name", "t" + std::to_string(i)}});
+    if (i + 1 < kLinks) transforms.back()["parent"] = "t" + next;
+  }
+  nodes[kLinks - 1]["maps"] = json::parse(R"([{"name": "tendons", "values": [0, 0, 1, 1]}])");
+  scene_["nodes"] = nodes;
+  scene_["transforms"] = transforms;
+  scene_["meshes"] = json::parse(R"([{"name": "body", "file": "meshes/body.obj", "parent": "t0"}])");
+  ASSERT_EQ(Read(), "");
+  ASSERT_EQ(result_.nodes.size(), static_cast<std::size_t>(kLinks));
+  EXPECT_EQ(result_.nodes.front().name, "n" + std::to_string(kLinks - 1));  // the one on the mesh goes first
+  EXPECT_EQ(result_.nodes.back().name, "n0");
+
+  // A cycle is named from its first transform in the file, also when a
+  // transform before it only leads into it.
+  scene_["meshes"][0].erase("parent");
+  scene_["transforms"] = json::parse(R"([{"name": "a", "parent": "b"}, {"name": "b", "parent": "c"},
+                                         {"name": "c", "parent": "d"}, {"name": "d", "parent": "b"}])");
+  EXPECT_EQ(Read(), Path() + ": transforms[1].parent: a cycle of parents: b -> c -> d -> b");
+  // Likewise for nodes.
+  scene_["transforms"] = json::array();
+  scene_["nodes"] = json::parse(R"([{"name": "m0", "type": "MyoMuscle", "input": "m1"},
+                                    {"name": "m1", "type": "MyoMuscle", "input": "m2"},
+                                    {"name": "m2", "type": "MyoMuscle", "input": "m1"}])");
+  EXPECT_EQ(Read(), Path() + ": nodes: a cycle of connections: m1 -> m2 -> m1");
+}
+
+}  // namespace

@@ -5,7 +5,6 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <functional>
 #include <set>
 #include <sstream>
 
@@ -25,6 +24,8 @@ namespace {
 using nlohmann::json;
 using myo_core::AttributeInfo;
 using myo_core::AttributeType;
+
+constexpr std::size_t kNone = static_cast<std::size_t>(-1);
 
 std::string ReadText(const std::string& path, const std::string& what) {
   std::ifstream in(path, std::ios::binary);
@@ -196,21 +197,35 @@ class SceneReader {
   }
 
   void CheckTransformParents(const Field& top) {
-    for (std::size_t i = 0; i < scene_.transforms.size(); ++i) {
-      const SceneTransform& item = scene_.transforms[i];
-      if (item.parent.empty()) continue;
-      const Field f = top["transforms"][i]["parent"];
-      if (scene_.FindTransform(item.parent) == nullptr)
-        f.Fail(Quote(item.parent) + " is not a transform of the scene");
-      // Walk up: a chain longer than the transforms is a cycle.
-      std::string current = item.parent;
-      std::vector<std::string> chain = {item.name, item.parent};
-      for (std::size_t hops = 0; !current.empty(); ++hops) {
-        if (current == item.name) f.Fail("a cycle of parents: " + Chain(chain));
-        if (hops > scene_.transforms.size()) break;
-        current = scene_.FindTransform(current)->parent;
-        if (!current.empty()) chain.push_back(current);
+    const std::vector<SceneTransform>& transforms = scene_.transforms;
+    std::vector<std::size_t> parent(transforms.size(), kNone);
+    for (std::size_t i = 0; i < transforms.size(); ++i) {
+      if (transforms[i].parent.empty()) continue;
+      if (scene_.FindTransform(transforms[i].parent) == nullptr)
+        top["transforms"][i]["parent"].Fail(Quote(transforms[i].parent) + " is not a transform of the scene");
+      parent[i] = scene_.index.at(transforms[i].parent);
+    }
+    // Walk up from each transform not yet known to reach a root; meeting the
+    // walk itself again closes a cycle. Each transform is walked once.
+    std::vector<int> state(transforms.size(), 0);  // 0 unseen, 1 on this walk, 2 reaches a root
+    for (std::size_t i = 0; i < transforms.size(); ++i) {
+      std::vector<std::size_t> walk;
+      std::size_t current = i;
+      while (current != kNone && state[current] == 0) {
+        state[current] = 1;
+        walk.push_back(current);
+        current = parent[current];
       }
+      if (current != kNone && state[current] == 1) {
+        // The cycle from its first transform in the file, as that one's fault.
+        std::size_t first = current;
+        for (std::size_t k = parent[current]; k != current; k = parent[k]) first = std::min(first, k);
+        std::vector<std::string> chain = {transforms[first].name};
+        for (std::size_t k = parent[first]; k != first; k = parent[k]) chain.push_back(transforms[k].name);
+        chain.push_back(transforms[first].name);
+        top["transforms"][first]["parent"].Fail("a cycle of parents: " + Chain(chain));
+      }
+      for (const std::size_t k : walk) state[k] = 2;
     }
   }
 
@@ -229,8 +244,14 @@ class SceneReader {
     for (std::size_t i = 0; i < list.size(); ++i) ReadNodeHead(list[i], field[i], scene_.nodes[i]);
     // Inputs alone must not form a cycle before base meshes are looked up;
     // connections are checked again once read.
-    TopologicalOrder(field);
-    for (std::size_t i = 0; i < list.size(); ++i) ReadNodeBody(list[i], field[i], scene_.nodes[i]);
+    // Base meshes in that order, each from its input's, so that a long chain
+    // of nodes is walked once.
+    std::vector<const SceneMesh*> base(list.size(), nullptr);
+    for (const std::size_t i : TopologicalOrder(field)) {
+      const std::string& input = scene_.nodes[i].input;
+      base[i] = scene_.FindNode(input) != nullptr ? base[scene_.index.at(input)] : scene_.FindMesh(input);
+    }
+    for (std::size_t i = 0; i < list.size(); ++i) ReadNodeBody(list[i], field[i], scene_.nodes[i], *base[i]);
   }
 
   void ReadNodeHead(const json& value, const Field& f, SceneNode& node) {
@@ -249,11 +270,10 @@ class SceneReader {
     if (node.input == node.name) f["input"].Fail("a node cannot deform its own output");
   }
 
-  void ReadNodeBody(const json& value, const Field& f, SceneNode& node) {
-    const SceneMesh* base = scene_.BaseMesh(node);
+  void ReadNodeBody(const json& value, const Field& f, SceneNode& node, const SceneMesh& base) {
     if (value.contains("attributes")) ReadAttributes(value["attributes"], f["attributes"], node);
     if (value.contains("connections")) ReadConnections(value["connections"], f["connections"], node);
-    if (value.contains("maps")) ReadMaps(value["maps"], f["maps"], node, base->data.PointCount());
+    if (value.contains("maps")) ReadMaps(value["maps"], f["maps"], node, base.data.PointCount());
     if (node.type->kind == NodeKind::kSkin &&
         std::none_of(node.connections.begin(), node.connections.end(),
                      [](const SceneConnection& c) { return c.attribute == "referenceMesh"; }))
@@ -472,27 +492,44 @@ class SceneReader {
   }
 
   // Depth-first order; a node met again while on the path closes a cycle.
+  // The path is kept on the heap: a chain of many nodes, each taking the
+  // next one's output, must not exhaust the stack.
   std::vector<std::size_t> TopologicalOrder(const Field& field) const {
     const std::size_t n = scene_.nodes.size();
     std::vector<int> state(n, 0);  // 0 unseen, 1 on the path, 2 done
-    std::vector<std::size_t> order, path;
-    std::function<void(std::size_t)> visit = [&](std::size_t i) {
-      if (state[i] == 2) return;
-      if (state[i] == 1) {
-        std::vector<std::string> cycle;
-        const auto from = std::find(path.begin(), path.end(), i);
-        for (auto it = from; it != path.end(); ++it) cycle.push_back(scene_.nodes[*it].name);
-        cycle.push_back(scene_.nodes[i].name);
-        field.Fail("a cycle of connections: " + Chain(cycle));
-      }
-      state[i] = 1;
-      path.push_back(i);
-      for (std::size_t d : Dependencies(scene_.nodes[i])) visit(d);
-      path.pop_back();
-      state[i] = 2;
-      order.push_back(i);
+    std::vector<std::size_t> order;
+    struct Visit {
+      std::size_t node;
+      std::vector<std::size_t> dependencies;
+      std::size_t next = 0;
     };
-    for (std::size_t i = 0; i < n; ++i) visit(i);
+    std::vector<Visit> path;
+    for (std::size_t root = 0; root < n; ++root) {
+      if (state[root] != 0) continue;
+      state[root] = 1;
+      path.push_back({root, Dependencies(scene_.nodes[root])});
+      while (!path.empty()) {
+        Visit& top = path.back();
+        if (top.next == top.dependencies.size()) {
+          state[top.node] = 2;
+          order.push_back(top.node);
+          path.pop_back();
+          continue;
+        }
+        const std::size_t d = top.dependencies[top.next++];
+        if (state[d] == 1) {
+          std::vector<std::string> cycle;
+          std::size_t from = 0;
+          while (path[from].node != d) ++from;
+          for (std::size_t k = from; k < path.size(); ++k) cycle.push_back(scene_.nodes[path[k].node].name);
+          cycle.push_back(scene_.nodes[d].name);
+          field.Fail("a cycle of connections: " + Chain(cycle));
+        }
+        if (state[d] == 2) continue;
+        state[d] = 1;
+        path.push_back({d, Dependencies(scene_.nodes[d])});
+      }
+    }
     return order;
   }
 
