@@ -3,6 +3,7 @@
 // the field or line, and what is wrong.
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <functional>
 #include <string>
@@ -476,6 +477,37 @@ TEST_F(SceneReaderTest, LongChainsOfNodesAndTransformsReadInOneWalk) {
                                     {"name": "m1", "type": "MyoMuscle", "input": "m2"},
                                     {"name": "m2", "type": "MyoMuscle", "input": "m1"}])");
   EXPECT_EQ(Read(), Path() + ": nodes: a cycle of connections: m1 -> m2 -> m1");
+}
+
+}  // namespace
+
+namespace {
+
+TEST_F(SceneReaderTest, MeshesAndMapsAreReadOnlyFromRegularFiles) {
+  // A device gives nothing or endless data, a pipe waits for a writer for
+  // ever, a folder reads as empty: none of them reaches a reader.
+  ASSERT_EQ(::mkfifo(dir_.File("pipe").c_str(), 0600), 0);
+  const std::string long_path(5000, 'm');
+  const std::vector<std::pair<std::string, std::string>> files = {
+      {"/dev/null", "/dev/null is not a regular file"},
+      {"pipe", dir_.File("pipe") + " is not a regular file"},
+      {"meshes", dir_.File("meshes") + " is a folder, not a file"},
+      {long_path, "the path \"" + std::string(80, 'm') + "...\" is 5000 characters long; at most 4096 are allowed"},
+  };
+  for (const auto& [file, problem] : files) {
+    const json saved = scene_;
+    scene_["meshes"][0]["file"] = file;
+    EXPECT_EQ(Read(), Path() + ": meshes[0].file: " + problem);
+    scene_ = saved;
+    scene_["nodes"][1]["maps"].push_back({{"name", "tendons"}, {"file", file}});
+    EXPECT_EQ(Read(), Path() + ": nodes[1].maps[2].file: " + problem);
+    scene_ = saved;
+  }
+
+  // The scene file itself may be a pipe, but not a folder.
+  std::string error;
+  EXPECT_FALSE(myo_app::ReadScene(dir_.path(), result_, error));
+  EXPECT_EQ(error, dir_.path() + ": cannot read the scene file: it is a folder");
 }
 
 }  // namespace

@@ -28,6 +28,8 @@ using myo_core::AttributeType;
 constexpr std::size_t kNone = static_cast<std::size_t>(-1);
 
 std::string ReadText(const std::string& path, const std::string& what) {
+  std::error_code error;
+  if (std::filesystem::is_directory(path, error)) throw SceneFault{path + ": cannot read " + what + ": it is a folder"};
   std::ifstream in(path, std::ios::binary);
   if (!in) throw SceneFault{path + ": cannot open " + what};
   std::ostringstream text;
@@ -81,6 +83,27 @@ std::string ResolvePath(const std::string& scene_path, const std::string& file) 
   const std::filesystem::path p(file);
   if (p.is_absolute()) return file;
   return (std::filesystem::path(scene_path).parent_path() / p).lexically_normal().string();
+}
+
+// The longest path the system opens.
+constexpr std::size_t kMaxPathLength = 4096;
+
+// A mesh or map file the scene names, resolved against the scene's folder.
+// Only a regular file is read: a folder, a device such as /dev/zero or a
+// pipe would give nothing, endless data or a reader that waits for ever. A
+// file that is not there is left to its reader, which says so.
+std::string InputFile(const std::string& scene_path, const json& value, const Field& field) {
+  const std::string file = Text(value, field);
+  if (file.size() > kMaxPathLength)
+    field.Fail("the path " + Quote(file) + " is " + std::to_string(file.size()) + " characters long; at most " +
+               std::to_string(kMaxPathLength) + " are allowed");
+  const std::string path = ResolvePath(scene_path, file);
+  std::error_code error;
+  const std::filesystem::file_status status = std::filesystem::status(path, error);
+  if (std::filesystem::is_directory(status)) field.Fail(path + " is a folder, not a file");
+  if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status))
+    field.Fail(path + " is not a regular file");
+  return path;
 }
 
 class SceneReader {
@@ -178,7 +201,8 @@ class SceneReader {
       RejectUnknownKeys(value, {"name", "file", "parent"}, f);
       SceneMesh item;
       item.name = Text(Require(value, "name", f), f["name"]);
-      item.file = Text(Require(value, "file", f), f["file"]);
+      const std::string file = InputFile(path_, Require(value, "file", f), f["file"]);
+      item.file = value["file"].get<std::string>();
       if (value.contains("parent")) {
         item.parent = Text(value["parent"], f["parent"]);
         if (scene_.FindTransform(item.parent) == nullptr)
@@ -186,7 +210,6 @@ class SceneReader {
       }
       AddName(item.name, SourceKind::kMesh, scene_.meshes.size(), f["name"]);
       std::string error;
-      const std::string file = ResolvePath(path_, item.file);
       if (!myo_io::ReadObjMesh(file, item.obj, error)) f["file"].Fail(error);
       if (item.obj.polygons.points.empty()) f["file"].Fail(file + ": the mesh has no vertices");
       if (!myo_core::BuildMeshData(item.obj.polygons.points, item.obj.polygons.vertex_counts,
@@ -450,6 +473,7 @@ class SceneReader {
       const std::size_t width = components.size();
       const int sources = value.contains("values") + value.contains("value") + value.contains("file");
       if (sources != 1) f.Fail("give exactly one of \"values\", \"value\" and \"file\"");
+      std::string file;  // the map file, when the values come from one
       if (value.contains("value")) {
         // One number for every component of every point.
         float number = 0.0f;
@@ -468,7 +492,7 @@ class SceneReader {
           }
         }
       } else {
-        const std::string file = ResolvePath(path_, Text(value["file"], f["file"]));
+        file = InputFile(path_, value["file"], f["file"]);
         std::string error;
         if (!myo_io::ReadMapFile(file, map.values, error)) f["file"].Fail(error);
       }
@@ -476,8 +500,7 @@ class SceneReader {
         f.Fail("the map has " + std::to_string(map.values.size()) + " values; the mesh has " +
                std::to_string(points) + " points" +
                (width > 1 ? " and the map " + std::to_string(width) + " per point" : std::string()));
-      if (value.contains("file"))
-        CheckMapFileValues(map.values, components, ResolvePath(path_, value["file"].get<std::string>()), f["file"]);
+      if (!file.empty()) CheckMapFileValues(map.values, components, file, f["file"]);
       node.maps.push_back(std::move(map));
     }
   }
