@@ -511,3 +511,37 @@ TEST_F(SceneReaderTest, MeshesAndMapsAreReadOnlyFromRegularFiles) {
 }
 
 }  // namespace
+
+namespace {
+
+TEST_F(SceneReaderTest, AKeyGivenTwiceInOneObjectIsRefused) {
+  // The parser would keep the last value and drop the first without a word.
+  const std::string mesh = R"("meshes": [{"name": "body", "file": "meshes/body.obj"}])";
+  const std::vector<std::pair<std::string, std::string>> cases = {
+      {R"({"timeline": {"start": 1, "end": 2}, "timeline": {"start": 1, "end": 2}, "nodes": []})", "timeline"},
+      {R"({"timeline": {"start": 1, "end": 2, "end": 20}, "nodes": []})", "timeline.end"},
+      {"{\"timeline\": {\"start\": 1, \"end\": 2}, " + mesh +
+           R"(, "nodes": [{"name": "a", "type": "MyoMuscle", "input": "body"},
+                         {"name": "b", "type": "MyoMuscle", "input": "body",
+                          "attributes": {"gravity": 1, "gravity": 1e39}}]})",
+       "nodes[1].attributes.gravity"},
+      {"{\"timeline\": {\"start\": 1, \"end\": 2}, " + mesh +
+           R"(, "nodes": [{"name": "a", "type": "MyoMuscle", "input": "body",
+                          "maps": [[], {"name": "tendons", "value": 1, "value": 0}]}]})",
+       "nodes[0].maps[1].value"},
+  };
+  for (const auto& [text, field] : cases) {
+    dir_.Write("scene.json", text);
+    std::string error;
+    EXPECT_FALSE(myo_app::ReadScene(Path(), result_, error));
+    EXPECT_EQ(error, Path() + ": " + field + ": the key is given twice");
+  }
+  // The same key in two objects is no repeat.
+  dir_.Write("scene.json", "{\"timeline\": {\"start\": 1, \"end\": 2}, " + mesh +
+                               R"(, "nodes": [{"name": "a", "type": "MyoMuscle", "input": "body"},
+                                             {"name": "b", "type": "MyoMuscle", "input": "body"}]})");
+  std::string error;
+  EXPECT_TRUE(myo_app::ReadScene(Path(), result_, error)) << error;
+}
+
+}  // namespace
