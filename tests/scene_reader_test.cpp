@@ -122,9 +122,9 @@ TEST_F(SceneReaderTest, AttributesAreCheckedAgainstTheNodeTable) {
   scene_["nodes"][1]["attributes"]["iterations"] = 0;
   EXPECT_EQ(Read(), node + "iterations: 0 is below the minimum 1");
   scene_["nodes"][1]["attributes"]["iterations"] = 2.5;
-  EXPECT_EQ(Read(), node + "iterations: expected a whole number");
+  EXPECT_EQ(Read(), node + "iterations: expected a whole number, not 2.5");
   scene_["nodes"][1]["attributes"]["iterations"] = "ten";
-  EXPECT_EQ(Read(), node + "iterations: expected a number");
+  EXPECT_EQ(Read(), node + "iterations: expected a number, not \"ten\"");
   scene_["nodes"][1]["attributes"].erase("iterations");
 
   scene_["nodes"][1]["attributes"]["material"] = "Steel";
@@ -277,11 +277,11 @@ TEST_F(SceneReaderTest, TheTimeLineHasWholeFramesInRangeAndABoundedRate) {
   scene_["timeline"]["preroll"] = -1000000;
   EXPECT_EQ(Read(), "");
   scene_["timeline"]["start"] = 1.5;
-  EXPECT_EQ(Read(), timeline + "start: expected a whole frame number");
+  EXPECT_EQ(Read(), timeline + "start: expected a whole frame number, not 1.5");
   scene_["timeline"]["start"] = 1;
 
   scene_["timeline"]["fps"] = 0;
-  EXPECT_EQ(Read(), timeline + "fps: frames per second must be above 0");
+  EXPECT_EQ(Read(), timeline + "fps: frames per second must be above 0, not 0");
   scene_["timeline"]["fps"] = 1e-300;  // frame / fps would not be a finite float
   EXPECT_EQ(Read(), timeline + "fps: 1e-300 frames per second is outside the range myoforge plays (0.0001 to 48000)");
   scene_["timeline"]["fps"] = 1e6;
@@ -542,6 +542,46 @@ TEST_F(SceneReaderTest, AKeyGivenTwiceInOneObjectIsRefused) {
                                              {"name": "b", "type": "MyoMuscle", "input": "body"}]})");
   std::string error;
   EXPECT_TRUE(myo_app::ReadScene(Path(), result_, error)) << error;
+}
+
+}  // namespace
+
+namespace {
+
+TEST_F(SceneReaderTest, RefusalsNameTheValueFoundInsteadOfTheOneExpected) {
+  using Change = std::function<void(json&)>;
+  const std::vector<std::pair<Change, std::string>> cases = {
+      {[](json& s) { s["timeline"] = json::array({1, 96}); }, "timeline: expected an object, not an array of 2"},
+      {[](json& s) { s["timeline"]["end"] = "96"; }, "timeline.end: expected a number, not \"96\""},
+      {[](json& s) { s["timeline"]["end"] = 0; }, "timeline.end: frame 0 comes before the start frame 1"},
+      {[](json& s) { s["timeline"]["preroll"] = 5; }, "timeline.preroll: frame 5 comes after the start frame 1"},
+      {[](json& s) { s["version"] = 2; }, "version: version 2 is not supported (this host reads version 1)"},
+      {[](json& s) { s["meshes"] = json::object(); }, "meshes: expected an array, not an object"},
+      {[](json& s) { s["meshes"][0]["name"] = nullptr; }, "meshes[0].name: expected a non-empty string, not null"},
+      {[](json& s) { s["meshes"][0]["name"] = ""; }, "meshes[0].name: expected a non-empty string, not \"\""},
+      {[](json& s) { s["transforms"][0]["keys"][0]["translate"] = {1, 2}; },
+       "transforms[0].keys[0].translate: expected 3 numbers, not an array of 2"},
+      {[](json& s) { s["transforms"][0]["keys"][0]["rotate"] = true; },
+       "transforms[0].keys[0].rotate: expected 3 numbers, not true"},
+      {[](json& s) { s["nodes"][1]["attributes"]["activation"] = {{"keys", {{1, 0}, {5}}}}; },
+       "nodes[1].attributes.activation.keys[1]: expected a key [frame, value], not an array of 1"},
+      {[](json& s) { s["nodes"][1]["attributes"]["hardAttachments"] = 2; },
+       "nodes[1].attributes.hardAttachments: expected true or false (or 1 or 0), not 2"},
+      {[](json& s) { s["nodes"][1]["maps"][0]["set"] = -1; },
+       "nodes[1].maps[0].set: expected an index (0, 1, 2, ... at most 999999999), not -1"},
+      {[](json& s) { s["nodes"][1]["maps"][0]["set"] = 1e10; },
+       "nodes[1].maps[0].set: expected an index (0, 1, 2, ... at most 999999999), not 10000000000"},
+      {[](json& s) { s["nodes"][1]["maps"][1]["values"][3] = {0, 1}; },
+       "nodes[1].maps[1].values[3]: expected 3 numbers, not an array of 2"},
+      {[](json& s) { s["nodes"][1]["maps"][1]["values"][3] = json::array(); },
+       "nodes[1].maps[1].values[3]: expected 3 numbers, not an empty array"},
+  };
+  for (const auto& [change, expected] : cases) {
+    const json saved = scene_;
+    change(scene_);
+    EXPECT_EQ(Read(), Path() + ": " + expected);
+    scene_ = saved;
+  }
 }
 
 }  // namespace

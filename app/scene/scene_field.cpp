@@ -20,6 +20,21 @@ std::string Shortened(const std::string& text) {
 
 std::string Quote(const std::string& text) { return "\"" + Shortened(text) + "\""; }
 
+std::string Shown(const nlohmann::json& value) {
+  switch (value.type()) {
+    case nlohmann::json::value_t::string: return Quote(value.get<std::string>());
+    case nlohmann::json::value_t::boolean: return value.get<bool>() ? "true" : "false";
+    case nlohmann::json::value_t::null: return "null";
+    case nlohmann::json::value_t::object: return "an object";
+    case nlohmann::json::value_t::array:
+      return value.empty() ? "an empty array" : "an array of " + std::to_string(value.size());
+    case nlohmann::json::value_t::number_integer:
+    case nlohmann::json::value_t::number_unsigned:
+    case nlohmann::json::value_t::number_float: return FormatNumber(value.get<double>());
+    default: return "a value of another kind";
+  }
+}
+
 std::string Chain(const std::vector<std::string>& names) {
   constexpr std::size_t kFirst = 4, kLast = 2;
   std::string chain;

@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include <nlohmann/json.hpp>
+
 #include "io/one_line.h"
 
 namespace myo_app {
@@ -23,6 +25,9 @@ constexpr std::size_t kShownLength = 80;
 std::string Shortened(const std::string& text);
 // The same between double quotes: "MyoCloth".
 std::string Quote(const std::string& text);
+// A JSON value as a message names what was found instead of what was
+// expected: "ten" (quoted), 2.5, true, null, an object, an array of 2.
+std::string Shown(const nlohmann::json& value);
 // Names joined by " -> ", the middle left out of a long chain.
 std::string Chain(const std::vector<std::string>& names);
 

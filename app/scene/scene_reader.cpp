@@ -26,6 +26,8 @@ using myo_core::AttributeInfo;
 using myo_core::AttributeType;
 
 constexpr std::size_t kNone = static_cast<std::size_t>(-1);
+// The largest set index of a map, as plugs allow at most nine digits.
+constexpr double kMaxIndex = 999999999.0;
 
 std::string ReadText(const std::string& path, const std::string& what) {
   std::error_code error;
@@ -44,11 +46,11 @@ const json& Require(const json& object, const char* key, const Field& field) {
 }
 
 void ExpectObject(const json& value, const Field& field) {
-  if (!value.is_object()) field.Fail("expected an object");
+  if (!value.is_object()) field.Fail("expected an object, not " + Shown(value));
 }
 
 void ExpectArray(const json& value, const Field& field) {
-  if (!value.is_array()) field.Fail("expected an array");
+  if (!value.is_array()) field.Fail("expected an array, not " + Shown(value));
 }
 
 // Keys of an object that are not among `known`.
@@ -60,20 +62,21 @@ void RejectUnknownKeys(const json& object, std::initializer_list<const char*> kn
 }
 
 std::string Text(const json& value, const Field& field) {
-  if (!value.is_string() || value.get<std::string>().empty()) field.Fail("expected a non-empty string");
+  if (!value.is_string() || value.get<std::string>().empty()) field.Fail("expected a non-empty string, not " + Shown(value));
   return value.get<std::string>();
 }
 
 uint32_t Index(const json& value, const Field& field) {
   const double number = Number(value, field);
-  if (number < 0.0 || number != std::floor(number) || number > 1e9) field.Fail("expected an index (0, 1, 2, ...)");
+  if (number < 0.0 || number != std::floor(number) || number > kMaxIndex)
+    field.Fail("expected an index (0, 1, 2, ... at most " + FormatNumber(kMaxIndex) + "), not " + FormatNumber(number));
   return static_cast<uint32_t>(number);
 }
 
 // N numbers whose floats are finite, as transform keys become.
 template <std::size_t N>
 std::array<double, N> FloatNumbers(const json& value, const Field& field) {
-  if (!value.is_array() || value.size() != N) field.Fail("expected " + std::to_string(N) + " numbers");
+  if (!value.is_array() || value.size() != N) field.Fail("expected " + std::to_string(N) + " numbers, not " + Shown(value));
   std::array<double, N> out{};
   for (std::size_t i = 0; i < N; ++i) out[i] = FloatNumber(value[i], field[i]);
   return out;
@@ -117,7 +120,7 @@ class SceneReader {
     ExpectObject(root, top);
     RejectUnknownKeys(root, {"version", "timeline", "transforms", "meshes", "nodes"}, top);
     if (root.contains("version") && Number(root["version"], top["version"]) != 1.0)
-      top["version"].Fail("unsupported version (this host reads version 1)");
+      top["version"].Fail("version " + Shown(root["version"]) + " is not supported (this host reads version 1)");
     ReadTimeline(Require(root, "timeline", top), top["timeline"]);
     if (root.contains("transforms")) ReadTransforms(root["transforms"], top["transforms"]);
     if (root.contains("meshes")) ReadMeshes(root["meshes"], top["meshes"]);
@@ -135,8 +138,11 @@ class SceneReader {
     t.end = WholeFrameNumber(Require(value, "end", field), field["end"]);
     t.preroll = value.contains("preroll") ? WholeFrameNumber(value["preroll"], field["preroll"]) : t.start;
     t.fps = value.contains("fps") ? FramesPerSecond(value["fps"], field["fps"]) : 24.0;
-    if (t.end < t.start) field["end"].Fail("the end frame comes before the start frame");
-    if (t.preroll > t.start) field["preroll"].Fail("the preroll frame comes after the start frame");
+    if (t.end < t.start)
+      field["end"].Fail("frame " + FormatNumber(t.end) + " comes before the start frame " + FormatNumber(t.start));
+    if (t.preroll > t.start)
+      field["preroll"].Fail("frame " + FormatNumber(t.preroll) + " comes after the start frame " +
+                            FormatNumber(t.start));
   }
 
   void AddName(const std::string& name, SourceKind kind, std::size_t index, const Field& field) {
@@ -337,7 +343,7 @@ class SceneReader {
       if (keys.empty()) f["keys"].Fail("expected at least one key");
       for (std::size_t k = 0; k < keys.size(); ++k) {
         const Field fk = f["keys"][k];
-        if (!keys[k].is_array() || keys[k].size() != 2) fk.Fail("expected a key [frame, value]");
+        if (!keys[k].is_array() || keys[k].size() != 2) fk.Fail("expected a key [frame, value], not " + Shown(keys[k]));
         const double frame = FrameNumber(keys[k][0], fk[0]);
         if (k > 0 && !(frame > track.frames.back()))
           fk.Fail("keyframes out of order: frame " + FormatNumber(frame) + " follows frame " + FormatNumber(track.frames.back()));
@@ -358,7 +364,7 @@ class SceneReader {
       case AttributeType::kBool:
         if (value.is_boolean()) return value.get<bool>() ? 1.0 : 0.0;
         number = Number(value, f);
-        if (number != 0.0 && number != 1.0) f.Fail("expected true or false");
+        if (number != 0.0 && number != 1.0) f.Fail("expected true or false (or 1 or 0), not " + FormatNumber(number));
         return number;
       case AttributeType::kEnum:
         if (value.is_string()) {
@@ -484,7 +490,7 @@ class SceneReader {
         ExpectArray(values, f["values"]);
         for (std::size_t k = 0; k < values.size(); ++k) {
           if (values[k].is_array()) {
-            if (values[k].size() != width) f["values"][k].Fail("expected " + std::to_string(width) + " numbers");
+            if (values[k].size() != width) f["values"][k].Fail("expected " + std::to_string(width) + " numbers, not " + Shown(values[k]));
             for (std::size_t c = 0; c < width; ++c)
               map.values.push_back(MapNumber(values[k][c], *components[c], f["values"][k][c]));
           } else {
