@@ -318,7 +318,20 @@ TEST_F(SceneReaderTest, MapsStayWithinTheLimitsOfTheirAttribute) {
   EXPECT_EQ(Read(), field + ".values[1]: 5 is above the maximum 1");
   maps[2] = json::parse(R"({"name": "tendons", "value": 1e39})");
   EXPECT_EQ(Read(), field + ".value: 1e+39 is outside the range of a 32-bit float");
-  // Vector maps: each component on its own.
+  // Vector maps: each component on its own, as arrays or numbers in a row
+  // but never a mix, which would shift the components after it.
+  maps[1]["values"] = {1, 0, 0, 1, 0, 0, 0, 1, 0, 0, 1, 0};
+  maps.erase(2);
+  EXPECT_EQ(Read(), "");
+  EXPECT_EQ(result_.nodes[0].maps[1].values[7], 1.0f);
+  maps[1]["values"] = json::parse("[0.5, [1, 0, 0], 0, 0, [0, 1, 0], [0, 1, 0]]");  // twelve numbers
+  EXPECT_EQ(Read(), Path() + ": nodes[1].maps[1].values[1]: mixes numbers and arrays: give every point as an array "
+                             "of 3 numbers, or every value as a number");
+  maps[1]["values"] = json::parse("[[1, 0, 0], 1, 0, 0, [0, 1, 0], [0, 1, 0]]");
+  EXPECT_EQ(Read(), Path() + ": nodes[1].maps[1].values[1]: mixes numbers and arrays: give every point as an array "
+                             "of 3 numbers, or every value as a number");
+  maps[1]["values"] = json::parse("[[1, 0, 0], [1, 0, 0], [0, 1, 0], [0, 1, 0]]");
+  maps.push_back(json::parse(R"({"name": "tendons", "value": 1e39})"));
   maps[1]["values"][2] = {0, 1e39, 0};
   maps.erase(2);
   EXPECT_EQ(Read(), Path() + ": nodes[1].maps[1].values[2][1]: 1e+39 is outside the range of a 32-bit float");

@@ -489,6 +489,11 @@ class SceneReader {
         const json& values = value["values"];
         ExpectArray(values, f["values"]);
         for (std::size_t k = 0; k < values.size(); ++k) {
+          // Arrays of a point each, or numbers in a row: a mix would shift
+          // the components of the points that follow.
+          if (values[k].is_array() != values[0].is_array())
+            f["values"][k].Fail("mixes numbers and arrays: give every point as an array of " + std::to_string(width) +
+                                " numbers, or every value as a number");
           if (values[k].is_array()) {
             if (values[k].size() != width) f["values"][k].Fail("expected " + std::to_string(width) + " numbers, not " + Shown(values[k]));
             for (std::size_t c = 0; c < width; ++c)
