@@ -580,6 +580,11 @@ TEST_F(SceneReaderTest, RefusalsNameTheValueFoundInsteadOfTheOneExpected) {
        "nodes[1].attributes.activation.keys[1]: expected a key [frame, value], not an array of 1"},
       {[](json& s) { s["nodes"][1]["attributes"]["hardAttachments"] = 2; },
        "nodes[1].attributes.hardAttachments: expected true or false (or 1 or 0), not 2"},
+      {[](json& s) { s["nodes"][1]["attributes"]["hardAttachments"] = "true"; },
+       "nodes[1].attributes.hardAttachments: expected true or false (or 1 or 0), not \"true\""},
+      {[](json& s) { s["nodes"][1]["attributes"]["material"] = {{"keys", {{1, nullptr}}}}; },
+       "nodes[1].attributes.material.keys[0][1]: expected one of \"Fat\" (0), \"Muscle\" (1), \"Rubber\" (2), "
+       "\"Tendon\" (3), \"Leather\" (4), \"Wood\" (5), \"Concrete\" (6), not null"},
       {[](json& s) { s["nodes"][1]["maps"][0]["set"] = -1; },
        "nodes[1].maps[0].set: expected an index (0, 1, 2, ... at most 999999999), not -1"},
       {[](json& s) { s["nodes"][1]["maps"][0]["set"] = 1e10; },

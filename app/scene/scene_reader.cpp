@@ -363,16 +363,17 @@ class SceneReader {
     switch (info.type) {
       case AttributeType::kBool:
         if (value.is_boolean()) return value.get<bool>() ? 1.0 : 0.0;
-        number = Number(value, f);
-        if (number != 0.0 && number != 1.0) f.Fail("expected true or false (or 1 or 0), not " + FormatNumber(number));
-        return number;
+        if (!value.is_number() || (value.get<double>() != 0.0 && value.get<double>() != 1.0))
+          f.Fail("expected true or false (or 1 or 0), not " + Shown(value));
+        return value.get<double>();
       case AttributeType::kEnum:
         if (value.is_string()) {
           for (const myo_core::EnumField& field : info.fields)
             if (field.name == value.get<std::string>()) return field.value;
           f.Fail(Quote(value.get<std::string>()) + " is not one of " + EnumChoices(info));
         }
-        number = Number(value, f);
+        if (!value.is_number()) f.Fail("expected one of " + EnumChoices(info) + ", not " + Shown(value));
+        number = value.get<double>();
         for (const myo_core::EnumField& field : info.fields)
           if (field.value == number) return number;
         f.Fail(FormatNumber(number) + " is not one of " + EnumChoices(info));
