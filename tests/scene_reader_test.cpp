@@ -409,7 +409,8 @@ TEST_F(SceneReaderTest, LongTextFromTheFileIsShortenedInMessages) {
   const std::string many(100000, 'x');
   const std::string shown = std::string(80, 'x') + "...";
   const std::vector<std::pair<std::function<void(json&)>, std::string>> cases = {
-      {[&](json& m) { m["attributes"][many] = 1; }, "nodes[1].attributes." + shown + ": unknown attribute of MyoMuscle"},
+      {[&](json& m) { m["attributes"][many] = 1; },
+       "nodes[1].attributes." + shown + ": unknown attribute of MyoMuscle"},
       {[&](json& m) { m["attributes"]["material"] = many; },
        "nodes[1].attributes.material: \"" + shown + "\" is not one of"},
       {[&](json& m) { m["type"] = many; }, "nodes[1].type: unknown node type \"" + shown + "\" (known:"},

@@ -62,7 +62,8 @@ void RejectUnknownKeys(const json& object, std::initializer_list<const char*> kn
 }
 
 std::string Text(const json& value, const Field& field) {
-  if (!value.is_string() || value.get<std::string>().empty()) field.Fail("expected a non-empty string, not " + Shown(value));
+  if (!value.is_string() || value.get<std::string>().empty())
+    field.Fail("expected a non-empty string, not " + Shown(value));
   return value.get<std::string>();
 }
 
@@ -76,7 +77,8 @@ uint32_t Index(const json& value, const Field& field) {
 // N numbers whose floats are finite, as transform keys become.
 template <std::size_t N>
 std::array<double, N> FloatNumbers(const json& value, const Field& field) {
-  if (!value.is_array() || value.size() != N) field.Fail("expected " + std::to_string(N) + " numbers, not " + Shown(value));
+  if (!value.is_array() || value.size() != N)
+    field.Fail("expected " + std::to_string(N) + " numbers, not " + Shown(value));
   std::array<double, N> out{};
   for (std::size_t i = 0; i < N; ++i) out[i] = FloatNumber(value[i], field[i]);
   return out;
@@ -207,14 +209,14 @@ class SceneReader {
       RejectUnknownKeys(value, {"name", "file", "parent"}, f);
       SceneMesh item;
       item.name = Text(Require(value, "name", f), f["name"]);
-      const std::string file = InputFile(path_, Require(value, "file", f), f["file"]);
-      item.file = value["file"].get<std::string>();
+      item.file = Text(Require(value, "file", f), f["file"]);
       if (value.contains("parent")) {
         item.parent = Text(value["parent"], f["parent"]);
         if (scene_.FindTransform(item.parent) == nullptr)
           f["parent"].Fail(Quote(item.parent) + " is not a transform of the scene");
       }
       AddName(item.name, SourceKind::kMesh, scene_.meshes.size(), f["name"]);
+      const std::string file = InputFile(path_, value["file"], f["file"]);
       std::string error;
       if (!myo_io::ReadObjMesh(file, item.obj, error)) f["file"].Fail(error);
       if (item.obj.polygons.points.empty()) f["file"].Fail(file + ": the mesh has no vertices");
@@ -496,7 +498,8 @@ class SceneReader {
             f["values"][k].Fail("mixes numbers and arrays: give every point as an array of " + std::to_string(width) +
                                 " numbers, or every value as a number");
           if (values[k].is_array()) {
-            if (values[k].size() != width) f["values"][k].Fail("expected " + std::to_string(width) + " numbers, not " + Shown(values[k]));
+            if (values[k].size() != width)
+              f["values"][k].Fail("expected " + std::to_string(width) + " numbers, not " + Shown(values[k]));
             for (std::size_t c = 0; c < width; ++c)
               map.values.push_back(MapNumber(values[k][c], *components[c], f["values"][k][c]));
           } else {
