@@ -24,6 +24,7 @@
 #include "app/scene/scene_reader.h"
 #include "core/log/logger.h"
 #include "core/solver/stop_request.h"
+#include "io/number_text.h"
 
 namespace {
 
@@ -47,6 +48,18 @@ void SetLogLevel(bool quiet, bool verbose) {
     myo_core::SetLevel(static_cast<unsigned>(static_cast<signed char>(level[0]) - '0'));
   if (verbose) myo_core::SetLevel(0);
   if (quiet) myo_core::SetLevel(3);
+}
+
+// "-t": a whole number of threads from 1 to kMaxThreads.
+CLI::Validator ThreadCount() {
+  const std::string range = "1 to " + std::to_string(kMaxThreads);
+  return CLI::Validator(
+      [range](std::string& text) {
+        long count = 0;
+        if (myo_io::ParseIntText(text, count) && count >= 1 && count <= kMaxThreads) return std::string();
+        return "expected a whole number from " + range + ", not " + myo_io::Quoted(text);
+      },
+      "INT in " + range);
 }
 
 int Fail(int code, const std::string& message) {
@@ -92,7 +105,7 @@ int Main(int argc, char** argv) {
       ->check(CLI::IsMember({"obj", "pc2"}));
   run->add_option("-t,--threads", threads,
                   "Threads for the parallel passes, 1 to " + std::to_string(kMaxThreads) + " (default: all cores)")
-      ->check(CLI::Range(1, kMaxThreads));
+      ->check(ThreadCount());
   run->add_flag("--no-progress", no_progress, "Do not draw the progress bar");
   run->footer(RunFooter());
 

@@ -118,8 +118,14 @@ TEST(MyoforgeCommand, ListingsAndUsage) {
       {"attributes MyoCloth", "myoforge: unknown node type \"MyoCloth\" (see myoforge nodes)\n"},
       {"", "myoforge: A subcommand is required (see myoforge --help)\n"},
       {"run", "myoforge: scene is required (see myoforge --help)\n"},
-      {"run x.json --threads 0", "myoforge: --threads: Value 0 not in range 1 to 256 (see myoforge --help)\n"},
-      {"run x.json -t 100000", "myoforge: --threads: Value 100000 not in range 1 to 256 (see myoforge --help)\n"},
+      {"run x.json --threads 0",
+       "myoforge: --threads: expected a whole number from 1 to 256, not \"0\" (see myoforge --help)\n"},
+      {"run x.json -t 100000",
+       "myoforge: --threads: expected a whole number from 1 to 256, not \"100000\" (see myoforge --help)\n"},
+      {"run x.json -t abc",
+       "myoforge: --threads: expected a whole number from 1 to 256, not \"abc\" (see myoforge --help)\n"},
+      {"run x.json -t 2.5",
+       "myoforge: --threads: expected a whole number from 1 to 256, not \"2.5\" (see myoforge --help)\n"},
       {"run x.json --bogus", "myoforge: The following argument was not expected: --bogus (see myoforge --help)\n"},
   };
   for (const auto& [arguments, message] : usage) {

@@ -3,6 +3,12 @@
 // the field or line, and what is wrong.
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <functional>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include <nlohmann/json.hpp>
 
@@ -116,9 +122,9 @@ TEST_F(SceneReaderTest, AttributesAreCheckedAgainstTheNodeTable) {
   scene_["nodes"][1]["attributes"]["iterations"] = 0;
   EXPECT_EQ(Read(), node + "iterations: 0 is below the minimum 1");
   scene_["nodes"][1]["attributes"]["iterations"] = 2.5;
-  EXPECT_EQ(Read(), node + "iterations: expected a whole number");
+  EXPECT_EQ(Read(), node + "iterations: expected a whole number, not 2.5");
   scene_["nodes"][1]["attributes"]["iterations"] = "ten";
-  EXPECT_EQ(Read(), node + "iterations: expected a number");
+  EXPECT_EQ(Read(), node + "iterations: expected a number, not \"ten\"");
   scene_["nodes"][1]["attributes"].erase("iterations");
 
   scene_["nodes"][1]["attributes"]["material"] = "Steel";
@@ -271,11 +277,11 @@ TEST_F(SceneReaderTest, TheTimeLineHasWholeFramesInRangeAndABoundedRate) {
   scene_["timeline"]["preroll"] = -1000000;
   EXPECT_EQ(Read(), "");
   scene_["timeline"]["start"] = 1.5;
-  EXPECT_EQ(Read(), timeline + "start: expected a whole frame number");
+  EXPECT_EQ(Read(), timeline + "start: expected a whole frame number, not 1.5");
   scene_["timeline"]["start"] = 1;
 
   scene_["timeline"]["fps"] = 0;
-  EXPECT_EQ(Read(), timeline + "fps: frames per second must be above 0");
+  EXPECT_EQ(Read(), timeline + "fps: frames per second must be above 0, not 0");
   scene_["timeline"]["fps"] = 1e-300;  // frame / fps would not be a finite float
   EXPECT_EQ(Read(), timeline + "fps: 1e-300 frames per second is outside the range myoforge plays (0.0001 to 48000)");
   scene_["timeline"]["fps"] = 1e6;
@@ -289,7 +295,8 @@ TEST_F(SceneReaderTest, JsonNumbersBeyondTheDoubleRangeNameTheirPlace) {
   for (const std::string& number : std::vector<std::string>{"1e400", "-1e400", "1" + std::string(400, '0')}) {
     dir_.Write("scene.json", "{\n  \"timeline\": {\"start\": 1, \"end\": " + number + "}\n}");
     EXPECT_FALSE(myo_app::ReadScene(Path(), result_, error));
-    EXPECT_EQ(error, Path() + ": line 2, column 35: invalid JSON: the number " + number +
+    const std::string shown = number.size() > 80 ? number.substr(0, 80) + "..." : number;
+    EXPECT_EQ(error, Path() + ": line 2, column 35: invalid JSON: the number " + shown +
                          " is beyond the range of a 64-bit float");
   }
   // The command reports it as any invalid scene, rather than aborting.
@@ -311,7 +318,20 @@ TEST_F(SceneReaderTest, MapsStayWithinTheLimitsOfTheirAttribute) {
   EXPECT_EQ(Read(), field + ".values[1]: 5 is above the maximum 1");
   maps[2] = json::parse(R"({"name": "tendons", "value": 1e39})");
   EXPECT_EQ(Read(), field + ".value: 1e+39 is outside the range of a 32-bit float");
-  // Vector maps: each component on its own.
+  // Vector maps: each component on its own, as arrays or numbers in a row
+  // but never a mix, which would shift the components after it.
+  maps[1]["values"] = {1, 0, 0, 1, 0, 0, 0, 1, 0, 0, 1, 0};
+  maps.erase(2);
+  EXPECT_EQ(Read(), "");
+  EXPECT_EQ(result_.nodes[0].maps[1].values[7], 1.0f);
+  maps[1]["values"] = json::parse("[0.5, [1, 0, 0], 0, 0, [0, 1, 0], [0, 1, 0]]");  // twelve numbers
+  EXPECT_EQ(Read(), Path() + ": nodes[1].maps[1].values[1]: mixes numbers and arrays: give every point as an array "
+                             "of 3 numbers, or every value as a number");
+  maps[1]["values"] = json::parse("[[1, 0, 0], 1, 0, 0, [0, 1, 0], [0, 1, 0]]");
+  EXPECT_EQ(Read(), Path() + ": nodes[1].maps[1].values[1]: mixes numbers and arrays: give every point as an array "
+                             "of 3 numbers, or every value as a number");
+  maps[1]["values"] = json::parse("[[1, 0, 0], [1, 0, 0], [0, 1, 0], [0, 1, 0]]");
+  maps.push_back(json::parse(R"({"name": "tendons", "value": 1e39})"));
   maps[1]["values"][2] = {0, 1e39, 0};
   maps.erase(2);
   EXPECT_EQ(Read(), Path() + ": nodes[1].maps[1].values[2][1]: 1e+39 is outside the range of a 32-bit float");
@@ -360,8 +380,227 @@ TEST_F(SceneReaderTest, NamesAreNodeNamesThatCannotLeaveTheOutputFolder) {
 }
 
 TEST_F(SceneReaderTest, MessagesStayOnOneLine) {
-  scene_["nodes"][1]["attributes"]["line\nbreak\x1b"] = 1;
-  EXPECT_EQ(Read(), Path() + ": nodes[1].attributes.line\\nbreak\\x1b: unknown attribute of MyoMuscle");
+  // Keys from the file, echoed in the field path: every character that could
+  // break or rewrite the line is escaped, UTF-8 letters stay.
+  const std::vector<std::pair<std::string, std::string>> keys = {
+      {"line\nbreak\x1b", "line\\nbreak\\x1b"},
+      {"tab\tdel\x7f", "tab\\tdel\\x7f"},
+      {"next\u0085line", "next\\u0085line"},         // C1 line break
+      {"csi\u009b2J", "csi\\u009b2J"},               // C1 terminal command
+      {"sep\u2028par\u2029", "sep\\u2028par\\u2029"},  // Unicode separators
+      {"caf\u00e9", "caf\u00e9"},
+  };
+  for (const auto& [key, shown] : keys) {
+    scene_["nodes"][1]["attributes"] = {{key, 1}};
+    EXPECT_EQ(Read(), Path() + ": nodes[1].attributes." + shown + ": unknown attribute of MyoMuscle") << shown;
+  }
+  // Bytes that are not UTF-8 in a syntax error's quote of the file.
+  dir_.Write("scene.json", "{\"timeline\": {\"st\xff\": 1}}");
+  std::string error;
+  EXPECT_FALSE(myo_app::ReadScene(Path(), result_, error));
+  EXPECT_NE(error.find("last read: '\"st\\xff'"), std::string::npos) << error;
+}
+
+}  // namespace
+
+namespace {
+
+TEST_F(SceneReaderTest, LongTextFromTheFileIsShortenedInMessages) {
+  const std::string many(100000, 'x');
+  const std::string shown = std::string(80, 'x') + "...";
+  const std::vector<std::pair<std::function<void(json&)>, std::string>> cases = {
+      {[&](json& m) { m["attributes"][many] = 1; },
+       "nodes[1].attributes." + shown + ": unknown attribute of MyoMuscle"},
+      {[&](json& m) { m["attributes"]["material"] = many; },
+       "nodes[1].attributes.material: \"" + shown + "\" is not one of"},
+      {[&](json& m) { m["type"] = many; }, "nodes[1].type: unknown node type \"" + shown + "\" (known:"},
+      {[&](json& m) { m["input"] = many; }, "nodes[1].input: \"" + shown + "\" is not a mesh or node of the scene"},
+      {[&](json& m) { m["connections"]["attenuationMatrix"] = many; },
+       "nodes[1].connections.attenuationMatrix: \"" + shown + "\" is not in the scene"},
+      // A cut never splits a character: 79 letters, then two-byte ones.
+      {[&](json& m) { m["type"] = std::string(79, 'x') + "\u00e9\u00e9"; },
+       "nodes[1].type: unknown node type \"" + std::string(79, 'x') + "...\""},
+  };
+  for (const auto& [change, expected] : cases) {
+    const json saved = scene_;
+    change(scene_["nodes"][1]);
+    const std::string error = Read();
+    EXPECT_EQ(error.rfind(Path() + ": " + expected, 0), 0u) << error.substr(0, 300);
+    EXPECT_LT(error.size(), Path().size() + 400) << expected;
+    scene_ = saved;
+  }
+
+  // A long cycle names its first and last links.
+  json& transforms = scene_["transforms"];
+  transforms = json::array();
+  for (int i = 0; i < 50; ++i)
+    transforms.push_back({{"name", "t" + std::to_string(i)}, {"parent", "t" + std::to_string((i + 1) % 50)}});
+  scene_["meshes"][1].erase("parent");
+  scene_["nodes"][1]["connections"] = json::object();
+  scene_["nodes"][0]["connections"].erase("referenceMatrix");
+  EXPECT_EQ(Read(), Path() + ": transforms[0].parent: a cycle of parents: t0 -> t1 -> t2 -> t3 -> ... (45 more) -> "
+                             "t49 -> t0");
+
+  // The text the JSON parser quotes: the end of a long string, the start of
+  // a long number.
+  std::string error;
+  dir_.Write("scene.json", "{\"timeline\": {\"" + many + "\x01\": 1}}");
+  EXPECT_FALSE(myo_app::ReadScene(Path(), result_, error));
+  EXPECT_NE(error.find("last read: '..." + std::string(72, 'x') + "<U+0001>'"), std::string::npos) << error;
+  EXPECT_LT(error.size(), Path().size() + 400);
+  dir_.Write("scene.json", "{\"timeline\": {\"start\": 1" + std::string(5000, '0') + "}}");
+  EXPECT_FALSE(myo_app::ReadScene(Path(), result_, error));
+  EXPECT_EQ(error, Path() + ": line 1, column 24: invalid JSON: the number 1" + std::string(79, '0') +
+                       "... is beyond the range of a 64-bit float");
+}
+
+}  // namespace
+
+namespace {
+
+TEST_F(SceneReaderTest, LongChainsOfNodesAndTransformsReadInOneWalk) {
+  // 50000 muscles, each deforming the next one's output, and as many
+  // transforms, each under the next: no walk may recurse or repeat per link.
+  constexpr int kLinks = 50000;
+  json nodes = json::array(), transforms = json::array();
+  for (int i = 0; i < kLinks; ++i) {
+    const std::string next = std::to_string(i + 1);
+    nodes.push_back({{"name", "n" + std::to_string(i)}, {"type", "MyoMuscle"},
+                     {"input", i + 1 < kLinks ? "n" + next : "body"}});
+    transforms.push_back({{"name", "t" + std::to_string(i)}});
+    if (i + 1 < kLinks) transforms.back()["parent"] = "t" + next;
+  }
+  nodes[kLinks - 1]["maps"] = json::parse(R"([{"name": "tendons", "values": [0, 0, 1, 1]}])");
+  scene_["nodes"] = nodes;
+  scene_["transforms"] = transforms;
+  scene_["meshes"] = json::parse(R"([{"name": "body", "file": "meshes/body.obj", "parent": "t0"}])");
+  ASSERT_EQ(Read(), "");
+  ASSERT_EQ(result_.nodes.size(), static_cast<std::size_t>(kLinks));
+  EXPECT_EQ(result_.nodes.front().name, "n" + std::to_string(kLinks - 1));  // the one on the mesh goes first
+  EXPECT_EQ(result_.nodes.back().name, "n0");
+
+  // A cycle is named from its first transform in the file, also when a
+  // transform before it only leads into it.
+  scene_["meshes"][0].erase("parent");
+  scene_["transforms"] = json::parse(R"([{"name": "a", "parent": "b"}, {"name": "b", "parent": "c"},
+                                         {"name": "c", "parent": "d"}, {"name": "d", "parent": "b"}])");
+  EXPECT_EQ(Read(), Path() + ": transforms[1].parent: a cycle of parents: b -> c -> d -> b");
+  // Likewise for nodes.
+  scene_["transforms"] = json::array();
+  scene_["nodes"] = json::parse(R"([{"name": "m0", "type": "MyoMuscle", "input": "m1"},
+                                    {"name": "m1", "type": "MyoMuscle", "input": "m2"},
+                                    {"name": "m2", "type": "MyoMuscle", "input": "m1"}])");
+  EXPECT_EQ(Read(), Path() + ": nodes: a cycle of connections: m1 -> m2 -> m1");
+}
+
+}  // namespace
+
+namespace {
+
+TEST_F(SceneReaderTest, MeshesAndMapsAreReadOnlyFromRegularFiles) {
+  // A device gives nothing or endless data, a pipe waits for a writer for
+  // ever, a folder reads as empty: none of them reaches a reader.
+  ASSERT_EQ(::mkfifo(dir_.File("pipe").c_str(), 0600), 0);
+  const std::string long_path(5000, 'm');
+  const std::vector<std::pair<std::string, std::string>> files = {
+      {"/dev/null", "/dev/null is not a regular file"},
+      {"pipe", dir_.File("pipe") + " is not a regular file"},
+      {"meshes", dir_.File("meshes") + " is a folder, not a file"},
+      {long_path, "the path \"" + std::string(80, 'm') + "...\" is 5000 characters long; at most 4096 are allowed"},
+  };
+  for (const auto& [file, problem] : files) {
+    const json saved = scene_;
+    scene_["meshes"][0]["file"] = file;
+    EXPECT_EQ(Read(), Path() + ": meshes[0].file: " + problem);
+    scene_ = saved;
+    scene_["nodes"][1]["maps"].push_back({{"name", "tendons"}, {"file", file}});
+    EXPECT_EQ(Read(), Path() + ": nodes[1].maps[2].file: " + problem);
+    scene_ = saved;
+  }
+
+  // The scene file itself may be a pipe, but not a folder.
+  std::string error;
+  EXPECT_FALSE(myo_app::ReadScene(dir_.path(), result_, error));
+  EXPECT_EQ(error, dir_.path() + ": cannot read the scene file: it is a folder");
+}
+
+}  // namespace
+
+namespace {
+
+TEST_F(SceneReaderTest, AKeyGivenTwiceInOneObjectIsRefused) {
+  // The parser would keep the last value and drop the first without a word.
+  const std::string mesh = R"("meshes": [{"name": "body", "file": "meshes/body.obj"}])";
+  const std::vector<std::pair<std::string, std::string>> cases = {
+      {R"({"timeline": {"start": 1, "end": 2}, "timeline": {"start": 1, "end": 2}, "nodes": []})", "timeline"},
+      {R"({"timeline": {"start": 1, "end": 2, "end": 20}, "nodes": []})", "timeline.end"},
+      {"{\"timeline\": {\"start\": 1, \"end\": 2}, " + mesh +
+           R"(, "nodes": [{"name": "a", "type": "MyoMuscle", "input": "body"},
+                         {"name": "b", "type": "MyoMuscle", "input": "body",
+                          "attributes": {"gravity": 1, "gravity": 1e39}}]})",
+       "nodes[1].attributes.gravity"},
+      {"{\"timeline\": {\"start\": 1, \"end\": 2}, " + mesh +
+           R"(, "nodes": [{"name": "a", "type": "MyoMuscle", "input": "body",
+                          "maps": [[], {"name": "tendons", "value": 1, "value": 0}]}]})",
+       "nodes[0].maps[1].value"},
+  };
+  for (const auto& [text, field] : cases) {
+    dir_.Write("scene.json", text);
+    std::string error;
+    EXPECT_FALSE(myo_app::ReadScene(Path(), result_, error));
+    EXPECT_EQ(error, Path() + ": " + field + ": the key is given twice");
+  }
+  // The same key in two objects is no repeat.
+  dir_.Write("scene.json", "{\"timeline\": {\"start\": 1, \"end\": 2}, " + mesh +
+                               R"(, "nodes": [{"name": "a", "type": "MyoMuscle", "input": "body"},
+                                             {"name": "b", "type": "MyoMuscle", "input": "body"}]})");
+  std::string error;
+  EXPECT_TRUE(myo_app::ReadScene(Path(), result_, error)) << error;
+}
+
+}  // namespace
+
+namespace {
+
+TEST_F(SceneReaderTest, RefusalsNameTheValueFoundInsteadOfTheOneExpected) {
+  using Change = std::function<void(json&)>;
+  const std::vector<std::pair<Change, std::string>> cases = {
+      {[](json& s) { s["timeline"] = json::array({1, 96}); }, "timeline: expected an object, not an array of 2"},
+      {[](json& s) { s["timeline"]["end"] = "96"; }, "timeline.end: expected a number, not \"96\""},
+      {[](json& s) { s["timeline"]["end"] = 0; }, "timeline.end: frame 0 comes before the start frame 1"},
+      {[](json& s) { s["timeline"]["preroll"] = 5; }, "timeline.preroll: frame 5 comes after the start frame 1"},
+      {[](json& s) { s["version"] = 2; }, "version: version 2 is not supported (this host reads version 1)"},
+      {[](json& s) { s["meshes"] = json::object(); }, "meshes: expected an array, not an object"},
+      {[](json& s) { s["meshes"][0]["name"] = nullptr; }, "meshes[0].name: expected a non-empty string, not null"},
+      {[](json& s) { s["meshes"][0]["name"] = ""; }, "meshes[0].name: expected a non-empty string, not \"\""},
+      {[](json& s) { s["transforms"][0]["keys"][0]["translate"] = {1, 2}; },
+       "transforms[0].keys[0].translate: expected 3 numbers, not an array of 2"},
+      {[](json& s) { s["transforms"][0]["keys"][0]["rotate"] = true; },
+       "transforms[0].keys[0].rotate: expected 3 numbers, not true"},
+      {[](json& s) { s["nodes"][1]["attributes"]["activation"] = {{"keys", {{1, 0}, {5}}}}; },
+       "nodes[1].attributes.activation.keys[1]: expected a key [frame, value], not an array of 1"},
+      {[](json& s) { s["nodes"][1]["attributes"]["hardAttachments"] = 2; },
+       "nodes[1].attributes.hardAttachments: expected true or false (or 1 or 0), not 2"},
+      {[](json& s) { s["nodes"][1]["attributes"]["hardAttachments"] = "true"; },
+       "nodes[1].attributes.hardAttachments: expected true or false (or 1 or 0), not \"true\""},
+      {[](json& s) { s["nodes"][1]["attributes"]["material"] = {{"keys", {{1, nullptr}}}}; },
+       "nodes[1].attributes.material.keys[0][1]: expected one of \"Fat\" (0), \"Muscle\" (1), \"Rubber\" (2), "
+       "\"Tendon\" (3), \"Leather\" (4), \"Wood\" (5), \"Concrete\" (6), not null"},
+      {[](json& s) { s["nodes"][1]["maps"][0]["set"] = -1; },
+       "nodes[1].maps[0].set: expected an index (0, 1, 2, ... at most 999999999), not -1"},
+      {[](json& s) { s["nodes"][1]["maps"][0]["set"] = 1e10; },
+       "nodes[1].maps[0].set: expected an index (0, 1, 2, ... at most 999999999), not 10000000000"},
+      {[](json& s) { s["nodes"][1]["maps"][1]["values"][3] = {0, 1}; },
+       "nodes[1].maps[1].values[3]: expected 3 numbers, not an array of 2"},
+      {[](json& s) { s["nodes"][1]["maps"][1]["values"][3] = json::array(); },
+       "nodes[1].maps[1].values[3]: expected 3 numbers, not an empty array"},
+  };
+  for (const auto& [change, expected] : cases) {
+    const json saved = scene_;
+    change(scene_);
+    EXPECT_EQ(Read(), Path() + ": " + expected);
+    scene_ = saved;
+  }
 }
 
 }  // namespace

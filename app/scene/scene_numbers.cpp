@@ -8,7 +8,7 @@ namespace myo_app {
 using nlohmann::json;
 
 double Number(const json& value, const Field& field) {
-  if (!value.is_number()) field.Fail("expected a number");
+  if (!value.is_number()) field.Fail("expected a number, not " + Shown(value));
   const double number = value.get<double>();
   if (!std::isfinite(number)) field.Fail("expected a finite number");
   return number;
@@ -23,7 +23,7 @@ double FloatNumber(const json& value, const Field& field) {
 
 double IntNumber(const json& value, const Field& field) {
   const double number = Number(value, field);
-  if (number != std::floor(number)) field.Fail("expected a whole number");
+  if (number != std::floor(number)) field.Fail("expected a whole number, not " + FormatNumber(number));
   if (number < static_cast<double>(INT32_MIN) || number > static_cast<double>(INT32_MAX))
     field.Fail(FormatNumber(number) + " is outside the range of a 32-bit integer");
   return number;
@@ -39,13 +39,13 @@ double FrameNumber(const json& value, const Field& field) {
 
 double WholeFrameNumber(const json& value, const Field& field) {
   const double frame = Number(value, field);
-  if (frame != std::floor(frame)) field.Fail("expected a whole frame number");
+  if (frame != std::floor(frame)) field.Fail("expected a whole frame number, not " + FormatNumber(frame));
   return FrameNumber(value, field);
 }
 
 double FramesPerSecond(const json& value, const Field& field) {
   const double fps = Number(value, field);
-  if (!(fps > 0.0)) field.Fail("frames per second must be above 0");
+  if (!(fps > 0.0)) field.Fail("frames per second must be above 0, not " + FormatNumber(fps));
   if (fps < kMinFramesPerSecond || fps > kMaxFramesPerSecond)
     field.Fail(FormatNumber(fps) + " frames per second is outside the range myoforge plays (" +
                FormatNumber(kMinFramesPerSecond) + " to " + FormatNumber(kMaxFramesPerSecond) + ")");

@@ -5,7 +5,6 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <functional>
 #include <set>
 #include <sstream>
 
@@ -26,7 +25,13 @@ using nlohmann::json;
 using myo_core::AttributeInfo;
 using myo_core::AttributeType;
 
+constexpr std::size_t kNone = static_cast<std::size_t>(-1);
+// The largest set index of a map, as plugs allow at most nine digits.
+constexpr double kMaxIndex = 999999999.0;
+
 std::string ReadText(const std::string& path, const std::string& what) {
+  std::error_code error;
+  if (std::filesystem::is_directory(path, error)) throw SceneFault{path + ": cannot read " + what + ": it is a folder"};
   std::ifstream in(path, std::ios::binary);
   if (!in) throw SceneFault{path + ": cannot open " + what};
   std::ostringstream text;
@@ -41,11 +46,11 @@ const json& Require(const json& object, const char* key, const Field& field) {
 }
 
 void ExpectObject(const json& value, const Field& field) {
-  if (!value.is_object()) field.Fail("expected an object");
+  if (!value.is_object()) field.Fail("expected an object, not " + Shown(value));
 }
 
 void ExpectArray(const json& value, const Field& field) {
-  if (!value.is_array()) field.Fail("expected an array");
+  if (!value.is_array()) field.Fail("expected an array, not " + Shown(value));
 }
 
 // Keys of an object that are not among `known`.
@@ -57,20 +62,23 @@ void RejectUnknownKeys(const json& object, std::initializer_list<const char*> kn
 }
 
 std::string Text(const json& value, const Field& field) {
-  if (!value.is_string() || value.get<std::string>().empty()) field.Fail("expected a non-empty string");
+  if (!value.is_string() || value.get<std::string>().empty())
+    field.Fail("expected a non-empty string, not " + Shown(value));
   return value.get<std::string>();
 }
 
 uint32_t Index(const json& value, const Field& field) {
   const double number = Number(value, field);
-  if (number < 0.0 || number != std::floor(number) || number > 1e9) field.Fail("expected an index (0, 1, 2, ...)");
+  if (number < 0.0 || number != std::floor(number) || number > kMaxIndex)
+    field.Fail("expected an index (0, 1, 2, ... at most " + FormatNumber(kMaxIndex) + "), not " + FormatNumber(number));
   return static_cast<uint32_t>(number);
 }
 
 // N numbers whose floats are finite, as transform keys become.
 template <std::size_t N>
 std::array<double, N> FloatNumbers(const json& value, const Field& field) {
-  if (!value.is_array() || value.size() != N) field.Fail("expected " + std::to_string(N) + " numbers");
+  if (!value.is_array() || value.size() != N)
+    field.Fail("expected " + std::to_string(N) + " numbers, not " + Shown(value));
   std::array<double, N> out{};
   for (std::size_t i = 0; i < N; ++i) out[i] = FloatNumber(value[i], field[i]);
   return out;
@@ -80,6 +88,27 @@ std::string ResolvePath(const std::string& scene_path, const std::string& file) 
   const std::filesystem::path p(file);
   if (p.is_absolute()) return file;
   return (std::filesystem::path(scene_path).parent_path() / p).lexically_normal().string();
+}
+
+// The longest path the system opens.
+constexpr std::size_t kMaxPathLength = 4096;
+
+// A mesh or map file the scene names, resolved against the scene's folder.
+// Only a regular file is read: a folder, a device such as /dev/zero or a
+// pipe would give nothing, endless data or a reader that waits for ever. A
+// file that is not there is left to its reader, which says so.
+std::string InputFile(const std::string& scene_path, const json& value, const Field& field) {
+  const std::string file = Text(value, field);
+  if (file.size() > kMaxPathLength)
+    field.Fail("the path " + Quote(file) + " is " + std::to_string(file.size()) + " characters long; at most " +
+               std::to_string(kMaxPathLength) + " are allowed");
+  const std::string path = ResolvePath(scene_path, file);
+  std::error_code error;
+  const std::filesystem::file_status status = std::filesystem::status(path, error);
+  if (std::filesystem::is_directory(status)) field.Fail(path + " is a folder, not a file");
+  if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status))
+    field.Fail(path + " is not a regular file");
+  return path;
 }
 
 class SceneReader {
@@ -93,7 +122,7 @@ class SceneReader {
     ExpectObject(root, top);
     RejectUnknownKeys(root, {"version", "timeline", "transforms", "meshes", "nodes"}, top);
     if (root.contains("version") && Number(root["version"], top["version"]) != 1.0)
-      top["version"].Fail("unsupported version (this host reads version 1)");
+      top["version"].Fail("version " + Shown(root["version"]) + " is not supported (this host reads version 1)");
     ReadTimeline(Require(root, "timeline", top), top["timeline"]);
     if (root.contains("transforms")) ReadTransforms(root["transforms"], top["transforms"]);
     if (root.contains("meshes")) ReadMeshes(root["meshes"], top["meshes"]);
@@ -111,8 +140,11 @@ class SceneReader {
     t.end = WholeFrameNumber(Require(value, "end", field), field["end"]);
     t.preroll = value.contains("preroll") ? WholeFrameNumber(value["preroll"], field["preroll"]) : t.start;
     t.fps = value.contains("fps") ? FramesPerSecond(value["fps"], field["fps"]) : 24.0;
-    if (t.end < t.start) field["end"].Fail("the end frame comes before the start frame");
-    if (t.preroll > t.start) field["preroll"].Fail("the preroll frame comes after the start frame");
+    if (t.end < t.start)
+      field["end"].Fail("frame " + FormatNumber(t.end) + " comes before the start frame " + FormatNumber(t.start));
+    if (t.preroll > t.start)
+      field["preroll"].Fail("frame " + FormatNumber(t.preroll) + " comes after the start frame " +
+                            FormatNumber(t.start));
   }
 
   void AddName(const std::string& name, SourceKind kind, std::size_t index, const Field& field) {
@@ -181,11 +213,11 @@ class SceneReader {
       if (value.contains("parent")) {
         item.parent = Text(value["parent"], f["parent"]);
         if (scene_.FindTransform(item.parent) == nullptr)
-          f["parent"].Fail("\"" + item.parent + "\" is not a transform of the scene");
+          f["parent"].Fail(Quote(item.parent) + " is not a transform of the scene");
       }
       AddName(item.name, SourceKind::kMesh, scene_.meshes.size(), f["name"]);
+      const std::string file = InputFile(path_, value["file"], f["file"]);
       std::string error;
-      const std::string file = ResolvePath(path_, item.file);
       if (!myo_io::ReadObjMesh(file, item.obj, error)) f["file"].Fail(error);
       if (item.obj.polygons.points.empty()) f["file"].Fail(file + ": the mesh has no vertices");
       if (!myo_core::BuildMeshData(item.obj.polygons.points, item.obj.polygons.vertex_counts,
@@ -196,21 +228,35 @@ class SceneReader {
   }
 
   void CheckTransformParents(const Field& top) {
-    for (std::size_t i = 0; i < scene_.transforms.size(); ++i) {
-      const SceneTransform& item = scene_.transforms[i];
-      if (item.parent.empty()) continue;
-      const Field f = top["transforms"][i]["parent"];
-      if (scene_.FindTransform(item.parent) == nullptr)
-        f.Fail("\"" + item.parent + "\" is not a transform of the scene");
-      // Walk up: a chain longer than the transforms is a cycle.
-      std::string current = item.parent;
-      std::string chain = item.name + " -> " + item.parent;
-      for (std::size_t hops = 0; !current.empty(); ++hops) {
-        if (current == item.name) f.Fail("a cycle of parents: " + chain);
-        if (hops > scene_.transforms.size()) break;
-        current = scene_.FindTransform(current)->parent;
-        if (!current.empty()) chain += " -> " + current;
+    const std::vector<SceneTransform>& transforms = scene_.transforms;
+    std::vector<std::size_t> parent(transforms.size(), kNone);
+    for (std::size_t i = 0; i < transforms.size(); ++i) {
+      if (transforms[i].parent.empty()) continue;
+      if (scene_.FindTransform(transforms[i].parent) == nullptr)
+        top["transforms"][i]["parent"].Fail(Quote(transforms[i].parent) + " is not a transform of the scene");
+      parent[i] = scene_.index.at(transforms[i].parent);
+    }
+    // Walk up from each transform not yet known to reach a root; meeting the
+    // walk itself again closes a cycle. Each transform is walked once.
+    std::vector<int> state(transforms.size(), 0);  // 0 unseen, 1 on this walk, 2 reaches a root
+    for (std::size_t i = 0; i < transforms.size(); ++i) {
+      std::vector<std::size_t> walk;
+      std::size_t current = i;
+      while (current != kNone && state[current] == 0) {
+        state[current] = 1;
+        walk.push_back(current);
+        current = parent[current];
       }
+      if (current != kNone && state[current] == 1) {
+        // The cycle from its first transform in the file, as that one's fault.
+        std::size_t first = current;
+        for (std::size_t k = parent[current]; k != current; k = parent[k]) first = std::min(first, k);
+        std::vector<std::string> chain = {transforms[first].name};
+        for (std::size_t k = parent[first]; k != first; k = parent[k]) chain.push_back(transforms[k].name);
+        chain.push_back(transforms[first].name);
+        top["transforms"][first]["parent"].Fail("a cycle of parents: " + Chain(chain));
+      }
+      for (const std::size_t k : walk) state[k] = 2;
     }
   }
 
@@ -229,8 +275,14 @@ class SceneReader {
     for (std::size_t i = 0; i < list.size(); ++i) ReadNodeHead(list[i], field[i], scene_.nodes[i]);
     // Inputs alone must not form a cycle before base meshes are looked up;
     // connections are checked again once read.
-    TopologicalOrder(field);
-    for (std::size_t i = 0; i < list.size(); ++i) ReadNodeBody(list[i], field[i], scene_.nodes[i]);
+    // Base meshes in that order, each from its input's, so that a long chain
+    // of nodes is walked once.
+    std::vector<const SceneMesh*> base(list.size(), nullptr);
+    for (const std::size_t i : TopologicalOrder(field)) {
+      const std::string& input = scene_.nodes[i].input;
+      base[i] = scene_.FindNode(input) != nullptr ? base[scene_.index.at(input)] : scene_.FindMesh(input);
+    }
+    for (std::size_t i = 0; i < list.size(); ++i) ReadNodeBody(list[i], field[i], scene_.nodes[i], *base[i]);
   }
 
   void ReadNodeHead(const json& value, const Field& f, SceneNode& node) {
@@ -240,20 +292,19 @@ class SceneReader {
     if (node.type == nullptr) {
       std::string known;
       for (const NodeType& t : NodeTypes()) known += (known.empty() ? "" : ", ") + t.name;
-      f["type"].Fail("unknown node type \"" + type + "\" (known: " + known + ")");
+      f["type"].Fail("unknown node type " + Quote(type) + " (known: " + known + ")");
     }
     node.input = Text(Require(value, "input", f), f["input"]);
     const auto kind = scene_.kinds.find(node.input);
     if (kind == scene_.kinds.end() || kind->second == SourceKind::kTransform)
-      f["input"].Fail("\"" + node.input + "\" is not a mesh or node of the scene");
+      f["input"].Fail(Quote(node.input) + " is not a mesh or node of the scene");
     if (node.input == node.name) f["input"].Fail("a node cannot deform its own output");
   }
 
-  void ReadNodeBody(const json& value, const Field& f, SceneNode& node) {
-    const SceneMesh* base = scene_.BaseMesh(node);
+  void ReadNodeBody(const json& value, const Field& f, SceneNode& node, const SceneMesh& base) {
     if (value.contains("attributes")) ReadAttributes(value["attributes"], f["attributes"], node);
     if (value.contains("connections")) ReadConnections(value["connections"], f["connections"], node);
-    if (value.contains("maps")) ReadMaps(value["maps"], f["maps"], node, base->data.PointCount());
+    if (value.contains("maps")) ReadMaps(value["maps"], f["maps"], node, base.data.PointCount());
     if (node.type->kind == NodeKind::kSkin &&
         std::none_of(node.connections.begin(), node.connections.end(),
                      [](const SceneConnection& c) { return c.attribute == "referenceMesh"; }))
@@ -294,7 +345,7 @@ class SceneReader {
       if (keys.empty()) f["keys"].Fail("expected at least one key");
       for (std::size_t k = 0; k < keys.size(); ++k) {
         const Field fk = f["keys"][k];
-        if (!keys[k].is_array() || keys[k].size() != 2) fk.Fail("expected a key [frame, value]");
+        if (!keys[k].is_array() || keys[k].size() != 2) fk.Fail("expected a key [frame, value], not " + Shown(keys[k]));
         const double frame = FrameNumber(keys[k][0], fk[0]);
         if (k > 0 && !(frame > track.frames.back()))
           fk.Fail("keyframes out of order: frame " + FormatNumber(frame) + " follows frame " + FormatNumber(track.frames.back()));
@@ -314,16 +365,17 @@ class SceneReader {
     switch (info.type) {
       case AttributeType::kBool:
         if (value.is_boolean()) return value.get<bool>() ? 1.0 : 0.0;
-        number = Number(value, f);
-        if (number != 0.0 && number != 1.0) f.Fail("expected true or false");
-        return number;
+        if (!value.is_number() || (value.get<double>() != 0.0 && value.get<double>() != 1.0))
+          f.Fail("expected true or false (or 1 or 0), not " + Shown(value));
+        return value.get<double>();
       case AttributeType::kEnum:
         if (value.is_string()) {
           for (const myo_core::EnumField& field : info.fields)
             if (field.name == value.get<std::string>()) return field.value;
-          f.Fail("\"" + value.get<std::string>() + "\" is not one of " + EnumChoices(info));
+          f.Fail(Quote(value.get<std::string>()) + " is not one of " + EnumChoices(info));
         }
-        number = Number(value, f);
+        if (!value.is_number()) f.Fail("expected one of " + EnumChoices(info) + ", not " + Shown(value));
+        number = value.get<double>();
         for (const myo_core::EnumField& field : info.fields)
           if (field.value == number) return number;
         f.Fail(FormatNumber(number) + " is not one of " + EnumChoices(info));
@@ -359,11 +411,11 @@ class SceneReader {
       if (!plugs.insert(key).second) f.Fail("the plug is connected twice");
       const AttributeInfo* info = FindNodeAttribute(*node.type, connection.attribute);
       const auto kind = scene_.kinds.find(connection.source);
-      if (kind == scene_.kinds.end()) f.Fail("\"" + connection.source + "\" is not in the scene");
+      if (kind == scene_.kinds.end()) f.Fail(Quote(connection.source) + " is not in the scene");
       if (info->IsMatrix() && kind->second != SourceKind::kTransform)
-        f.Fail("a matrix attribute takes a transform, and \"" + connection.source + "\" is not one");
+        f.Fail("a matrix attribute takes a transform, and " + Quote(connection.source) + " is not one");
       if (info->type == AttributeType::kMesh && kind->second == SourceKind::kTransform)
-        f.Fail("a mesh attribute takes a mesh or a node, and \"" + connection.source + "\" is a transform");
+        f.Fail("a mesh attribute takes a mesh or a node, and " + Quote(connection.source) + " is a transform");
       if (connection.source == node.name) f.Fail("a node cannot take its own output");
       node.connections.push_back(std::move(connection));
     }
@@ -383,14 +435,14 @@ class SceneReader {
         f.Fail("expected a plug \"list[index].attribute\"");
       const AttributeInfo* list = FindNodeAttribute(type, plug.substr(0, open));
       if (list == nullptr || list->type != AttributeType::kCompound || !list->Has(myo_core::kArray))
-        f.Fail("\"" + plug.substr(0, open) + "\" is not a list attribute of " + type.name);
+        f.Fail(Quote(plug.substr(0, open)) + " is not a list attribute of " + type.name);
       c.list = list->long_name;
       c.index = static_cast<uint32_t>(std::stoul(digits));
       attribute = plug.substr(close + 2);
       const AttributeInfo* child = FindNodeAttribute(type, attribute);
       if (child == nullptr || std::find(list->children.begin(), list->children.end(), child->long_name) ==
                                   list->children.end())
-        f.Fail("\"" + attribute + "\" is not an attribute of " + c.list);
+        f.Fail(Quote(attribute) + " is not an attribute of " + c.list);
     }
     const AttributeInfo* info = FindNodeAttribute(type, attribute);
     if (info == nullptr) f.Fail("unknown attribute of " + type.name);
@@ -417,7 +469,7 @@ class SceneReader {
       const std::string name = Text(Require(value, "name", f), f["name"]);
       const AttributeInfo* element = FindNodeAttribute(*node.type, name);
       const AttributeInfo* list_info = element ? FindMapList(*node.type, element->long_name) : nullptr;
-      if (list_info == nullptr) f["name"].Fail("\"" + name + "\" is not a per-point map of " + node.type->name);
+      if (list_info == nullptr) f["name"].Fail(Quote(name) + " is not a per-point map of " + node.type->name);
       SceneMap map;
       map.list = list_info->long_name;
       map.element = element->long_name;
@@ -430,6 +482,7 @@ class SceneReader {
       const std::size_t width = components.size();
       const int sources = value.contains("values") + value.contains("value") + value.contains("file");
       if (sources != 1) f.Fail("give exactly one of \"values\", \"value\" and \"file\"");
+      std::string file;  // the map file, when the values come from one
       if (value.contains("value")) {
         // One number for every component of every point.
         float number = 0.0f;
@@ -439,8 +492,14 @@ class SceneReader {
         const json& values = value["values"];
         ExpectArray(values, f["values"]);
         for (std::size_t k = 0; k < values.size(); ++k) {
+          // Arrays of a point each, or numbers in a row: a mix would shift
+          // the components of the points that follow.
+          if (values[k].is_array() != values[0].is_array())
+            f["values"][k].Fail("mixes numbers and arrays: give every point as an array of " + std::to_string(width) +
+                                " numbers, or every value as a number");
           if (values[k].is_array()) {
-            if (values[k].size() != width) f["values"][k].Fail("expected " + std::to_string(width) + " numbers");
+            if (values[k].size() != width)
+              f["values"][k].Fail("expected " + std::to_string(width) + " numbers, not " + Shown(values[k]));
             for (std::size_t c = 0; c < width; ++c)
               map.values.push_back(MapNumber(values[k][c], *components[c], f["values"][k][c]));
           } else {
@@ -448,7 +507,7 @@ class SceneReader {
           }
         }
       } else {
-        const std::string file = ResolvePath(path_, Text(value["file"], f["file"]));
+        file = InputFile(path_, value["file"], f["file"]);
         std::string error;
         if (!myo_io::ReadMapFile(file, map.values, error)) f["file"].Fail(error);
       }
@@ -456,8 +515,7 @@ class SceneReader {
         f.Fail("the map has " + std::to_string(map.values.size()) + " values; the mesh has " +
                std::to_string(points) + " points" +
                (width > 1 ? " and the map " + std::to_string(width) + " per point" : std::string()));
-      if (value.contains("file"))
-        CheckMapFileValues(map.values, components, ResolvePath(path_, value["file"].get<std::string>()), f["file"]);
+      if (!file.empty()) CheckMapFileValues(map.values, components, file, f["file"]);
       node.maps.push_back(std::move(map));
     }
   }
@@ -472,26 +530,44 @@ class SceneReader {
   }
 
   // Depth-first order; a node met again while on the path closes a cycle.
+  // The path is kept on the heap: a chain of many nodes, each taking the
+  // next one's output, must not exhaust the stack.
   std::vector<std::size_t> TopologicalOrder(const Field& field) const {
     const std::size_t n = scene_.nodes.size();
     std::vector<int> state(n, 0);  // 0 unseen, 1 on the path, 2 done
-    std::vector<std::size_t> order, path;
-    std::function<void(std::size_t)> visit = [&](std::size_t i) {
-      if (state[i] == 2) return;
-      if (state[i] == 1) {
-        std::string cycle;
-        const auto from = std::find(path.begin(), path.end(), i);
-        for (auto it = from; it != path.end(); ++it) cycle += scene_.nodes[*it].name + " -> ";
-        field.Fail("a cycle of connections: " + cycle + scene_.nodes[i].name);
-      }
-      state[i] = 1;
-      path.push_back(i);
-      for (std::size_t d : Dependencies(scene_.nodes[i])) visit(d);
-      path.pop_back();
-      state[i] = 2;
-      order.push_back(i);
+    std::vector<std::size_t> order;
+    struct Visit {
+      std::size_t node;
+      std::vector<std::size_t> dependencies;
+      std::size_t next = 0;
     };
-    for (std::size_t i = 0; i < n; ++i) visit(i);
+    std::vector<Visit> path;
+    for (std::size_t root = 0; root < n; ++root) {
+      if (state[root] != 0) continue;
+      state[root] = 1;
+      path.push_back({root, Dependencies(scene_.nodes[root])});
+      while (!path.empty()) {
+        Visit& top = path.back();
+        if (top.next == top.dependencies.size()) {
+          state[top.node] = 2;
+          order.push_back(top.node);
+          path.pop_back();
+          continue;
+        }
+        const std::size_t d = top.dependencies[top.next++];
+        if (state[d] == 1) {
+          std::vector<std::string> cycle;
+          std::size_t from = 0;
+          while (path[from].node != d) ++from;
+          for (std::size_t k = from; k < path.size(); ++k) cycle.push_back(scene_.nodes[path[k].node].name);
+          cycle.push_back(scene_.nodes[d].name);
+          field.Fail("a cycle of connections: " + Chain(cycle));
+        }
+        if (state[d] == 2) continue;
+        state[d] = 1;
+        path.push_back({d, Dependencies(scene_.nodes[d])});
+      }
+    }
     return order;
   }
 
