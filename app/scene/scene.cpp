@@ -22,6 +22,7 @@ const SceneMesh* Scene::FindMesh(const std::string& name) const { return Lookup(
 const SceneNode* Scene::FindNode(const std::string& name) const { return Lookup(*this, nodes, name, SourceKind::kNode); }
 
 const SceneMesh* Scene::BaseMesh(const SceneNode& node) const {
+  if (!node.base_mesh.empty()) return FindMesh(node.base_mesh);
   const SceneNode* current = &node;
   for (std::size_t hops = 0; hops <= nodes.size(); ++hops) {
     if (const SceneMesh* mesh = FindMesh(current->input)) return mesh;

@@ -62,6 +62,7 @@ struct SceneNode {
   std::string name;
   const NodeType* type = nullptr;
   std::string input;                              // mesh or node deformed by this node
+  std::string base_mesh;                          // the mesh at the root of its chain of inputs
   std::map<std::string, ScalarTrack> attributes;  // by long name, values in the units of the file
   std::vector<SceneMap> maps;
   std::vector<SceneConnection> connections;

@@ -282,7 +282,10 @@ class SceneReader {
       const std::string& input = scene_.nodes[i].input;
       base[i] = scene_.FindNode(input) != nullptr ? base[scene_.index.at(input)] : scene_.FindMesh(input);
     }
-    for (std::size_t i = 0; i < list.size(); ++i) ReadNodeBody(list[i], field[i], scene_.nodes[i], *base[i]);
+    for (std::size_t i = 0; i < list.size(); ++i) {
+      scene_.nodes[i].base_mesh = base[i]->name;
+      ReadNodeBody(list[i], field[i], scene_.nodes[i], *base[i]);
+    }
   }
 
   void ReadNodeHead(const json& value, const Field& f, SceneNode& node) {
