@@ -16,7 +16,7 @@
 
 #include "core/kernels/geometry_constraints.h"
 #include "core/muscle/muscle_assembly.h"
-#include "core/solver/mass_weights.h"
+#include "core/muscle/muscle_mass_weights.h"
 #include "scenes/muscle_meshes.h"
 #include "scenes/muscle_setup.h"
 #include "scenes/targeted_muscle.h"

@@ -10,7 +10,7 @@
 #include "core/mesh/mesh_data.h"
 #include "core/muscle/muscle_assembly.h"
 #include "core/skin/skin_assembly.h"
-#include "core/solver/mass_weights.h"
+#include "core/muscle/muscle_mass_weights.h"
 #include "scenes/muscle_meshes.h"
 #include "scenes/muscle_setup.h"
 #include "support/log_capture.h"

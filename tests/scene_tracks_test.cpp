@@ -6,7 +6,8 @@
 #include "app/run/scene_attribute_source.h"
 #include "app/scene/keyframe_track.h"
 #include "app/scene/transform_track.h"
-#include "core/attributes/frame_readers.h"
+#include "core/muscle/muscle_frame_reader.h"
+#include "core/skin/skin_frame_reader.h"
 #include "core/muscle/muscle_attributes.h"
 #include "core/skin/skin_attributes.h"
 

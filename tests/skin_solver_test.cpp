@@ -12,7 +12,7 @@
 #include "core/skin/skin_assembly.h"
 #include "core/skin/skin_solver.h"
 #include "core/solver/stop_request.h"
-#include "core/solver/mass_weights.h"
+#include "core/skin/skin_mass_weights.h"
 #include "core/solver/solver_stages.h"
 #include "scenes/skin_setup.h"
 #include "support/log_capture.h"

@@ -4,7 +4,8 @@
 #include <cmath>
 
 #include "app/run/scene_attribute_source.h"
-#include "core/attributes/frame_readers.h"
+#include "core/muscle/muscle_frame_reader.h"
+#include "core/skin/skin_frame_reader.h"
 #include "core/kernels/volume_constraint.h"
 
 namespace myo_app {

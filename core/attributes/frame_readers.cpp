@@ -6,9 +6,9 @@ namespace myo_core {
 
 namespace {
 
-float F(const AttributeSource& s, const char* name) { return static_cast<float>(s.Number(name)); }
-int32_t I(const AttributeSource& s, const char* name) { return static_cast<int32_t>(s.Number(name)); }
-bool B(const AttributeSource& s, const char* name) { return s.Number(name) != 0.0; }
+float F(const AttributeSource& s, const char* name) { return FloatAttribute(s, name); }
+int32_t I(const AttributeSource& s, const char* name) { return IntAttribute(s, name); }
+bool B(const AttributeSource& s, const char* name) { return BoolAttribute(s, name); }
 
 }  // namespace
 
@@ -49,24 +49,6 @@ void ReadSolverFrameValues(const AttributeSource& s, SolverFrameValues& frame) {
   frame.debug_color[1] = F(s, "debugColorGreen");
   frame.debug_color[2] = F(s, "debugColorBlue");
   frame.debug_width = F(s, "debugWidth");
-}
-
-void ReadMuscleFrameValues(const AttributeSource& s, bool with_volume, MuscleFrameValues& frame) {
-  ReadSolverFrameValues(s, frame);
-  frame.activation = F(s, "activation");
-  frame.rest_activation = F(s, "restActivation");
-  if (with_volume) {
-    frame.volume_preservation = F(s, "volumePreservation");
-    frame.volume_ratio = F(s, "volumeRatio");
-  }
-  frame.hard_attachments = B(s, "hardAttachments");
-  frame.debug_fibers_scale = F(s, "debugFibersScale");
-  frame.current_influence = I(s, "currentInfluence");
-}
-
-void ReadSkinFrameValues(const AttributeSource& s, SkinFrameValues& frame) {
-  ReadSolverFrameValues(s, frame);
-  frame.reference_matrix = s.MatrixValue("referenceMatrix");
 }
 
 }  // namespace myo_core

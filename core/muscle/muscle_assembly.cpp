@@ -6,7 +6,7 @@
 #include "core/log/logger.h"
 #include "core/log/stream_text.h"
 #include "core/muscle/mesh_volume.h"
-#include "core/solver/mass_weights.h"
+#include "core/muscle/muscle_mass_weights.h"
 #include "core/solver/masses.h"
 
 namespace myo_core {

@@ -5,7 +5,7 @@
 #include "core/kernels/target_mesh.h"
 #include "core/log/logger.h"
 #include "core/muscle/muscle_assembly.h"
-#include "core/solver/mass_weights.h"
+#include "core/muscle/muscle_mass_weights.h"
 #include "core/tables/enum_tables.h"
 #include "core/tables/material_type.h"
 

@@ -6,7 +6,7 @@
 #include "core/log/stream_text.h"
 #include "core/muscle/muscle_assembly.h"
 #include "core/skin/uber_assembly.h"
-#include "core/solver/mass_weights.h"
+#include "core/skin/skin_mass_weights.h"
 #include "core/solver/masses.h"
 
 namespace myo_core {

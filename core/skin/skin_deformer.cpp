@@ -5,7 +5,7 @@
 #include "core/log/logger.h"
 #include "core/log/stream_text.h"
 #include "core/skin/uber_assembly.h"
-#include "core/solver/mass_weights.h"
+#include "core/skin/skin_mass_weights.h"
 
 namespace myo_core {
 

@@ -11,21 +11,11 @@
 #include "core/mesh/mesh_data.h"
 #include "core/solver/frame_decision.h"
 #include "core/skin/skin_assembly.h"
+#include "core/skin/skin_frame.h"
 #include "core/skin/skin_solver.h"
 #include "core/solver/frame_values.h"
 
 namespace myo_core {
-
-struct SkinFrameValues : SolverFrameValues {
-  SkinFrameValues() {
-    iterations = 3;
-    material = kMaterialLeather;
-    density = 1100.0f;
-    space_scale_mode = 2;
-    debug_feature = 3;
-  }
-  Matrix reference_matrix = IdentityMatrix();  // "referenceMatrix"
-};
 
 struct SkinEvaluation {
   FrameDecision decision;

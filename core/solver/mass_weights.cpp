@@ -1,9 +1,5 @@
 #include "core/solver/mass_weights.h"
 
-#include "core/log/logger.h"
-#include "core/math/vec3.h"
-#include "core/skin/skin_solver.h"
-
 namespace myo_core {
 
 void ScaleWeightsByInverseMass(uint32_t point, uint32_t point_count, uint32_t set_count,
@@ -11,74 +7,7 @@ void ScaleWeightsByInverseMass(uint32_t point, uint32_t point_count, uint32_t se
                                ConstraintGroup& group) {
   for (uint32_t s = 0; s < set_count; ++s) {
     const std::size_t row = static_cast<std::size_t>(s) * point_count + point;
-    group.inverse_masses_[row] = map[row] < kEpsilon ? map[row] : map[row] * inverse_mass;
-  }
-}
-
-void ApplyMassesToWeights(MuscleFamilySolver& solver, VolumeConstraint* volume, const std::vector<float>& shape_map,
-                          const std::vector<float>& attachment_map,
-                          const std::vector<float>& attachment_to_geo_map,
-                          const std::vector<float>& slide_on_segment_map,
-                          const std::vector<float>& slide_on_geometry_map) {
-  const uint32_t n = solver.point_count_;
-  if (n == 0) return;
-  EdgeConstraints& edges = *solver.edge_constraints_;
-  ShapeConstraints& shape = *solver.shape_constraints_;
-  AttachmentConstraints& attachments = *solver.attachment_constraints_;
-  AttachmentToGeoConstraints& attachments_to_geo = *solver.attachment_to_geo_constraints_;
-  SlideOnSegmentConstraints& segments = *solver.slide_on_segment_constraints_;
-  SlideOnGeometryConstraints& slides = *solver.slide_on_geometry_constraints_;
-
-  const bool fits = solver.masses_.size() == n && edges.inverse_masses_.size() == n &&
-                    (volume == nullptr || volume->inverse_masses_.size() == n) &&
-                    shape.inverse_masses_.size() == shape_map.size() &&
-                    attachments.inverse_masses_.size() == attachment_map.size() &&
-                    attachments_to_geo.inverse_masses_.size() == attachment_to_geo_map.size() &&
-                    segments.inverse_masses_.size() == slide_on_segment_map.size() &&
-                    slides.inverse_masses_.size() == slide_on_geometry_map.size() &&
-                    shape_map.size() >= n;
-  if (!fits) {
-    LogDebug("Could not apply masses to weights because of incorrect weight sizes.");
-    return;
-  }
-  if (attachments.hard_) attachments.inverse_masses_ = attachment_map;
-  if (attachments_to_geo.hard_) attachments_to_geo.inverse_masses_ = attachment_to_geo_map;
-
-  const uint32_t attachment_sets = static_cast<uint32_t>(attachment_map.size() / n);
-  const uint32_t geo_sets = static_cast<uint32_t>(attachment_to_geo_map.size() / n);
-  const uint32_t segment_sets = static_cast<uint32_t>(slide_on_segment_map.size() / n);
-  const uint32_t slide_sets = static_cast<uint32_t>(slide_on_geometry_map.size() / n);
-  for (uint32_t i = 0; i < n; ++i) {
-    const float inv = 1.0f / solver.masses_[i];
-    edges.inverse_masses_[i] = inv;
-    shape.inverse_masses_[i] = shape_map[i] < kEpsilon ? shape_map[i] : shape_map[i] * inv;
-    if (!attachments.hard_) ScaleWeightsByInverseMass(i, n, attachment_sets, inv, attachment_map, attachments);
-    if (!attachments_to_geo.hard_)
-      ScaleWeightsByInverseMass(i, n, geo_sets, inv, attachment_to_geo_map, attachments_to_geo);
-    ScaleWeightsByInverseMass(i, n, segment_sets, inv, slide_on_segment_map, segments);
-    ScaleWeightsByInverseMass(i, n, slide_sets, inv, slide_on_geometry_map, slides);
-    if (volume != nullptr) volume->inverse_masses_[i] = inv;
-  }
-}
-
-void ApplyMassesToWeights(SkinSolver& solver, const std::vector<float>& shape_map) {
-  const uint32_t n = solver.point_count_;
-  if (n == 0) return;
-  DistanceConstraints& distance = *solver.distance_constraints_;
-  ShapeConstraints& shape = *solver.shape_constraints_;
-  UberConstraints& uber = *solver.uber_constraints_;
-  const bool fits = shape.inverse_masses_.size() == shape_map.size() && shape_map.size() >= n &&
-                    solver.masses_.size() == n && distance.inverse_masses_.size() == n &&
-                    uber.inverse_masses_.size() == n;
-  if (!fits) {
-    LogDebug("Could not apply masses to weights because of incorrect weight sizes.");
-    return;
-  }
-  for (uint32_t i = 0; i < n; ++i) {
-    const float inv = 1.0f / solver.masses_[i];
-    distance.inverse_masses_[i] = inv;
-    uber.inverse_masses_[i] = inv;
-    shape.inverse_masses_[i] = shape_map[i] < kEpsilon ? shape_map[i] : shape_map[i] * inv;
+    group.inverse_masses_[row] = MapOverMass(map[row], inverse_mass);
   }
 }
 

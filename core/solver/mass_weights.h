@@ -1,53 +1,27 @@
 #pragma once
-// Folds the point masses into the per-row weights of every constraint group:
-// a heavy point gets a small weight in every soft constraint, while a hard
-// constraint blends by the painted value alone.
+// Folding point masses into per-row weights, the pieces every solver family
+// shares: a heavy point gets a small weight in every soft constraint, while
+// a painted value below 1e-6 takes no part and is kept as it is. Each family
+// folds its own groups (core/muscle, core/skin, ...).
 
 #include <cstdint>
 #include <vector>
 
-#include "core/solver/muscle_solver.h"
+#include "core/kernels/constraint_group.h"
+#include "core/math/vec3.h"
 
 namespace myo_core {
 
-struct SkinSolver;
+// A painted value over the mass: value * inverse_mass, or the value itself
+// when it is below 1e-6.
+inline float MapOverMass(float value, float inverse_mass) {
+  return value < kEpsilon ? value : value * inverse_mass;
+}
 
-// weight[s N + point] = map[s N + point] * inverse_mass for every set s; a map
-// value below 1e-6 is copied unscaled.
+// weight[s N + point] = MapOverMass(map[s N + point], inverse_mass) for every
+// set s.
 void ScaleWeightsByInverseMass(uint32_t point, uint32_t point_count, uint32_t set_count,
                                float inverse_mass, const std::vector<float>& map,
                                ConstraintGroup& group);
-
-// Runs after assembly and before every step. Leaves all weights unchanged,
-// with a debug message, when any table does not fit its map. `volume` is the
-// muscle's volume row, null for the ribbon.
-void ApplyMassesToWeights(MuscleFamilySolver& solver, VolumeConstraint* volume, const std::vector<float>& shape_map,
-                          const std::vector<float>& attachment_map,
-                          const std::vector<float>& attachment_to_geo_map,
-                          const std::vector<float>& slide_on_segment_map,
-                          const std::vector<float>& slide_on_geometry_map);
-
-inline void ApplyMassesToWeights(MuscleSolver& solver, const std::vector<float>& shape_map,
-                                 const std::vector<float>& attachment_map,
-                                 const std::vector<float>& attachment_to_geo_map,
-                                 const std::vector<float>& slide_on_segment_map,
-                                 const std::vector<float>& slide_on_geometry_map) {
-  ApplyMassesToWeights(solver, solver.volume_constraint_.get(), shape_map, attachment_map, attachment_to_geo_map,
-                       slide_on_segment_map, slide_on_geometry_map);
-}
-
-inline void ApplyMassesToWeights(RibbonMuscleSolver& solver, const std::vector<float>& shape_map,
-                                 const std::vector<float>& attachment_map,
-                                 const std::vector<float>& attachment_to_geo_map,
-                                 const std::vector<float>& slide_on_segment_map,
-                                 const std::vector<float>& slide_on_geometry_map) {
-  ApplyMassesToWeights(solver, nullptr, shape_map, attachment_map, attachment_to_geo_map, slide_on_segment_map,
-                       slide_on_geometry_map);
-}
-
-// The skin: distance and Uber rows take 1 / mass, shape rows the map over
-// the mass (a map value below 1e-6 unscaled). Leaves all weights unchanged,
-// with a debug message, when a table does not fit.
-void ApplyMassesToWeights(SkinSolver& solver, const std::vector<float>& shape_map);
 
 }  // namespace myo_core

@@ -9,7 +9,7 @@
 
 #include <string>
 
-#include "core/attributes/frame_readers.h"
+#include "core/muscle/muscle_frame_reader.h"
 #include "core/debug/muscle_debug.h"
 #include "core/kernels/edge_constraints_build.h"
 #include "core/log/logger.h"

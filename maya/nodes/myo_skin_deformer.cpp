@@ -8,7 +8,7 @@
 
 #include <string>
 
-#include "core/attributes/frame_readers.h"
+#include "core/skin/skin_frame_reader.h"
 #include "core/log/logger.h"
 #include "core/paint/weight_normalization.h"
 #include "core/plugin/plugin_lifecycle.h"
