@@ -64,9 +64,9 @@ class FeedingHost : public myo_test::TestHost {
     handed_ = whole ? *out[0].mesh : PointsOnly(*out[0].mesh);
     out[0].mesh = &handed_;
   }
-  MeshInput ReadReferenceMesh(bool whole, const MeshData*& mesh) override {
-    const MeshInput found = TestHost::ReadReferenceMesh(whole, mesh);
-    handed_ = whole ? *mesh : PointsOnly(*mesh);
+  MeshInput ReadMesh(const std::string& attribute, MeshRead what, const MeshData*& mesh) override {
+    const MeshInput found = TestHost::ReadMesh(attribute, what, mesh);
+    handed_ = what == MeshRead::kWhole ? *mesh : PointsOnly(*mesh);
     mesh = &handed_;
     return found;
   }

@@ -71,10 +71,13 @@ void SceneHost::ReadTargets(bool, std::vector<myo_core::TargetInput>& out) {
     if (parts[index] == 2) out.push_back(std::move(target));
 }
 
-myo_core::MeshInput SceneHost::ReadReferenceMesh(bool, const myo_core::MeshData*& mesh) {
+// The whole mesh, with its world space, serves every kind of read: the
+// scene's meshes are in memory.
+myo_core::MeshInput SceneHost::ReadMesh(const std::string& attribute, myo_core::MeshRead,
+                                        const myo_core::MeshData*& mesh) {
   mesh = nullptr;
   for (const SceneConnection& c : node_.connections)
-    if (c.attribute == "referenceMesh" && meshes_ != nullptr) mesh = meshes_->WorldMesh(c.source);
+    if (c.list.empty() && c.attribute == attribute && meshes_ != nullptr) mesh = meshes_->WorldMesh(c.source);
   return mesh != nullptr ? myo_core::MeshInput::kRead : myo_core::MeshInput::kMissing;
 }
 

@@ -41,7 +41,8 @@ class SceneHost : public myo_core::DeformerHost {
   void ReadAttachmentMatrices(myo_core::ConnectedMatrices& out) override;
   void ReadSegmentMatrices(myo_core::ConnectedMatrices& out) override;
   void ReadTargets(bool whole, std::vector<myo_core::TargetInput>& out) override;
-  myo_core::MeshInput ReadReferenceMesh(bool whole, const myo_core::MeshData*& mesh) override;
+  myo_core::MeshInput ReadMesh(const std::string& attribute, myo_core::MeshRead what,
+                               const myo_core::MeshData*& mesh) override;
 
  private:
   // Logical indices with every child of `children` connected, ascending, and

@@ -65,6 +65,8 @@ std::string TypeName(AttributeType type) {
     case AttributeType::kMesh: return "mesh";
     case AttributeType::kCompound: return "compound";
     case AttributeType::kColor: return "color";
+    case AttributeType::kString: return "string";
+    case AttributeType::kRamp: return "ramp";
   }
   return "unknown";
 }

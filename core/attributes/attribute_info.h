@@ -22,6 +22,8 @@ enum class AttributeType {
   kMesh,      // mesh data
   kCompound,  // children named in `children`
   kColor,     // compound of three floats used as a colour
+  kString,    // text
+  kRamp,      // a curve ramp: entries of position, value and interpolation
 };
 
 // Attribute flags beyond Maya's defaults.
@@ -33,6 +35,9 @@ enum AttributeFlag : uint32_t {
   kHidden = 1u << 4,
   kUsedAsColor = 1u << 5,
   kAffectsOutput = 1u << 6,  // a change forces an evaluation of the output geometry
+  kUsedAsFilename = 1u << 7,  // a string that names a file
+  kNotWritable = 1u << 8,     // an output the node writes and a user cannot set
+  kArrayDataBuilder = 1u << 9,  // setUsesArrayDataBuilder without being an array
 };
 
 struct EnumField {

@@ -22,6 +22,13 @@ struct ConnectedMatrices {
   std::vector<Matrix> matrices;   // one per element, or root and tip per segment
 };
 
+// What a deformer reads of a mesh input.
+enum class MeshRead {
+  kWhole,       // everything MeshData holds, world space included: for a build
+  kPoints,      // the object-space points alone
+  kWorldSpace,  // the object-space points and the world-space points and polygon normals
+};
+
 // How a mesh input was found.
 enum class MeshInput {
   kMissing,     // nothing connected, or the data is no mesh
@@ -70,10 +77,16 @@ class DeformerHost {
   // Stores the clamped "currentInfluence" on the node.
   virtual void WriteCurrentInfluence(int32_t value) { (void)value; }
 
-  // Skin. "referenceMesh": whole for a build, else its world-space points
-  // and polygon normals. `mesh` stays valid until the next call.
-  virtual MeshInput ReadReferenceMesh(bool whole, const MeshData*& mesh) {
-    (void)whole;
+  // Shape. Writes the activations into "outActivation" of the geometry's
+  // element of "outActivationList".
+  virtual void WriteOutActivation(const std::vector<float>& activations) { (void)activations; }
+
+  // A mesh attribute of the node by long name ("referenceMesh", "animMesh",
+  // "collisionMesh", ...), read as `what` asks. `mesh` stays valid until the
+  // next read of the same attribute.
+  virtual MeshInput ReadMesh(const std::string& attribute, MeshRead what, const MeshData*& mesh) {
+    (void)attribute;
+    (void)what;
     mesh = nullptr;
     return MeshInput::kMissing;
   }

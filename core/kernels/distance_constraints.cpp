@@ -8,13 +8,19 @@ namespace myo_core {
 
 namespace {
 
+// Both ends of an edge sit on their attraction targets: the row is skipped,
+// its multiplier left alone.
+inline bool BothAttracted(const float* attraction, uint32_t a, uint32_t b) {
+  return attraction != nullptr && !(attraction[a] < 1.0f) && !(attraction[b] < 1.0f);
+}
+
 // SolveDistanceConstraint over kLanes rows that share no point, written lane
 // by lane so that the compiler can keep each operation in vector registers.
 // Every lane performs the scalar kernel's operations in the scalar kernel's
 // order; a lane whose weights sum below 1e-6 computes but writes nothing.
 template <uint32_t kLanes>
 void SolveDistanceBatch(const DistanceConstraints& group, const uint32_t* rows, float compliance,
-                        float* positions, float* lambdas) {
+                        const float* attraction, float* positions, float* lambdas) {
   const float* w = group.inverse_masses_.data();
   uint32_t a[kLanes], b[kLanes];
   float pax[kLanes], pay[kLanes], paz[kLanes], pbx[kLanes], pby[kLanes], pbz[kLanes];
@@ -51,7 +57,7 @@ void SolveDistanceBatch(const DistanceConstraints& group, const uint32_t* rows, 
                (nx[l] * (nx[l] * weight) + ny[l] * weight * ny[l] + nz[l] * weight * nz[l] + compliance);
   }
   for (uint32_t l = 0; l < kLanes; ++l) {
-    if (wa[l] + wb[l] < kEpsilon) continue;
+    if (wa[l] + wb[l] < kEpsilon || BothAttracted(attraction, a[l], b[l])) continue;
     const Vec3 n{nx[l], ny[l], nz[l]};
     lambdas[group.lambda_base_ + rows[l]] = lambda[l] + delta[l];
     if (wa[l] >= kEpsilon) Store3(positions, a[l], Vec3{pax[l], pay[l], paz[l]} - n * (delta[l] * wa[l]));
@@ -59,11 +65,12 @@ void SolveDistanceBatch(const DistanceConstraints& group, const uint32_t* rows, 
   }
 }
 
-void SolveDistanceRow(const DistanceConstraints& group, uint32_t e, float compliance, float* positions,
-                      float* lambdas) {
+void SolveDistanceRow(const DistanceConstraints& group, uint32_t e, float compliance, const float* attraction,
+                      float* positions, float* lambdas) {
   const float* w = group.inverse_masses_.data();
   const uint32_t a = group.edge_vertices_a_[e];
   const uint32_t b = group.edge_vertices_b_[e];
+  if (BothAttracted(attraction, a, b)) return;
   SolveDistanceConstraint(group.lambda_base_ + e, a, b, w[a], w[b], compliance, group.rest_lengths_[e],
                           group.rest_length_multiplier_,
                           DistanceResistance(group.compression_weights_[e], group.compression_multiplier_),
@@ -73,10 +80,11 @@ void SolveDistanceRow(const DistanceConstraints& group, uint32_t e, float compli
 
 }  // namespace
 
-void SolveDistanceRows(const DistanceConstraints& group, float compliance, float* positions, float* lambdas) {
+void SolveDistanceRows(const DistanceConstraints& group, float compliance, float* positions, float* lambdas,
+                       const float* attraction) {
   const uint32_t rows = group.RowCount();
   if (group.schedule_.size() != rows || group.schedule_levels_.empty()) {
-    for (uint32_t e = 0; e < rows; ++e) SolveDistanceRow(group, e, compliance, positions, lambdas);
+    for (uint32_t e = 0; e < rows; ++e) SolveDistanceRow(group, e, compliance, attraction, positions, lambdas);
     return;
   }
   const std::vector<uint32_t>& levels = group.schedule_levels_;
@@ -85,9 +93,11 @@ void SolveDistanceRows(const DistanceConstraints& group, float compliance, float
     uint32_t begin = levels[level];
     const uint32_t end = levels[level + 1];
     // Wide batches first, then a narrower one, then single rows.
-    for (; begin + 16 <= end; begin += 16) SolveDistanceBatch<16>(group, order + begin, compliance, positions, lambdas);
-    for (; begin + 8 <= end; begin += 8) SolveDistanceBatch<8>(group, order + begin, compliance, positions, lambdas);
-    for (; begin < end; ++begin) SolveDistanceRow(group, order[begin], compliance, positions, lambdas);
+    for (; begin + 16 <= end; begin += 16)
+      SolveDistanceBatch<16>(group, order + begin, compliance, attraction, positions, lambdas);
+    for (; begin + 8 <= end; begin += 8)
+      SolveDistanceBatch<8>(group, order + begin, compliance, attraction, positions, lambdas);
+    for (; begin < end; ++begin) SolveDistanceRow(group, order[begin], compliance, attraction, positions, lambdas);
   }
 }
 

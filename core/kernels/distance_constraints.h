@@ -67,8 +67,11 @@ inline float DistanceResistance(float weight, float multiplier) { return std::mi
 // result as table order (see RowSchedule); the rows of one level share no
 // point, so they are solved several at a time with the arithmetic of
 // SolveDistanceConstraint in every lane. A table without a schedule runs in
-// table order.
-void SolveDistanceRows(const DistanceConstraints& group, float compliance, float* positions, float* lambdas);
+// table order. With `attraction` (N, the shape solver's pull of this step), a
+// row whose two ends are both at attraction 1 or more is skipped and its
+// multiplier left alone.
+void SolveDistanceRows(const DistanceConstraints& group, float compliance, float* positions, float* lambdas,
+                       const float* attraction = nullptr);
 
 // One row per edge in id order from the rest positions. edge_vertices: 2E,
 // the two ends of each edge in the host's order; compression_map and

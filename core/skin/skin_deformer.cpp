@@ -39,7 +39,8 @@ SkinEvaluation SkinDeformer::Evaluate(const SkinFrameValues& frame, const std::v
   // The reference mesh, whole for a build and as world-space points for a
   // step (its topology stays frozen in the solver).
   const MeshData* reference = nullptr;
-  const MeshInput found = host.ReadReferenceMesh(decision.initialize, reference);
+  const MeshInput found =
+      host.ReadMesh("referenceMesh", decision.initialize ? MeshRead::kWhole : MeshRead::kWorldSpace, reference);
   if (found == MeshInput::kMissing || reference == nullptr) {
     ReportError("Input reference mesh is null but it is required for " + host.NodeName() +
                     " to compute. Aborting simulation.",

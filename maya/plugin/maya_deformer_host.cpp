@@ -114,14 +114,23 @@ void MayaDeformerHost::WriteCurrentInfluence(int32_t value) {
   block_.outputValue(attributes_["currentInfluence"]).set(static_cast<int>(value));
 }
 
-myo_core::MeshInput MayaDeformerHost::ReadReferenceMesh(bool whole, const myo_core::MeshData*& mesh) {
+myo_core::MeshInput MayaDeformerHost::ReadMesh(const std::string& attribute, myo_core::MeshRead what,
+                                               const myo_core::MeshData*& mesh) {
   mesh = nullptr;
-  const MObject object = block_.inputValue(attributes_["referenceMesh"]).asMesh();
+  const MObject& plug_attribute = attributes_[attribute];
+  if (plug_attribute.isNull()) return myo_core::MeshInput::kMissing;
+  const MObject object = block_.inputValue(plug_attribute).asMesh();
   if (object.isNull()) return myo_core::MeshInput::kMissing;
+  myo_core::MeshData& read = meshes_[attribute];
   std::string error;
-  const bool read = whole ? ReadMayaMesh(object, true, reference_, error) : ReadMayaMeshWorldSpace(object, reference_);
-  if (!read) return myo_core::MeshInput::kUnreadable;
-  mesh = &reference_;
+  bool ok = false;
+  switch (what) {
+    case myo_core::MeshRead::kWhole: ok = ReadMayaMesh(object, true, read, error); break;
+    case myo_core::MeshRead::kPoints: ok = ReadMayaMeshPoints(object, read); break;
+    case myo_core::MeshRead::kWorldSpace: ok = ReadMayaMeshWorldSpace(object, read); break;
+  }
+  if (!ok) return myo_core::MeshInput::kUnreadable;
+  mesh = &read;
   return myo_core::MeshInput::kRead;
 }
 

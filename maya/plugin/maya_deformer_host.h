@@ -8,6 +8,7 @@
 #include <maya/MDataBlock.h>
 #include <maya/MObject.h>
 
+#include <map>
 #include <string>
 #include <vector>
 
@@ -34,7 +35,8 @@ class MayaDeformerHost : public myo_core::DeformerHost {
   void ReadSegmentMatrices(myo_core::ConnectedMatrices& out) override;
   void ReadTargets(bool whole, std::vector<myo_core::TargetInput>& out) override;
   void WriteCurrentInfluence(int32_t value) override;
-  myo_core::MeshInput ReadReferenceMesh(bool whole, const myo_core::MeshData*& mesh) override;
+  myo_core::MeshInput ReadMesh(const std::string& attribute, myo_core::MeshRead what,
+                               const myo_core::MeshData*& mesh) override;
 
  private:
   // The matrices of the elements of `list` with every one of `children`
@@ -49,7 +51,7 @@ class MayaDeformerHost : public myo_core::DeformerHost {
   MComputation computation_;
   bool progress_shown_ = false;
   std::vector<myo_core::MeshData> target_meshes_;  // what the targets of the last read point to
-  myo_core::MeshData reference_;                  // the reference mesh of the last read
+  std::map<std::string, myo_core::MeshData> meshes_;  // the last read of each mesh attribute
 };
 
 }  // namespace myo_maya

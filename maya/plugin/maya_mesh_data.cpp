@@ -114,6 +114,15 @@ bool ReadMayaMesh(const MObject& mesh_object, bool world, myo_core::MeshData& me
   return myo_core::BuildMeshDataFromHost(std::move(arrays), mesh, error);
 }
 
+bool ReadMayaMeshPoints(const MObject& mesh_object, myo_core::MeshData& mesh) {
+  MStatus status;
+  MFnMesh fn(mesh_object, &status);
+  if (!status) return false;
+  mesh = myo_core::MeshData{};
+  ReadObjectPoints(fn, mesh.points);
+  return true;
+}
+
 bool ReadMayaMeshWorldSpace(const MObject& mesh_object, myo_core::MeshData& mesh) {
   MStatus status;
   MFnMesh fn(mesh_object, &status);

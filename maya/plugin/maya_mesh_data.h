@@ -18,6 +18,9 @@ namespace myo_maya {
 // `error` when the object is no mesh or its arrays do not fit together.
 bool ReadMayaMesh(const MObject& mesh_object, bool world, myo_core::MeshData& mesh, std::string& error);
 
+// The object-space points alone. False when the object is no mesh.
+bool ReadMayaMeshPoints(const MObject& mesh_object, myo_core::MeshData& mesh);
+
 // What a frame reads of a mesh whose topology the solver froze at its build:
 // the object-space points and the world-space points and polygon normals.
 // False when the object is no mesh.

@@ -6,7 +6,9 @@
 #include <maya/MFnMatrixAttribute.h>
 #include <maya/MFnNumericAttribute.h>
 #include <maya/MFnNumericData.h>
+#include <maya/MFnStringData.h>
 #include <maya/MFnTypedAttribute.h>
+#include <maya/MRampAttribute.h>
 #include <maya/MFnUnitAttribute.h>
 #include <maya/MTime.h>
 
@@ -39,6 +41,9 @@ void ApplyFlags(const AttributeInfo& info, MFnAttribute& fn) {
   if (info.Has(myo_core::kStorable)) fn.setStorable(true);
   if (info.Has(myo_core::kHidden)) fn.setHidden(true);
   if (info.Has(myo_core::kUsedAsColor)) fn.setUsedAsColor(true);
+  if (info.Has(myo_core::kUsedAsFilename)) fn.setUsedAsFilename(true);
+  if (info.Has(myo_core::kNotWritable)) fn.setWritable(false);
+  if (info.Has(myo_core::kArrayDataBuilder)) fn.setUsesArrayDataBuilder(true);
   if (info.disconnect_behavior >= 0)
     fn.setDisconnectBehavior(static_cast<MFnAttribute::DisconnectBehavior>(info.disconnect_behavior));
 }
@@ -99,6 +104,15 @@ MStatus NodeAttributes::CreateOne(const AttributeInfo& info) {
       attribute = fn.create(long_name, short_name, MFnData::kMesh, MObject::kNullObj, &status);
       break;
     }
+    case AttributeType::kString: {
+      MFnStringData text;
+      MFnTypedAttribute fn;
+      attribute = fn.create(long_name, short_name, MFnData::kString, text.create(""), &status);
+      break;
+    }
+    case AttributeType::kRamp:
+      attribute = MRampAttribute::createCurveRamp(long_name, short_name, &status);
+      break;
     case AttributeType::kCompound: {
       MFnCompoundAttribute fn;
       attribute = fn.create(long_name, short_name, &status);

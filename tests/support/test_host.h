@@ -3,6 +3,7 @@
 // flag and the node's connections, all set by the test; it counts what the
 // deformer asks of it.
 
+#include <map>
 #include <string>
 #include <utility>
 #include <vector>
@@ -34,11 +35,14 @@ class TestHost : public myo_core::DeformerHost {
     written_influences.push_back(value);
     reads_at_last_write = mesh_reads;
   }
-  myo_core::MeshInput ReadReferenceMesh(bool whole, const myo_core::MeshData*& mesh) override {
-    whole_reads += whole ? 1 : 0;
-    mesh = reference;
-    if (reference_unreadable) return myo_core::MeshInput::kUnreadable;
-    return reference != nullptr ? myo_core::MeshInput::kRead : myo_core::MeshInput::kMissing;
+  // Meshes by attribute; "referenceMesh" is `reference`.
+  myo_core::MeshInput ReadMesh(const std::string& attribute, myo_core::MeshRead what,
+                               const myo_core::MeshData*& mesh) override {
+    whole_reads += what == myo_core::MeshRead::kWhole ? 1 : 0;
+    const auto found = meshes.find(attribute);
+    mesh = attribute == "referenceMesh" ? reference : found != meshes.end() ? found->second : nullptr;
+    if (attribute == "referenceMesh" && reference_unreadable) return myo_core::MeshInput::kUnreadable;
+    return mesh != nullptr ? myo_core::MeshInput::kRead : myo_core::MeshInput::kMissing;
   }
 
   bool playing = false;
@@ -51,6 +55,7 @@ class TestHost : public myo_core::DeformerHost {
   myo_core::ConnectedMatrices segments;
   std::vector<myo_core::TargetInput> targets;
   const myo_core::MeshData* reference = nullptr;
+  std::map<std::string, const myo_core::MeshData*> meshes;  // other mesh attributes
   bool reference_unreadable = false;
   std::vector<int32_t> written_influences;  // every "currentInfluence" written, in order
   int reads_at_last_write = -1;             // input mesh reads when the last one was written

@@ -1,0 +1,49 @@
+#include "core/shape/simshape_solver.h"
+
+#include <cmath>
+
+namespace myo_core {
+
+namespace {
+
+// e - 1, the factor of the logarithmic remap: ln(K a + 1) maps 0 to 0 and 1 to 1.
+const float kLogRemapFactor = static_cast<float>(std::exp(1.0) - 1.0);
+
+float Remap(float a, int32_t mode) {
+  switch (mode) {
+    case 1: return std::log(kLogRemapFactor * a + 1.0f);
+    case 2:
+    case 3: return static_cast<float>(std::pow(static_cast<double>(a), 1.0 / mode));
+    default: return a;
+  }
+}
+
+}  // namespace
+
+void ComputeAttraction(SimshapeSolver& solver) {
+  const uint32_t n = solver.point_count_;
+  if (solver.attract_forces_.size() < n || solver.activations_.size() < n) return;
+  solver.attraction_.resize(n);
+  for (uint32_t i = 0; i < n; ++i) {
+    float a = solver.attraction_multiplier_ * solver.attract_forces_[i];
+    a = a > 0.0f ? a : 0.0f;
+    if (a > 1.0f) a = 1.0f;
+    a = std::min(1.0f, (1.0f - a) * solver.activations_[i] + a);
+    solver.attraction_[i] = Remap(a, solver.attraction_remap_mode_);
+  }
+}
+
+void ApplyAttraction(SimshapeSolver& solver) {
+  const uint32_t n = solver.point_count_;
+  if (solver.attraction_.size() < n || solver.attraction_targets_.size() < 3 * static_cast<std::size_t>(n) ||
+      solver.positions_.size() < 3 * static_cast<std::size_t>(n))
+    return;
+  float* p = solver.positions_.data();
+  const float* target = solver.attraction_targets_.data();
+  for (uint32_t i = 0; i < n; ++i) {
+    const float a = solver.attraction_[i];
+    for (uint32_t k = 3 * i; k < 3 * i + 3; ++k) p[k] += (target[k] - p[k]) * a;
+  }
+}
+
+}  // namespace myo_core

@@ -1,0 +1,63 @@
+#pragma once
+// The shape solver: a mesh free to jiggle, pulled point by point towards an
+// animated target by a blend of its predicted positions (the attraction),
+// kept in shape by distance rows along its edges and shape preservation
+// rows, and, with a collider, kept off it by one slide collision row per
+// point.
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "core/kernels/distance_constraints.h"
+#include "core/kernels/shape_constraints.h"
+#include "core/solver/point_blocks.h"
+#include "core/solver/solver_data.h"
+
+namespace myo_core {
+
+struct SimshapeSolver : SolverData {
+  // Masses come from the area, with the space scale applied to masses and
+  // forces, as on the skin.
+  SimshapeSolver() {
+    point_mass_mode_ = 1;
+    space_scale_mode_ = 2;
+    mesh_dimension_ = 1;
+    global_mass_multiplier_ = 1.0f;
+    density_ = 1100.0f;
+    space_scale_ = 1.0f;
+    mesh_measure_ = 0.0f;
+  }
+
+  // Groups, in the order their rows stand in lambdas_ after assembly.
+  std::unique_ptr<DistanceConstraints> distance_constraints_ = std::make_unique<DistanceConstraints>();
+  std::unique_ptr<ShapeConstraints> shape_constraints_ = std::make_unique<ShapeConstraints>();
+
+  // Shapes, object space.
+  std::vector<float> rest_positions_;      // 3N, the rest shape read at initialisation
+  std::vector<float> deform_positions_;    // 3N, the deform mesh of the last activation update
+  std::vector<float> attraction_targets_;  // 3N, the target of this step
+
+  // Attraction: attraction_ = remap(clamp(multiplier force) blended towards 1
+  // by the activation), recomputed every step.
+  std::vector<float> attract_forces_;  // N, map "attractForce", default 1
+  std::vector<float> attraction_;      // N, 0 to 1, this step
+  std::vector<float> activations_;     // N, 0 to 1, kept between steps
+  float attraction_multiplier_ = 1.0f; // "attractionMultiplier"
+  int32_t attraction_remap_mode_ = 3;  // "attractionRemapMode": 0 linear, 1 log, 2 square root, 3 cube root
+
+  // The points cut into one block per thread at assembly, for the collision rows.
+  PointBlocks point_blocks_;
+  bool compute_collisions_ = true;  // "computeCollisions"
+};
+
+// attraction_[i] for every point, in this order: a = multiplier * force,
+// clamped to [0, 1]; a = min(1, (1 - a) activation + a); then the remap of
+// attraction_remap_mode_: 1 ln(K a + 1) with K = e - 1, 2 and 3 a^(1 / mode)
+// in double rounded to float, any other mode a itself.
+void ComputeAttraction(SimshapeSolver& solver);
+
+// p += (target - p) * attraction_[i] for every point, in object space.
+void ApplyAttraction(SimshapeSolver& solver);
+
+}  // namespace myo_core
