@@ -171,20 +171,34 @@ TEST(DistanceRowsTest, ScheduledRowsGiveTheBitsOfTableOrder) {
   std::vector<float> start = mesh.points;
   for (std::size_t k = 0; k < start.size(); ++k) start[k] += 0.1f * std::sin(static_cast<float>(k) * 1.7f);
 
-  std::vector<float> scheduled = start, scheduled_lambdas = lambdas;
-  std::vector<float> table = start, table_lambdas = lambdas;
-  const float* w = group.inverse_masses_.data();
-  for (int iteration = 0; iteration < 3; ++iteration) {
-    SolveDistanceRows(group, 0.05f, scheduled.data(), scheduled_lambdas.data());
-    for (uint32_t e = 0; e < group.RowCount(); ++e) {
-      const uint32_t a = group.edge_vertices_a_[e], b = group.edge_vertices_b_[e];
-      SolveDistanceConstraint(e, a, b, w[a], w[b], 0.05f, group.rest_lengths_[e], 0.9f,
-                              std::min(1.0f, group.compression_weights_[e] * 1.5f),
-                              std::min(1.0f, group.stretching_weights_[e] * 0.8f), table.data(),
-                              table_lambdas.data());
+  // With and without the shape solver's attraction: an edge whose two ends
+  // are both fully attracted is skipped, its multiplier left alone.
+  std::vector<float> attraction(n);
+  for (uint32_t i = 0; i < n; ++i) attraction[i] = i % 3 == 0 ? 1.0f : (i % 3 == 1 ? 0.5f : 1.5f);
+  for (const float* pull : {static_cast<const float*>(nullptr), static_cast<const float*>(attraction.data())}) {
+    std::vector<float> scheduled = start, scheduled_lambdas = lambdas;
+    std::vector<float> table = start, table_lambdas = lambdas;
+    const float* w = group.inverse_masses_.data();
+    uint32_t skipped = 0;
+    for (int iteration = 0; iteration < 3; ++iteration) {
+      SolveDistanceRows(group, 0.05f, scheduled.data(), scheduled_lambdas.data(), pull);
+      for (uint32_t e = 0; e < group.RowCount(); ++e) {
+        const uint32_t a = group.edge_vertices_a_[e], b = group.edge_vertices_b_[e];
+        if (pull != nullptr && pull[a] >= 1.0f && pull[b] >= 1.0f) {
+          skipped += iteration == 0 ? 1 : 0;
+          continue;
+        }
+        SolveDistanceConstraint(e, a, b, w[a], w[b], 0.05f, group.rest_lengths_[e], 0.9f,
+                                std::min(1.0f, group.compression_weights_[e] * 1.5f),
+                                std::min(1.0f, group.stretching_weights_[e] * 0.8f), table.data(),
+                                table_lambdas.data());
+      }
+    }
+    EXPECT_NE(table, start);
+    EXPECT_EQ(scheduled, table);
+    EXPECT_EQ(scheduled_lambdas, table_lambdas);
+    if (pull != nullptr) {
+      EXPECT_GT(skipped, 10u);
     }
   }
-  EXPECT_NE(table, start);
-  EXPECT_EQ(scheduled, table);
-  EXPECT_EQ(scheduled_lambdas, table_lambdas);
 }
