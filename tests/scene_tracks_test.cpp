@@ -7,6 +7,8 @@
 #include "app/scene/keyframe_track.h"
 #include "app/scene/transform_track.h"
 #include "core/muscle/muscle_frame_reader.h"
+#include "core/shape/shape_attributes.h"
+#include "core/shape/shape_frame_reader.h"
 #include "core/skin/skin_frame_reader.h"
 #include "core/muscle/muscle_attributes.h"
 #include "core/skin/skin_attributes.h"
@@ -107,6 +109,18 @@ TEST(SceneTracks, FrameReadersFindEveryAttributeAndAgreeWithTheFrameDefaults) {
   myo_core::SkinFrameValues skin;
   myo_core::ReadSkinFrameValues(TableDefaults(myo_core::SkinAttributes()), skin);
   ExpectSameScalars(skin, myo_core::SkinFrameValues());
+
+  myo_core::ShapeFrameValues shape;
+  myo_core::ReadShapeFrameValues(TableDefaults(myo_core::ShapeAttributes()), shape);
+  const myo_core::ShapeFrameValues defaults;
+  ExpectSameScalars(shape, defaults);
+  EXPECT_EQ(shape.debug_feature, defaults.debug_feature);
+  EXPECT_EQ(shape.attraction_remap_mode, defaults.attraction_remap_mode);
+  EXPECT_EQ(shape.activation_mode, defaults.activation_mode);
+  EXPECT_EQ(shape.activation_smoothing, defaults.activation_smoothing);
+  EXPECT_EQ(shape.keep_collision_orientation, defaults.keep_collision_orientation);
+  EXPECT_EQ(shape.compute_collisions, defaults.compute_collisions);
+  EXPECT_EQ(shape.attraction_multiplier, defaults.attraction_multiplier);
 }
 
 }  // namespace

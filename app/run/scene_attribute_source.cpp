@@ -35,4 +35,15 @@ myo_core::Matrix SceneAttributeSource::MatrixValue(const std::string& long_name)
   return myo_core::IdentityMatrix();
 }
 
+std::string SceneAttributeSource::Text(const std::string& long_name) const {
+  const auto it = node_.texts.find(long_name);
+  return it != node_.texts.end() ? it->second : std::string();
+}
+
+myo_core::RampEntries SceneAttributeSource::Ramp(const std::string& long_name) const {
+  const auto it = node_.ramps.find(long_name);
+  if (it != node_.ramps.end()) return it->second;
+  return myo_core::RampEntries{{0.0f, 1.0f}, {0.0f, 1.0f}, {1, 1}};
+}
+
 }  // namespace myo_app

@@ -18,6 +18,9 @@ class SceneAttributeSource : public myo_core::AttributeSource {
 
   double Number(const std::string& long_name) const override;
   myo_core::Matrix MatrixValue(const std::string& long_name) const override;
+  std::string Text(const std::string& long_name) const override;
+  // A ramp the scene does not set is the identity ramp: (0, 0) and (1, 1), linear.
+  myo_core::RampEntries Ramp(const std::string& long_name) const override;
 
  private:
   const Scene& scene_;

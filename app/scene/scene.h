@@ -12,6 +12,7 @@
 #include "app/scene/node_types.h"
 #include "app/scene/transform_track.h"
 #include "core/mesh/mesh_data.h"
+#include "core/ramp/ramp_entries.h"
 #include "io/obj_mesh.h"
 
 namespace myo_app {
@@ -64,6 +65,8 @@ struct SceneNode {
   std::string input;                              // mesh or node deformed by this node
   std::string base_mesh;                          // the mesh at the root of its chain of inputs
   std::map<std::string, ScalarTrack> attributes;  // by long name, values in the units of the file
+  std::map<std::string, std::string> texts;       // string attributes; a file name resolved against the scene's folder
+  std::map<std::string, myo_core::RampEntries> ramps;  // ramp attributes
   std::vector<SceneMap> maps;
   std::vector<SceneConnection> connections;
 };

@@ -320,10 +320,49 @@ class SceneReader {
       const Field f = field[item.key()];
       const AttributeInfo* info = FindNodeAttribute(*node.type, item.key());
       if (info == nullptr) f.Fail("unknown attribute of " + node.type->name);
-      if (node.attributes.count(info->long_name) != 0)
+      if (node.attributes.count(info->long_name) != 0 || node.texts.count(info->long_name) != 0 ||
+          node.ramps.count(info->long_name) != 0)
         f.Fail("\"" + info->long_name + "\" is set twice (by its long and its short name)");
-      node.attributes[info->long_name] = AttributeTrack(item.value(), *info, f);
+      if (info->type == AttributeType::kString) {
+        const std::string text = item.value().is_string() ? item.value().get<std::string>() : Text(item.value(), f);
+        node.texts[info->long_name] =
+            info->Has(myo_core::kUsedAsFilename) && !text.empty() ? ResolvePath(path_, text) : text;
+      } else if (info->type == AttributeType::kRamp) {
+        node.ramps[info->long_name] = RampValue(item.value(), f);
+      } else {
+        node.attributes[info->long_name] = AttributeTrack(item.value(), *info, f);
+      }
     }
+  }
+
+  // A ramp: entries [position, value, interpolation], the interpolation by
+  // number (0 to 3) or name.
+  static myo_core::RampEntries RampValue(const json& value, const Field& f) {
+    if (!value.is_array() || value.empty())
+      f.Fail("expected ramp entries [position, value, interpolation], not " + Shown(value));
+    static const char* const kInterpolations[] = {"None", "Linear", "Smooth", "Spline"};
+    myo_core::RampEntries ramp;
+    for (std::size_t k = 0; k < value.size(); ++k) {
+      const json& entry = value[k];
+      const Field fk = f[k];
+      if (!entry.is_array() || entry.size() != 3)
+        fk.Fail("expected an entry [position, value, interpolation], not " + Shown(entry));
+      ramp.positions.push_back(static_cast<float>(FloatNumber(entry[0], fk[0])));
+      ramp.values.push_back(static_cast<float>(FloatNumber(entry[1], fk[1])));
+      int32_t interpolation = -1;
+      if (entry[2].is_string()) {
+        for (int32_t i = 0; i < 4; ++i)
+          if (entry[2].get<std::string>() == kInterpolations[i]) interpolation = i;
+      } else if (entry[2].is_number()) {
+        const double number = Number(entry[2], fk[2]);
+        if (number == std::floor(number) && number >= 0.0 && number <= 3.0) interpolation = static_cast<int32_t>(number);
+      }
+      if (interpolation < 0)
+        fk[2].Fail("expected an interpolation: 0 \"None\", 1 \"Linear\", 2 \"Smooth\" or 3 \"Spline\", not " +
+                   Shown(entry[2]));
+      ramp.interpolations.push_back(interpolation);
+    }
+    return ramp;
   }
 
   ScalarTrack AttributeTrack(const json& value, const AttributeInfo& info, const Field& f) {

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "core/math/matrix.h"
+#include "core/ramp/ramp_entries.h"
 
 namespace myo_core {
 
@@ -19,6 +20,16 @@ class AttributeSource {
   virtual double Number(const std::string& long_name) const = 0;
   // A matrix attribute by long name; identity when nothing is connected.
   virtual Matrix MatrixValue(const std::string& long_name) const = 0;
+  // A string attribute by long name; empty when the host holds none.
+  virtual std::string Text(const std::string& long_name) const {
+    (void)long_name;
+    return std::string();
+  }
+  // The entries of a ramp attribute by long name; none when the host holds none.
+  virtual RampEntries Ramp(const std::string& long_name) const {
+    (void)long_name;
+    return RampEntries();
+  }
 };
 
 }  // namespace myo_core

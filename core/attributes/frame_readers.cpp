@@ -39,9 +39,7 @@ void ReadSolverFrameValues(const AttributeSource& s, SolverFrameValues& frame) {
   frame.rest_length_multiplier = F(s, "restLengthMultiplier");
   frame.compression_multiplier = F(s, "compressionMultiplier");
   frame.stretching_multiplier = F(s, "stretchingMultiplier");
-  frame.max_sliding_distance = F(s, "maxSlidingDistance");
   frame.attenuation_velocity_factor = F(s, "attenuationVelocityFactor");
-  frame.sliding_constraints_mode = I(s, "slidingConstraintsMode");
   frame.attenuation_matrix = s.MatrixValue("attenuationMatrix");
   frame.debug = B(s, "debug");
   frame.debug_feature = I(s, "debugFeature");
@@ -49,6 +47,11 @@ void ReadSolverFrameValues(const AttributeSource& s, SolverFrameValues& frame) {
   frame.debug_color[1] = F(s, "debugColorGreen");
   frame.debug_color[2] = F(s, "debugColorBlue");
   frame.debug_width = F(s, "debugWidth");
+}
+
+void ReadSlidingFrameValues(const AttributeSource& s, SolverFrameValues& frame) {
+  frame.max_sliding_distance = F(s, "maxSlidingDistance");
+  frame.sliding_constraints_mode = I(s, "slidingConstraintsMode");
 }
 
 }  // namespace myo_core

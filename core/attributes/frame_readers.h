@@ -11,6 +11,9 @@
 namespace myo_core {
 
 void ReadSolverFrameValues(const AttributeSource& source, SolverFrameValues& frame);
+// "maxSlidingDistance" and "slidingConstraintsMode", of the muscle family
+// and the skin.
+void ReadSlidingFrameValues(const AttributeSource& source, SolverFrameValues& frame);
 
 // The values of attributes as the frame structs hold them.
 inline float FloatAttribute(const AttributeSource& s, const char* name) { return static_cast<float>(s.Number(name)); }

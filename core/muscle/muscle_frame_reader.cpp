@@ -6,6 +6,7 @@ namespace myo_core {
 
 void ReadMuscleFrameValues(const AttributeSource& s, bool with_volume, MuscleFrameValues& frame) {
   ReadSolverFrameValues(s, frame);
+  ReadSlidingFrameValues(s, frame);
   frame.activation = FloatAttribute(s, "activation");
   frame.rest_activation = FloatAttribute(s, "restActivation");
   if (with_volume) {

@@ -6,6 +6,7 @@ namespace myo_core {
 
 void ReadSkinFrameValues(const AttributeSource& s, SkinFrameValues& frame) {
   ReadSolverFrameValues(s, frame);
+  ReadSlidingFrameValues(s, frame);
   frame.reference_matrix = s.MatrixValue("referenceMatrix");
 }
 

@@ -76,7 +76,7 @@ MStatus MyoMuscleFamilyNode<Solver>::deform(MDataBlock& block, MItGeometry& iter
   // and nothing else is read.
   if (!block.inputValue(attributes_["enable"]).asBool()) return MS::kSuccess;
 
-  myo_maya::DataBlockAttributes source(block, attributes_);
+  myo_maya::DataBlockAttributes source(thisMObject(), block, attributes_);
   myo_core::MuscleFrameValues frame;
   myo_core::ReadMuscleFrameValues(source, kWithVolume, frame);
   frame.envelope = block.inputValue(envelope).asFloat();

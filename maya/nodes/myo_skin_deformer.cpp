@@ -53,7 +53,7 @@ MStatus MyoSkinDeformer::deform(MDataBlock& block, MItGeometry& iterator, const 
   // and nothing else is read.
   if (!block.inputValue(attributes_["enable"]).asBool()) return MS::kSuccess;
 
-  myo_maya::DataBlockAttributes source(block, attributes_);
+  myo_maya::DataBlockAttributes source(thisMObject(), block, attributes_);
   myo_core::SkinFrameValues frame;
   myo_core::ReadSkinFrameValues(source, frame);
   frame.envelope = block.inputValue(envelope).asFloat();

@@ -4,13 +4,14 @@
 #include <maya/MTime.h>
 
 #include "maya/plugin/maya_conversions.h"
+#include "maya/plugin/node_helpers.h"
 
 namespace myo_maya {
 
 using myo_core::AttributeType;
 
-DataBlockAttributes::DataBlockAttributes(MDataBlock& block, const NodeAttributes& attributes)
-    : block_(block), attributes_(attributes) {}
+DataBlockAttributes::DataBlockAttributes(const MObject& node, MDataBlock& block, const NodeAttributes& attributes)
+    : node_(node), block_(block), attributes_(attributes) {}
 
 double DataBlockAttributes::Number(const std::string& long_name) const {
   const myo_core::AttributeInfo* info =
@@ -41,6 +42,21 @@ myo_core::Matrix DataBlockAttributes::MatrixValue(const std::string& long_name) 
       attributes_.table() == nullptr ? nullptr : myo_core::FindAttribute(*attributes_.table(), long_name);
   if (info != nullptr && info->type == AttributeType::kFloatMatrix) return ToCoreMatrix(handle.asFloatMatrix());
   return ToCoreMatrix(handle.asMatrix());
+}
+
+std::string DataBlockAttributes::Text(const std::string& long_name) const {
+  const MObject& attribute = attributes_[long_name];
+  if (attribute.isNull()) return std::string();
+  MStatus status;
+  MDataHandle handle = block_.inputValue(attribute, &status);
+  return status ? ToStdString(handle.asString()) : std::string();
+}
+
+myo_core::RampEntries DataBlockAttributes::Ramp(const std::string& long_name) const {
+  myo_core::RampEntries entries;
+  const MObject& attribute = attributes_[long_name];
+  if (!attribute.isNull()) ReadRamp(node_, attribute, entries);
+  return entries;
 }
 
 }  // namespace myo_maya
