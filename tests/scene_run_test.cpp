@@ -234,3 +234,31 @@ TEST_F(SceneRunTest, ASceneFileNameThatIsNoUtf8StillGetsItsSummary) {
   const json summary = json::parse(myo_test::ReadFile(dir_.File("out/summary.json")));
   EXPECT_NE(summary["scene"].get<std::string>().find("sc"), std::string::npos);
 }
+
+TEST_F(SceneRunTest, AMeshThatFollowsATransformMovesInItsOwnSpace) {
+  // The input of a disabled node passes through: its frames show the mesh
+  // carried by "bone", which rises by 3 from frame 1 to 6.
+  scene_["meshes"][0]["follows"] = "bone";
+  scene_["nodes"] = json::parse(R"([{"name": "still", "type": "MyoRibbonMuscle", "input": "mesh",
+                                     "attributes": {"enable": false}}])");
+  const myo_app::Scene scene = Read();
+  myo_app::RunOptions options;
+  options.output_directory = dir_.File("out");
+  std::string error;
+  ASSERT_EQ(myo_app::RunScene(scene, options, error), myo_app::RunResult::kDone) << error;
+  auto first_y = [](const std::string& obj) {
+    const std::size_t v = obj.find("\nv ");
+    double x = 0, y = 0, z = 0;
+    std::sscanf(obj.c_str() + v + 3, "%lf %lf %lf", &x, &y, &z);
+    return y;
+  };
+  const double rest = first_y("\n" + myo_test::ReadFile(dir_.File("spindle.obj")));
+  EXPECT_NEAR(first_y(myo_test::ReadFile(dir_.File("out/still/still.0001.obj"))), rest, 1e-6);
+  EXPECT_NEAR(first_y(myo_test::ReadFile(dir_.File("out/still/still.0006.obj"))), rest + 3.0, 1e-5);
+
+  scene_["meshes"][0]["follows"] = "nobody";
+  dir_.Write("scene.json", scene_.dump());
+  myo_app::Scene refused;
+  EXPECT_FALSE(myo_app::ReadScene(dir_.File("scene.json"), refused, error));
+  EXPECT_EQ(error, dir_.File("scene.json") + ": meshes[0].follows: \"nobody\" is not a transform of the scene");
+}

@@ -3,7 +3,9 @@
 // nodes' outputs of the frame, in object space, and on request with the
 // world space of the frame, as a deformer reads its targets and its
 // reference mesh. A mesh's world space is that of the transform that places
-// it; a node's output lies in the space of the mesh it deforms.
+// it; a node's output lies in the space of the mesh it deforms. A mesh that
+// follows a transform has its points carried by it in object space, frame
+// by frame.
 
 #include <functional>
 #include <map>
@@ -28,8 +30,9 @@ class RunMeshes : public SceneMeshes {
   const myo_core::MeshData* WorldMesh(const std::string& name) override;
 
  private:
-  struct WorldEntry {
-    myo_core::MeshData mesh;  // topology and points of the source, world space of `frame`
+  // A mesh of one frame: the source's topology with the points of `frame`.
+  struct FramedMesh {
+    myo_core::MeshData mesh;
     double frame = 0.0;
     bool filled = false;
   };
@@ -37,7 +40,8 @@ class RunMeshes : public SceneMeshes {
   const Scene& scene_;
   NodeOutput output_;
   double frame_ = 0.0;
-  std::map<std::string, WorldEntry> world_;
+  std::map<std::string, FramedMesh> world_;     // with the world space of the frame
+  std::map<std::string, FramedMesh> followed_;  // meshes that follow a transform, their points of the frame
 };
 
 }  // namespace myo_app

@@ -33,7 +33,8 @@ struct SceneTransform {
 struct SceneMesh {
   std::string name;
   std::string file;    // as written in the scene
-  std::string parent;  // the transform that places it, or empty
+  std::string parent;   // the transform that places it, or empty
+  std::string follows;  // a transform that carries its points in their own space (a mesh bound to one joint), or empty
   myo_io::ObjMesh obj;
   myo_core::MeshData data;
 };

@@ -206,14 +206,16 @@ class SceneReader {
       const json& value = list[i];
       const Field f = field[i];
       ExpectObject(value, f);
-      RejectUnknownKeys(value, {"name", "file", "parent"}, f);
+      RejectUnknownKeys(value, {"name", "file", "parent", "follows"}, f);
       SceneMesh item;
       item.name = Text(Require(value, "name", f), f["name"]);
       item.file = Text(Require(value, "file", f), f["file"]);
-      if (value.contains("parent")) {
-        item.parent = Text(value["parent"], f["parent"]);
-        if (scene_.FindTransform(item.parent) == nullptr)
-          f["parent"].Fail(Quote(item.parent) + " is not a transform of the scene");
+      for (const char* key : {"parent", "follows"}) {
+        if (!value.contains(key)) continue;
+        std::string& transform = key == std::string("parent") ? item.parent : item.follows;
+        transform = Text(value[key], f[key]);
+        if (scene_.FindTransform(transform) == nullptr)
+          f[key].Fail(Quote(transform) + " is not a transform of the scene");
       }
       AddName(item.name, SourceKind::kMesh, scene_.meshes.size(), f["name"]);
       const std::string file = InputFile(path_, value["file"], f["file"]);
