@@ -52,8 +52,7 @@ void ResetUberTable(uint32_t point_count, std::vector<float>& lambdas, UberConst
   uber.sliding_inactive_.assign(n, 0);
   uber.sliding_edges_.clear();
   ClearTargetMesh(uber.reference_mesh_);
-  uber.used_triangles_.clear();
-  uber.prepared_triangles_.clear();
+  uber.sliding_search_ = SlidingSearchScratch();
   uber.lambda_base_ = ReserveLambdaRows(lambdas, n);
 }
 
