@@ -13,22 +13,12 @@
 #include <vector>
 
 #include "core/kernels/constraint_group.h"
+#include "core/kernels/sliding_search.h"
 #include "core/kernels/target_mesh.h"
 #include "core/kernels/triangle_queries.h"
 #include "core/math/matrix.h"
 
 namespace myo_core {
-
-// What the sliding search needs to pass over a candidate triangle without
-// measuring it: rows (centre, in-plane reach) and (unit normal or 0, reach
-// along the normal). Every point of the triangle lies within the in-plane
-// reach of the centre across the normal and within the normal reach along
-// it, both widened for rounding; an in-plane reach of infinity means that
-// only the normal reach may be used, and a NaN normal reach that the
-// triangle may not be passed over at all.
-struct alignas(16) SlidingTriangleBound {
-  float rows[2][4];
-};
 
 // N skin points, V reference vertices, P reference polygons, G reference triangles.
 struct UberConstraints : ConstraintGroup {
@@ -56,16 +46,9 @@ struct UberConstraints : ConstraintGroup {
   // the reference mesh as bound, whose topology is frozen until the next
   // binding; ReadReferenceMesh refreshes its frame data every step.
   TargetMesh reference_mesh_;
-  // Scratch of UpdateSlidingPoints: every reference triangle that some list
-  // names, prepared once per search from the current reference positions.
-  std::vector<uint32_t> used_triangles_;               // ascending ids named in sliding_triangles_
-  std::vector<PackedTriangle> prepared_triangles_;     // G, valid at the ids of used_triangles_
-  std::vector<SlidingTriangleBound> triangle_bounds_;  // G, valid at the ids of used_triangles_
-  // What the prepared triangles were made from: while the reference's
-  // positions and triangles are bit for bit the same (a step within one
-  // frame, every iteration in Quality), they are not prepared again.
-  std::vector<float> prepared_from_positions_;     // 3V, empty when nothing is prepared
-  std::vector<uint32_t> prepared_from_triangles_;  // 3G
+  // Scratch of the sliding search (prepared candidate triangles and their
+  // bounds), kept from one search to the next.
+  SlidingSearchScratch sliding_search_;
 };
 
 // One point, one row. In world space, with weights clamped (when they sum
@@ -140,10 +123,10 @@ void SolveUberRows(const UberConstraints& uber, uint32_t first, uint32_t count, 
                    bool has_transform, const Matrix& world_matrix, const Matrix& world_matrix_inverse,
                    float* positions, float* lambdas);
 
-// Derives used_triangles_ from the candidate lists and sizes
-// prepared_triangles_ and triangle_bounds_ to G. Run by the binding;
-// UpdateSlidingPoints runs it itself when those are not of size G, so a
-// caller that edits the lists in place must run it.
+// Derives the scratch of the sliding search from the candidate lists
+// (PrepareSearchTriangles). Run by the binding; UpdateSlidingPoints runs it
+// itself when the scratch is not of size G, so a caller that edits the lists
+// in place must run it.
 void PrepareSlidingTriangles(UberConstraints& uber);
 
 // Refreshes every sliding point. sliding_inactive_ becomes N ones; then, in
@@ -151,10 +134,8 @@ void PrepareSlidingTriangles(UberConstraints& uber);
 // a candidate list takes the closest point of its candidates to its position
 // (through world_matrix when has_transform), the first in list order among
 // equals, and is marked active. Other points keep their old sliding point.
-// The candidate triangles are prepared once per call into the table's
-// scratch; nothing is allocated per point. A candidate whose bound shows it
-// to be farther than one already measured, by more than rounding could ever
-// account for, is not measured: the winner is the same. positions: 3N.
+// The search is that of core/kernels/sliding_search.h over the
+// reference's triangles; nothing is allocated per point. positions: 3N.
 void UpdateSlidingPoints(bool has_transform, const std::vector<float>& positions, const Matrix& world_matrix,
                          UberConstraints& uber);
 

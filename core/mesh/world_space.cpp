@@ -1,5 +1,7 @@
 #include "core/mesh/world_space.h"
 
+#include <algorithm>
+
 namespace myo_core {
 
 void FillWorldSpace(const Matrix& matrix, MeshData& mesh) {
@@ -24,6 +26,17 @@ void FillWorldSpace(const Matrix& matrix, MeshData& mesh) {
     }
     Store3(mesh.world_polygon_normals.data(), f, NormalizeSafe(n));
   }
+}
+
+float MeshDiagonal(const std::vector<float>& points, const Matrix& matrix) {
+  if (points.size() < 3) return 0.0f;
+  Vec3 low = Load3(points.data(), 0), high = low;
+  for (uint32_t i = 1; i < points.size() / 3; ++i) {
+    const Vec3 p = Load3(points.data(), i);
+    low = {std::min(low.x, p.x), std::min(low.y, p.y), std::min(low.z, p.z)};
+    high = {std::max(high.x, p.x), std::max(high.y, p.y), std::max(high.z, p.z)};
+  }
+  return Length(TransformPoint(high, matrix) - TransformPoint(low, matrix));
 }
 
 }  // namespace myo_core

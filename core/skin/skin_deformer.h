@@ -55,8 +55,4 @@ class SkinDeformer {
   bool reference_warned_ = false;  // the warning of an unreadable reference was given
 };
 
-// Length of the diagonal of the object-space bounding box of `points`, with
-// both corners carried through `matrix`.
-float MeshDiagonal(const std::vector<float>& points, const Matrix& matrix);
-
 }  // namespace myo_core

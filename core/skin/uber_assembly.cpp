@@ -4,8 +4,8 @@
 
 #include "core/kernels/geometry_constraints.h"
 #include "core/kernels/priority_weights.h"
+#include "core/kernels/surface_binding.h"
 #include "core/log/logger.h"
-#include "core/mesh/closest_point_query.h"
 #include "core/solver/stop_request.h"
 #include "core/tables/enum_tables.h"
 
@@ -52,14 +52,14 @@ void ResetUberTable(uint32_t point_count, std::vector<float>& lambdas, UberConst
   uber.sliding_inactive_.assign(n, 0);
   uber.sliding_edges_.clear();
   ClearTargetMesh(uber.reference_mesh_);
-  uber.used_triangles_.clear();
-  uber.prepared_triangles_.clear();
+  uber.sliding_search_ = SlidingSearchScratch();
   uber.lambda_base_ = ReserveLambdaRows(lambdas, n);
 }
 
 // The reference's topology, world-space frame data and closest-point query.
 // False, with one message, when the mesh cannot be bound to.
-bool BuildReference(const MeshData* mesh, const Matrix& matrix, UberConstraints& uber, ClosestPointQuery& query) {
+bool BuildReference(const MeshData* mesh, const Matrix& matrix, const Matrix& world_matrix, UberConstraints& uber,
+                    SurfaceBinder& binder) {
   if (!mesh || mesh->PointCount() == 0) {
     ReportError("Reference mesh is missing or has no vertices: the skin points are not bound.", "");
     return false;
@@ -70,8 +70,7 @@ bool BuildReference(const MeshData* mesh, const Matrix& matrix, UberConstraints&
   }
   // A build that fails has given its own warning.
   if (!BuildTargetMesh(*mesh, matrix, uber.reference_mesh_)) return false;
-  query.Build(mesh->points, mesh->triangle_vertices, mesh->polygon_triangle_counts);
-  if (query.Empty()) {
+  if (!binder.Build(*mesh, uber.reference_mesh_, matrix, world_matrix)) {
     ReportError("Reference mesh has no usable triangles: the skin points are not bound.", "");
     ClearTargetMesh(uber.reference_mesh_);
     return false;
@@ -92,66 +91,41 @@ bool InitUberConstraints(const UberBindingInput& input, MapPort& maps, const std
   for (float& value : max_sliding_map) value = value < 0.0f ? 0.0f : (value > 1.0f ? 1.0f : value);
 
   ResetUberTable(n, lambdas, uber);
-  ClosestPointQuery query;  // on the reference in its object space
-  if (!BuildReference(input.reference_mesh, input.reference_matrix, uber, query)) return false;
+  SurfaceBinder binder;  // on the reference in its object space
+  if (!BuildReference(input.reference_mesh, input.reference_matrix, input.world_matrix, uber, binder)) return false;
   if (!ReadReferenceMesh(*input.reference_mesh, input.reference_matrix, uber)) return false;
 
-  const TargetMesh& reference = uber.reference_mesh_;
-  const bool skin_transform = !IsIdentity(input.world_matrix);
-  const bool reference_transform = !IsIdentity(input.reference_matrix);
-  const Matrix reference_inverse = InvertMatrix(input.reference_matrix);
-  CandidateSearchScratch visited;
   std::vector<int32_t> found;  // candidates of the current point
   for (uint32_t i = 0; i < n; ++i) {
     if (StopRequested()) return false;  // the host throws the unfinished binding away
-    // The closest point is asked in the reference's own space; p and q
-    // go on in world space.
-    Vec3 p = Load3(positions.data(), i);
-    if (skin_transform) p = TransformPoint(p, input.world_matrix);
-    if (reference_transform) p = TransformPoint(p, reference_inverse);
-    const float query_point[3] = {p.x, p.y, p.z};
-    ClosestPointHit hit;
-    if (!query.Closest(query_point, -1.0f, hit)) {
+    SurfacePoint bound;
+    if (!binder.Bind(Load3(positions.data(), i), bound)) {
       // A point that is not finite has no place on the surface.
       uber.sliding_inactive_[i] = 1;
       uber.sliding_offsets_[i] = static_cast<uint32_t>(uber.sliding_triangles_.size());
       if (input.progress) input.progress->AdvanceProgress();
       continue;
     }
-    Vec3 q = {hit.point[0], hit.point[1], hit.point[2]};
-    if (reference_transform) {
-      q = TransformPoint(q, input.reference_matrix);
-      p = TransformPoint(p, input.reference_matrix);
-    }
-    const float distance = Length(p - q);
-    const int32_t triangle = reference.polygon_triangle_offsets_[hit.polygon] + hit.triangle_in_polygon;
-    const int32_t* corners = reference.triangle_vertices_.data() + 3 * static_cast<std::size_t>(triangle);
-    const uint32_t t0 = static_cast<uint32_t>(corners[0]), t1 = static_cast<uint32_t>(corners[1]),
-                   t2 = static_cast<uint32_t>(corners[2]);
-
     const float reach = max_sliding_map[i] * input.max_sliding_distance;
     const float slide_weight = uber.slide_weights_[i];
     found.clear();
-    if (reach >= kEpsilon && slide_weight >= kEpsilon)
-      SearchCandidateTriangles(triangle, reach, q, reference, reference.triangle_vertices_, true, visited, found);
+    if (reach >= kEpsilon && slide_weight >= kEpsilon) binder.FindCandidates(bound, reach, found);
     uber.sliding_offsets_[i] = static_cast<uint32_t>(uber.sliding_triangles_.size());
     uber.sliding_counts_[i] = static_cast<uint32_t>(found.size());
     if (found.empty() || slide_weight < kEpsilon) uber.sliding_inactive_[i] = 1;
     uber.sliding_triangles_.insert(uber.sliding_triangles_.end(), found.begin(), found.end());
 
-    uber.barycentric_u_[i] = hit.bary_u;
-    uber.barycentric_v_[i] = hit.bary_v;
-    uber.surface_distances_[i] = distance;
-    uber.polygon_indices_[i] = static_cast<uint32_t>(hit.polygon);
-    uber.triangle_vertices_[3 * i] = t0;
-    uber.triangle_vertices_[3 * i + 1] = t1;
-    uber.triangle_vertices_[3 * i + 2] = t2;
+    uber.barycentric_u_[i] = bound.u;
+    uber.barycentric_v_[i] = bound.v;
+    uber.surface_distances_[i] = bound.distance;
+    uber.polygon_indices_[i] = static_cast<uint32_t>(bound.polygon);
+    for (int k = 0; k < 3; ++k) uber.triangle_vertices_[3 * i + k] = bound.corners[k];
     lambdas[uber.lambda_base_ + i] = 0.0f;
 
-    const Matrix frame = TriangleFrame(q, uber.reference_positions_.data(), uber.polygon_normals_.data(),
-                                       static_cast<uint32_t>(hit.polygon), t0, t1);
-    Store3(uber.local_offsets_.data(), i, TransformColumn(InvertMatrix(frame), p - q));
-    Store3(uber.sliding_points_.data(), i, q);
+    const Matrix frame = TriangleFrame(bound.surface, uber.reference_positions_.data(), uber.polygon_normals_.data(),
+                                       static_cast<uint32_t>(bound.polygon), bound.corners[0], bound.corners[1]);
+    Store3(uber.local_offsets_.data(), i, TransformColumn(InvertMatrix(frame), bound.point - bound.surface));
+    Store3(uber.sliding_points_.data(), i, bound.surface);
     if (input.progress) input.progress->AdvanceProgress();
   }
   BuildSlidingEdges(uber.sliding_triangles_, uber.reference_triangles_, uber.sliding_edges_);
