@@ -1,0 +1,228 @@
+// The muscle patches file: what the writer puts on each line, what comes back
+// through text, and every kind of file the reader refuses.
+
+#include <gtest/gtest.h>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "core/patches/muscle_patches_file.h"
+#include "support/command_runner.h"
+
+using myo_core::HasMusclePatchesExtension;
+using myo_core::ReadMusclePatchesFile;
+using myo_core::WriteMusclePatchesFile;
+
+namespace {
+
+// Four vertices in two patches, the third outside the mask.
+const char kExample[] =
+    "1\n"
+    "4\n"
+    "1 1 -1 2\n"
+    "0.1000000000 0.0000000000 -0.2500000000 0.0000000000 1.5000000000 0.0000000000\n";
+
+// A read of `path` for `count` vertices into arrays that hold something
+// already, so that a refusal must empty them.
+struct Read {
+  bool accepted = false;
+  std::vector<int32_t> ids{7, 7};
+  std::vector<float> fibers{7.0f};
+};
+
+Read ReadFile(const std::string& path, uint32_t count) {
+  Read read;
+  read.accepted = ReadMusclePatchesFile(path, count, read.ids, read.fibers);
+  return read;
+}
+
+// Runs the test's body in `directory` and goes back to where it was.
+class WorkingDirectory {
+ public:
+  explicit WorkingDirectory(const std::string& directory) : previous_(std::filesystem::current_path()) {
+    std::filesystem::current_path(directory);
+  }
+  ~WorkingDirectory() { std::filesystem::current_path(previous_); }
+
+ private:
+  std::filesystem::path previous_;
+};
+
+}  // namespace
+
+TEST(MusclePatchesFileTest, WritesFourLinesWithTenDigitFibers) {
+  myo_test::TemporaryDirectory dir;
+  const std::string path = dir.File("patches.mmp");
+  ASSERT_TRUE(WriteMusclePatchesFile(path, 4, {1, 1, -1, 2}, {{0.1, 0.0, -0.25}, {0.0, 1.5, 0.0}}));
+  EXPECT_EQ(myo_test::ReadFile(path), kExample);
+
+  // No fiber at all still ends the fourth line; a single id has no blank.
+  ASSERT_TRUE(WriteMusclePatchesFile(path, 1, {-1}, {}));
+  EXPECT_EQ(myo_test::ReadFile(path), "1\n1\n-1\n\n");
+}
+
+TEST(MusclePatchesFileTest, WriterRefusesIdsThatDoNotMatchTheCountWithoutTouchingTheFile) {
+  myo_test::TemporaryDirectory dir;
+  dir.Write("kept.mmp", kExample);
+  EXPECT_FALSE(WriteMusclePatchesFile(dir.File("kept.mmp"), 5, {1, 1, -1, 2}, {{1.0, 0.0, 0.0}}));
+  EXPECT_FALSE(WriteMusclePatchesFile(dir.File("kept.mmp"), -1, {}, {}));
+  EXPECT_EQ(myo_test::ReadFile(dir.File("kept.mmp")), kExample);
+  // A file that cannot be opened is skipped.
+  EXPECT_FALSE(WriteMusclePatchesFile(dir.File("missing/patches.mmp"), 1, {1}, {{1.0, 0.0, 0.0}}));
+  EXPECT_FALSE(std::filesystem::exists(dir.File("missing")));
+}
+
+TEST(MusclePatchesFileTest, RoundTripKeepsTenDigitsAndArrivesAsFloats) {
+  myo_test::TemporaryDirectory dir;
+  const std::string path = dir.File("round.mmp");
+  const std::vector<int32_t> ids = {2, 1, -1, 3, 0, 9};
+  const std::vector<std::array<double, 3>> fibers = {
+      {1.0 / 3.0, -2.0 / 3.0, 12345.678901234567}, {-0.00000000004, 0.00000000006, 1e-3}, {-7.25, 0.0, 3.14159265358979}};
+  ASSERT_TRUE(WriteMusclePatchesFile(path, 6, ids, fibers));
+  EXPECT_NE(myo_test::ReadFile(path).find("0.3333333333 -0.6666666667 12345.6789012346 -0.0000000000 0.0000000001"),
+            std::string::npos);
+
+  const Read read = ReadFile(path, 6);
+  ASSERT_TRUE(read.accepted);
+  // Ids are not range-checked: 0 and an id beyond the fibers pass.
+  EXPECT_EQ(read.ids, ids);
+  // Each number as the float nearest to its ten-digit text.
+  const std::vector<float> expected = {0.3333333333f, -0.6666666667f, 12345.6789012346f, -0.0f, 0.0000000001f,
+                                       0.001f,        -7.25f,          0.0f,              3.1415926536f};
+  EXPECT_EQ(read.fibers, expected);
+}
+
+TEST(MusclePatchesFileTest, ExtensionIsTheTextBehindTheLastPointInLowerCase) {
+  EXPECT_TRUE(HasMusclePatchesExtension("a/b/patches.mmp"));
+  EXPECT_TRUE(HasMusclePatchesExtension("x.y.mmp"));
+  EXPECT_TRUE(HasMusclePatchesExtension("mmp"));  // no point: the whole path is the extension
+  EXPECT_TRUE(HasMusclePatchesExtension(".mmp"));
+  for (const char* path : {"", "patches.MMP", "patches.Mmp", "patches.txt", "patches.mmpx", "patches.mm",
+                           "patches.mmp.", "dir.mmp/patches", "/tmp/mmp", "patches"})
+    EXPECT_FALSE(HasMusclePatchesExtension(path)) << path;
+}
+
+TEST(MusclePatchesFileTest, RefusesOtherExtensionsMissingFilesAndWhatCannotBeWritten) {
+  myo_test::TemporaryDirectory dir;
+  dir.Write("good.mmp", kExample);
+  ASSERT_TRUE(ReadFile(dir.File("good.mmp"), 4).accepted);
+
+  // Good content under another name is refused.
+  for (const char* name : {"good.MMP", "good.txt", "good"}) {
+    dir.Write(name, kExample);
+    const Read read = ReadFile(dir.File(name), 4);
+    EXPECT_FALSE(read.accepted) << name;
+    EXPECT_TRUE(read.ids.empty() && read.fibers.empty()) << name;
+  }
+  EXPECT_FALSE(ReadFile("", 4).accepted);
+
+  // A missing file is neither read nor created: the open is in update mode.
+  EXPECT_FALSE(ReadFile(dir.File("none.mmp"), 4).accepted);
+  EXPECT_FALSE(std::filesystem::exists(dir.File("none.mmp")));
+
+  // Only regular files: a directory, and a pipe, which would never end the read.
+  std::filesystem::create_directory(dir.File("folder.mmp"));
+  EXPECT_FALSE(ReadFile(dir.File("folder.mmp"), 4).accepted);
+  ASSERT_EQ(mkfifo(dir.File("pipe.mmp").c_str(), 0600), 0);
+  EXPECT_FALSE(ReadFile(dir.File("pipe.mmp"), 4).accepted);
+
+  // The path "mmp" alone passes the extension rule; the open decides.
+  {
+    WorkingDirectory here(dir.path());
+    EXPECT_FALSE(ReadFile("mmp", 4).accepted);
+    dir.Write("mmp", kExample);
+    EXPECT_TRUE(ReadFile("mmp", 4).accepted);
+  }
+
+  // A write-protected file is refused like a missing one (the superuser may
+  // write to any file, so the check needs an ordinary user).
+  dir.Write("protected.mmp", kExample);
+  ASSERT_EQ(chmod(dir.File("protected.mmp").c_str(), 0444), 0);
+  if (geteuid() != 0) {
+    EXPECT_FALSE(ReadFile(dir.File("protected.mmp"), 4).accepted);
+  }
+
+  // Reading leaves the file as it was.
+  EXPECT_EQ(myo_test::ReadFile(dir.File("good.mmp")), kExample);
+}
+
+TEST(MusclePatchesFileTest, RefusesBadHeadsAndIdsLeavingNothingBehind) {
+  myo_test::TemporaryDirectory dir;
+  const std::string path = dir.File("bad.mmp");
+  const std::vector<std::pair<std::string, uint32_t>> refused = {
+      {"2\n4\n1 1 -1 2\n0.1 0 0\n", 4},               // version other than 1
+      {"one\n4\n1 1 -1 2\n0.1 0 0\n", 4},             // version not a number
+      {"1.0\n4\n1 1 -1 2\n0.1 0 0\n", 4},             // ".0" is no count
+      {"1\n4\n1 1 -1 2\n0.1 0 0\n", 3},               // another vertex count
+      {"1\n4\n1 1 -1 2\n0.1 0 0\n", 5},
+      {"1\n-4\n1 1 -1 2\n0.1 0 0\n", 4},
+      {"1\n99999999999\n1 1 -1 2\n0.1 0 0\n", 4},     // beyond 32 bits
+      {"1\n4\n1 1 x 2\n0.1 0 0\n", 4},                // text inside the ids: no float follows
+      {"1\n4\n1 1.5 -1 2\n0.1 0 0\n", 4},             // "1" read, ".5" fails the next id
+      {"1\n4\n1 1 -1 3000000000\n0.1 0 0\n", 4},      // an id beyond 32 bits
+      {"1\n4\n1 1 -1\n", 4},                          // fewer ids, file ends
+      {"1\n4\n1 1 -1 2\n\n", 4},                      // empty fourth line
+      {"1\n4\n1 1 -1 2\nfiber\n", 4},                 // text where the fibers start
+      {"1\n4\n1 1 -1 2\n1e39 0 0\n", 4},              // a first fiber beyond the float range
+      {"", 4},
+      {std::string("1\n4\n1 1 -1 2\n") + '\0' + "0.1 0 0\n", 4},  // a NUL where a fiber starts
+  };
+  for (const auto& [text, count] : refused) {
+    SCOPED_TRACE(text);
+    dir.Write("bad.mmp", text);
+    const Read read = ReadFile(path, count);
+    EXPECT_FALSE(read.accepted);
+    EXPECT_TRUE(read.ids.empty());
+    EXPECT_TRUE(read.fibers.empty());
+  }
+}
+
+TEST(MusclePatchesFileTest, FibersEndAtTheFirstValueThatIsNoFloat) {
+  myo_test::TemporaryDirectory dir;
+  const std::string path = dir.File("loose.mmp");
+  struct Case {
+    std::string text;
+    std::vector<int32_t> ids;
+    std::vector<float> fibers;
+  };
+  const std::vector<Case> accepted = {
+      // Text inside line 4 keeps the floats read so far.
+      {"1\n2\n1 2\n0.5 0 0 1 oops 3\n", {1, 2}, {0.5f, 0.0f, 0.0f, 1.0f}},
+      // Seven floats: two whole fibers and a rest.
+      {"1\n2\n1 2\n1 2 3 4 5 6 7\n", {1, 2}, {1, 2, 3, 4, 5, 6, 7}},
+      // Lines carry no meaning: ids beyond N are read as fibers.
+      {"1 2 1 2 3 0.25\n-1\n", {1, 2}, {3.0f, 0.25f, -1.0f}},
+      {"\t1\r\n2\r\n-1 1\r\n0 1e-3 -2E2", {-1, 1}, {0.0f, 0.001f, -200.0f}},
+      // A value beyond the float range ends the fibers like text.
+      {"1\n1\n1\n1 2 3 4e38 5\n", {1}, {1.0f, 2.0f, 3.0f}},
+  };
+  for (const Case& c : accepted) {
+    SCOPED_TRACE(c.text);
+    dir.Write("loose.mmp", c.text);
+    const Read read = ReadFile(path, static_cast<uint32_t>(c.ids.size()));
+    EXPECT_TRUE(read.accepted);
+    EXPECT_EQ(read.ids, c.ids);
+    EXPECT_EQ(read.fibers, c.fibers);
+  }
+}
+
+TEST(MusclePatchesFileTest, FileForAThousandVerticesIsRefusedByNineHundredNinetyNine) {
+  myo_test::TemporaryDirectory dir;
+  const std::string path = dir.File("big.mmp");
+  std::vector<int32_t> ids(1000);
+  for (std::size_t i = 0; i < ids.size(); ++i) ids[i] = static_cast<int32_t>(i % 7) + 1;
+  std::vector<std::array<double, 3>> fibers(7, {0.5, -0.5, 0.25});
+  ASSERT_TRUE(WriteMusclePatchesFile(path, 1000, ids, fibers));
+  const Read refused = ReadFile(path, 999);
+  EXPECT_FALSE(refused.accepted);
+  EXPECT_TRUE(refused.ids.empty() && refused.fibers.empty());
+  const Read read = ReadFile(path, 1000);
+  ASSERT_TRUE(read.accepted);
+  EXPECT_EQ(read.ids, ids);
+  EXPECT_EQ(read.fibers.size(), 21u);
+}

@@ -1,0 +1,404 @@
+// Per-point activations of the shape solver: ring neighbourhoods, the lagging
+// recursion over patch fibers, loading the patches file at initialisation,
+// the debug fibers, and the three activation modes with their messages.
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cmath>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "core/activation/activation_modes.h"
+#include "core/activation/muscle_data_init.h"
+#include "core/activation/patch_activations.h"
+#include "core/patches/muscle_patches_file.h"
+#include "core/tables/enum_tables.h"
+#include "scenes/muscle_meshes.h"
+#include "support/command_runner.h"
+#include "support/log_capture.h"
+#include "support/test_geometry.h"
+
+using myo_core::MeshData;
+using myo_core::MusclePatchesData;
+using myo_core::RampEntries;
+
+namespace {
+
+// A 3 x 3 grid of points 0..8, row by row, with connected lists in an order
+// of the host's own, not ascending; point 9 has no neighbours.
+MeshData HandGrid() {
+  MeshData mesh;
+  mesh.points.assign(30, 0.0f);
+  const std::vector<std::vector<int32_t>> connected = {{1, 3},    {2, 0, 4}, {5, 1},    {0, 4, 6},    {5, 7, 3, 1},
+                                                       {8, 4, 2}, {3, 7},    {8, 6, 4}, {7, 5},       {}};
+  mesh.vertex_edge_offsets.push_back(0);
+  for (const auto& list : connected) {
+    mesh.vertex_connected.insert(mesh.vertex_connected.end(), list.begin(), list.end());
+    mesh.vertex_edge_offsets.push_back(static_cast<int32_t>(mesh.vertex_connected.size()));
+  }
+  return mesh;
+}
+
+// The list of point v among the flattened smoothing arrays.
+std::vector<int32_t> ListOf(const MusclePatchesData& data, uint32_t v) {
+  std::size_t begin = 0;
+  for (uint32_t i = 0; i < v; ++i) begin += static_cast<std::size_t>(data.smoothing_counts_[i]);
+  return {data.smoothing_patch_ids_.begin() + static_cast<std::ptrdiff_t>(begin),
+          data.smoothing_patch_ids_.begin() + static_cast<std::ptrdiff_t>(begin + data.smoothing_counts_[v])};
+}
+
+// One point that moved by `displacement`, its list, and its activation.
+struct OnePoint {
+  std::vector<float> rest{0.0f, 0.0f, 0.0f};
+  std::vector<float> deform;
+  std::vector<float> fibers;
+  std::vector<int32_t> list;
+  float activation = 0.0f;
+  bool bidirectional = false;
+
+  float Step() {
+    std::vector<float> activations{activation};
+    EXPECT_TRUE(myo_core::ComputePatchActivations(rest, deform, fibers, {static_cast<int32_t>(list.size())}, list,
+                                                  bidirectional, activations));
+    return activation = activations[0];
+  }
+};
+
+const RampEntries kIdentityRamp{{0.0f, 1.0f}, {0.0f, 1.0f}, {1, 1}};
+
+std::string Warning(const std::string& message) { return "[MyoForge][Warning] " + message; }
+std::string Info(const std::string& message) { return "[MyoForge][Info] " + message; }
+
+const std::string kRefusedFile = Warning(
+    "Muscles patches data is invalid, not provided or does not match the number of vertices of the simulated mesh.");
+
+}  // namespace
+
+TEST(PatchActivationTest, SmoothingListsFollowTheHostsOrderRingByRing) {
+  MeshData mesh = HandGrid();
+  MusclePatchesData data;
+  data.patch_ids_ = {10, 11, 12, 13, 14, 15, 16, 17, -1, 19};
+  // Breadth-first by hand: the ring of each point in the order its
+  // neighbours list them, the next ring from those in the order found.
+  ASSERT_TRUE(myo_core::BuildSmoothingArrays(mesh, 1, data));
+  EXPECT_EQ(ListOf(data, 0), (std::vector<int32_t>{10, 11, 13}));
+  EXPECT_EQ(ListOf(data, 4), (std::vector<int32_t>{14, 15, 17, 13, 11}));
+  EXPECT_EQ(ListOf(data, 5), (std::vector<int32_t>{15, -1, 14, 12}));
+  EXPECT_EQ(ListOf(data, 9), (std::vector<int32_t>{19}));
+  ASSERT_TRUE(myo_core::BuildSmoothingArrays(mesh, 2, data));
+  EXPECT_EQ(ListOf(data, 0), (std::vector<int32_t>{10, 11, 13, 12, 14, 16}));
+  EXPECT_EQ(ListOf(data, 4), (std::vector<int32_t>{14, 15, 17, 13, 11, -1, 12, 16, 10}));
+  // The walk ends at a ring that finds nothing new.
+  ASSERT_TRUE(myo_core::BuildSmoothingArrays(mesh, 20, data));
+  EXPECT_EQ(ListOf(data, 0), (std::vector<int32_t>{10, 11, 13, 12, 14, 16, 15, 17, -1}));
+  EXPECT_EQ(data.smoothing_counts_, (std::vector<int32_t>{9, 9, 9, 9, 9, 9, 9, 9, 9, 1}));
+  for (int32_t rings : {0, -5}) {
+    ASSERT_TRUE(myo_core::BuildSmoothingArrays(mesh, rings, data));
+    EXPECT_EQ(data.smoothing_patch_ids_, data.patch_ids_);
+  }
+
+  // Entries outside the points are not followed.
+  mesh.vertex_connected[0] = 99;
+  mesh.vertex_connected[1] = -1;
+  ASSERT_TRUE(myo_core::BuildSmoothingArrays(mesh, 1, data));
+  EXPECT_EQ(ListOf(data, 0), (std::vector<int32_t>{10}));
+  // Ids that are not one per point build nothing.
+  data.patch_ids_.pop_back();
+  EXPECT_FALSE(myo_core::BuildSmoothingArrays(mesh, 1, data));
+  EXPECT_TRUE(data.smoothing_counts_.empty() && data.smoothing_patch_ids_.empty());
+}
+
+TEST(PatchActivationTest, ContributionIsTheMotionAlongTheFiberUpToItsLength) {
+  OnePoint point;
+  point.fibers = {2.0f, 0.0f, 0.0f, 0.0f, 0.0f, 0.0f};
+  point.list = {1};
+  // Half the fiber's length along it.
+  point.deform = {1.0f, 0.0f, 0.0f};
+  EXPECT_EQ(point.Step(), 0.5f);
+  // Longer than the fiber: the plain cosine.
+  point.activation = 0.0f;
+  point.deform = {3.0f, 3.0f, 0.0f};
+  EXPECT_FLOAT_EQ(point.Step(), std::sqrt(0.5f));
+  // Against the fiber: nothing, unless both directions count.
+  point.activation = 0.0f;
+  point.deform = {-1.0f, 0.0f, 0.0f};
+  EXPECT_EQ(point.Step(), 0.0f);
+  point.bidirectional = true;
+  EXPECT_EQ(point.Step(), 0.5f);
+  // No motion, and a fiber of length 0, give 0.
+  point.activation = 0.0f;
+  point.deform = {0.0f, 0.0f, 0.0f};
+  EXPECT_EQ(point.Step(), 0.0f);
+  point.deform = {1.0f, 0.0f, 0.0f};
+  point.list = {2, 2};
+  EXPECT_EQ(point.Step(), 0.0f);
+  // Id -1 alone: the old value divided by the count.
+  point.activation = 0.6f;
+  point.list = {-1, -1};
+  EXPECT_EQ(point.Step(), 0.3f);
+}
+
+TEST(PatchActivationTest, IdsBeyondTheFiberTriplesContributeNothing) {
+  // Patch 2 was left empty by the learning, so only two triples stand for
+  // ids 1 to 3, and a partial triple follows. Ids 3 and 7 name no triple and
+  // add 0; the valid ids give what they give alone, the divisor counts all.
+  OnePoint point;
+  point.fibers = {1.0f, 0.0f, 0.0f, 0.0f, 4.0f, 0.0f, 5.0f};
+  point.deform = {0.5f, 2.0f, 0.0f};
+  point.list = {1, 2, 3, 7};
+  const float with_missing = point.Step();
+  point.activation = 0.0f;
+  point.list = {1, 2, -1, 0};
+  EXPECT_EQ(with_missing, point.Step());
+  const float c1 = 0.5f / std::sqrt(4.25f);
+  const float c2 = 2.0f / std::sqrt(4.25f) * (std::sqrt(4.25f) / 4.0f);
+  EXPECT_FLOAT_EQ(with_missing, (c1 + c2) / 4.0f);
+}
+
+TEST(PatchActivationTest, EachPointComputesItsOwnContributionsOnce) {
+  // Both points list patch 1 twice; only point 0 moves. A contribution kept
+  // from point 0 would leak into point 1.
+  const std::vector<float> rest(6, 0.0f);
+  const std::vector<float> deform = {1.0f, 0.0f, 0.0f, 0.0f, 0.0f, 0.0f};
+  std::vector<float> activations = {0.0f, 0.0f};
+  ASSERT_TRUE(myo_core::ComputePatchActivations(rest, deform, {1.0f, 0.0f, 0.0f}, {2, 2}, {1, 1, 1, 1}, false,
+                                                activations));
+  EXPECT_EQ(activations, (std::vector<float>{1.0f, 0.0f}));
+
+  // Arrays that do not agree change nothing.
+  for (const auto& counts : {std::vector<int32_t>{2, 3}, std::vector<int32_t>{2}, std::vector<int32_t>{-1, 2}}) {
+    std::vector<float> kept = {0.25f, 0.5f};
+    EXPECT_FALSE(myo_core::ComputePatchActivations(rest, deform, {1.0f, 0.0f, 0.0f}, counts, {1, 1, 1, 1}, false,
+                                                   kept));
+    EXPECT_EQ(kept, (std::vector<float>{0.25f, 0.5f}));
+  }
+}
+
+TEST(PatchActivationTest, StillPoseSettlesAtTheSumOverCountMinusOne) {
+  // Three entries: one full contribution, one across the fiber, one outside
+  // every patch. The previous value stays in the sum: a = (a + 1) / 3
+  // settles at 1 / 2.
+  OnePoint point;
+  point.fibers = {1.0f, 0.0f, 0.0f, 0.0f, 1.0f, 0.0f};
+  point.deform = {1.0f, 0.0f, 0.0f};
+  point.list = {1, 2, -1};
+  EXPECT_FLOAT_EQ(point.Step(), 1.0f / 3.0f);
+  EXPECT_FLOAT_EQ(point.Step(), 4.0f / 9.0f);
+  for (int frame = 0; frame < 40; ++frame) point.Step();
+  EXPECT_FLOAT_EQ(point.activation, 0.5f);
+  // Alone in its list the value only grows.
+  point.activation = 0.0f;
+  point.fibers = {4.0f, 0.0f, 0.0f};
+  point.list = {1};
+  for (int frame = 1; frame <= 5; ++frame) EXPECT_FLOAT_EQ(point.Step(), 0.25f * static_cast<float>(frame));
+}
+
+TEST(PatchActivationTest, InitLoadsOnlyANewPathAndRebuildsForNewRings) {
+  myo_test::LogCapture log;
+  myo_test::TemporaryDirectory dir;
+  const MeshData grid = myo_test::BuildMesh(myo_scenes::MakeGrid(2, 2, 2.0f, 2.0f));  // 3 x 3 points, edges 1
+  const std::string path = dir.File("grid.mmp");
+  ASSERT_TRUE(myo_core::WriteMusclePatchesFile(path, 9, {1, 1, 1, 1, 1, 1, 1, 1, -1}, {{3.0, 0.0, 0.0}}));
+
+  MusclePatchesData data;
+  myo_core::InitMuscleData(path, 1, grid, 0.5f, data);
+  ASSERT_TRUE(data.patches_loaded_);
+  EXPECT_EQ(data.muscles_file_, path);
+  ASSERT_EQ(data.smoothing_counts_.size(), 9u);
+  EXPECT_EQ(data.smoothing_counts_[4], 5);
+  EXPECT_EQ(data.shortest_edge_, 1.0f);
+  EXPECT_NE(log.lines().back().find("Init Muscle Data time (ns): "), std::string::npos);
+
+  // The file changes on the disk: the same path is not read again, but new
+  // rings rebuild the lists.
+  ASSERT_TRUE(myo_core::WriteMusclePatchesFile(path, 9, std::vector<int32_t>(9, 2), {{0.0, 0.0, 1.0}}));
+  myo_core::InitMuscleData(path, 2, grid, 0.5f, data);
+  EXPECT_EQ(data.patch_ids_, (std::vector<int32_t>{1, 1, 1, 1, 1, 1, 1, 1, -1}));
+  EXPECT_EQ(data.smoothing_rings_, 2);
+  EXPECT_EQ(data.smoothing_counts_[4], 9);
+
+  // A refused file (another vertex count) leaves nothing loaded, and is not
+  // read again either: its warning comes at each initialisation.
+  const std::string wrong = dir.File("wrong.mmp");
+  ASSERT_TRUE(myo_core::WriteMusclePatchesFile(wrong, 8, std::vector<int32_t>(8, 1), {{1.0, 0.0, 0.0}}));
+  myo_core::ActivationSetup setup{myo_core::kActivationMusclePatches, wrong, 2, 1.0f};
+  log.Clear();
+  myo_core::InitActivations(setup, {}, grid, data);
+  EXPECT_FALSE(data.patches_loaded_);
+  EXPECT_TRUE(data.patch_ids_.empty() && data.vertex_fibers_.empty());
+  ASSERT_TRUE(myo_core::WriteMusclePatchesFile(wrong, 9, std::vector<int32_t>(9, 1), {{1.0, 0.0, 0.0}}));
+  myo_core::InitActivations(setup, {}, grid, data);
+  EXPECT_FALSE(data.patches_loaded_);
+  EXPECT_EQ(log.Count(kRefusedFile), 2u);
+}
+
+TEST(PatchActivationTest, DebugFibersAreMeanPatchFibersProjectedOnTheMesh) {
+  myo_test::LogCapture log;
+  // Means: an entry counts as often as it occurs, -1 and ids without a
+  // triple add nothing but count.
+  MusclePatchesData means;
+  means.patch_fibers_ = {2.0f, 0.0f, 0.0f, 0.0f, 6.0f, 0.0f};
+  means.smoothing_counts_ = {3, 2, 1};
+  means.smoothing_patch_ids_ = {1, 1, 2, -1, 5, 2};
+  myo_core::ComputeVertexFibers(means);
+  myo_test::ExpectVec(myo_core::Load3(means.vertex_fibers_.data(), 0), {0.5547002f, 0.8320503f, 0.0f}, 1e-6f);
+  EXPECT_EQ(std::vector<float>(means.vertex_fibers_.begin() + 3, means.vertex_fibers_.end()),
+            (std::vector<float>{0.0f, 0.0f, 0.0f, 0.0f, 1.0f, 0.0f}));
+
+  // On a flat grid with edges of 1, fibers along x: the tip of a point
+  // inside lies on the mesh; the tip beyond the right border comes back to
+  // the point itself, a degenerate projection.
+  const MeshData grid = myo_test::BuildMesh(myo_scenes::MakeGrid(2, 2, 2.0f, 2.0f));
+  MusclePatchesData data;
+  data.vertex_fibers_ = {1.0f, 0.0f, 0.0f, 1.0f, 0.0f, 0.0f, 1.0f, 0.0f, 0.0f, 2.0f, 0.0f, 0.0f};
+  data.fiber_bary_u_.assign(4, 0.0f);
+  data.fiber_bary_v_.assign(4, 0.0f);
+  data.fiber_triangles_.assign(12, 0);
+  data.shortest_edge_ = 1.0f;
+  data.fibers_scale_ = 0.5f;
+  myo_core::ProjectVertexFibers(grid, data);
+  for (uint32_t i : {0u, 1u}) {
+    myo_test::ExpectVec(myo_core::Load3(data.vertex_fibers_.data(), i), {0.5f, 0.0f, 0.0f}, 1e-6f);
+    // The barycentric point on the stored triangle is the tip.
+    const int32_t* corner = &data.fiber_triangles_[3 * i];
+    const float u = data.fiber_bary_u_[i], v = data.fiber_bary_v_[i];
+    const myo_core::Vec3 tip = myo_core::Load3(grid.points.data(), corner[0]) * u +
+                               myo_core::Load3(grid.points.data(), corner[1]) * v +
+                               myo_core::Load3(grid.points.data(), corner[2]) * (1.0f - u - v);
+    myo_test::ExpectVec(tip, myo_core::Load3(grid.points.data(), i) + myo_core::Vec3{1.0f, 0.0f, 0.0f}, 1e-5f);
+  }
+  myo_test::ExpectVec(myo_core::Load3(data.vertex_fibers_.data(), 2), {0.0f, 0.0f, 0.0f}, 0.0f);
+  EXPECT_EQ(std::vector<int32_t>(data.fiber_triangles_.begin() + 6, data.fiber_triangles_.begin() + 9),
+            (std::vector<int32_t>{0, 0, 0}));
+  // A direction that is not normalised is refused and stays as it was.
+  EXPECT_EQ(log.Count(Warning("Projecting vertex fiber without a normalized direction.")), 1u);
+  myo_test::ExpectVec(myo_core::Load3(data.vertex_fibers_.data(), 3), {2.0f, 0.0f, 0.0f}, 0.0f);
+
+  // A triangulation without one entry per polygon is an error and nothing
+  // is projected.
+  myo_test::TemporaryDirectory dir;
+  ASSERT_TRUE(myo_core::WriteMusclePatchesFile(dir.File("g.mmp"), 9, std::vector<int32_t>(9, 1), {{0.0, 0.0, 4.0}}));
+  MeshData broken = grid;
+  broken.polygon_triangle_counts.pop_back();
+  MusclePatchesData unprojected;
+  myo_core::InitMuscleData(dir.File("g.mmp"), 1, broken, 1.0f, unprojected);
+  EXPECT_EQ(log.Count("[MyoForge][Error] Unexpected number of polygons during reference mesh processing"), 1u);
+  myo_test::ExpectVec(myo_core::Load3(unprojected.vertex_fibers_.data(), 4), {0.0f, 0.0f, 1.0f}, 0.0f);
+}
+
+TEST(PatchActivationTest, PatchModeRemapsAndWarnsOnlyWhenVerbose) {
+  myo_test::LogCapture log;
+  myo_test::TemporaryDirectory dir;
+  const MeshData grid = myo_test::BuildMesh(myo_scenes::MakeGrid(2, 2, 2.0f, 2.0f));
+  ASSERT_TRUE(myo_core::WriteMusclePatchesFile(dir.File("g.mmp"), 9, std::vector<int32_t>(9, 1), {{0.0, 2.0, 0.0}}));
+  MusclePatchesData data;
+  data.rest_positions_ = grid.points;
+  data.activations_.assign(9, 0.0f);
+
+  // The whole mesh lifted by half the fiber: 0.5 everywhere, then halved by
+  // the remap.
+  MeshData lifted = grid;
+  for (std::size_t k = 1; k < lifted.points.size(); k += 3) lifted.points[k] += 1.0f;
+  myo_core::ActivationFrame frame;
+  frame.remap = RampEntries{{0.0f, 1.0f}, {0.0f, 0.5f}, {1, 1}};
+  frame.deform_mesh = &lifted;
+  const myo_core::ActivationSetup setup{myo_core::kActivationMusclePatches, dir.File("g.mmp"), 1, 1.0f};
+  myo_core::InitActivations(setup, frame, grid, data);
+  EXPECT_EQ(data.activations_, std::vector<float>(9, 0.25f));
+  EXPECT_EQ(data.deform_positions_, lifted.points);
+  EXPECT_EQ(log.lines().back(), Info("Using point activations driven by muscle patches file and deformed mesh."));
+  EXPECT_EQ(log.lines().size(), 3u);  // and the two timing lines
+
+  // Each deform mesh that cannot serve, with its warning at initialisation;
+  // before a step, silently, and the activations drop to 0.
+  const MeshData empty;
+  MeshData fewer = grid;
+  fewer.points.resize(24);
+  const std::vector<std::pair<const MeshData*, std::string>> unusable = {
+      {nullptr, "Could not compute activations from Muscle Patches file: deform mesh is null or not provided."},
+      {&empty, "Could not compute activations from Muscle Patches file: deform mesh data could not be retrieved."},
+      {&fewer, "Inconsistency in the amount of vertices between the deform mesh and the mesh used for computing "
+               "muscle activations."}};
+  for (const auto& [mesh, message] : unusable) {
+    frame.deform_mesh = mesh;
+    log.Clear();
+    myo_core::InitActivations(setup, frame, grid, data);
+    EXPECT_EQ(log.Count(Warning(message)), 1u) << message;
+    EXPECT_EQ(data.activations_, std::vector<float>(9, 0.25f));
+    log.Clear();
+    myo_core::UpdateActivations(myo_core::kActivationMusclePatches, frame, data);
+    EXPECT_TRUE(log.lines().empty());
+    EXPECT_EQ(data.activations_, std::vector<float>(9, 0.0f));
+    data.activations_.assign(9, 0.25f);
+  }
+
+  // Without a loaded file a step leaves the activations alone.
+  data.patches_loaded_ = false;
+  myo_core::UpdateActivations(myo_core::kActivationMusclePatches, frame, data);
+  EXPECT_EQ(data.activations_, std::vector<float>(9, 0.25f));
+}
+
+TEST(PatchActivationTest, PlugModeReadsTheElementsThereAre) {
+  myo_test::LogCapture log;
+  MusclePatchesData data;
+  data.activations_ = {0.1f, 0.2f, 0.3f, 0.4f};
+  data.vertex_fibers_ = {1.0f, 0.0f, 0.0f};
+  // Fewer elements than points, one missing, one beyond the ramp's range.
+  const myo_core::PlugActivationValues values = {0.5f, std::nullopt, 3.0f};
+  myo_core::ActivationFrame frame;
+  frame.remap = RampEntries{{0.0f, 1.0f}, {0.0f, 2.0f}, {1, 1}};
+  frame.plug_values = &values;
+  const myo_core::ActivationSetup setup{myo_core::kActivationPlugValues, "", 1, 1.0f};
+  myo_core::InitActivations(setup, frame, MeshData(), data);
+  EXPECT_EQ(data.activations_, (std::vector<float>{1.0f, 0.2f, 1.0f, 0.4f}));
+  EXPECT_TRUE(data.vertex_fibers_.empty());
+  EXPECT_EQ(log.lines(), (std::vector<std::string>{
+                             Info("Using point activations driven by input array plug."),
+                             Warning("Activation remap contains non-normalized inputs. The output will be clamped "
+                                     "between 0 and 1.")}));
+
+  // More elements than points: the points take theirs, the rest is unread.
+  const myo_core::PlugActivationValues many(100000, 0.75f);
+  frame.plug_values = &many;
+  frame.remap = kIdentityRamp;
+  myo_core::UpdateActivations(myo_core::kActivationPlugValues, frame, data);
+  EXPECT_EQ(data.activations_, std::vector<float>(4, 0.75f));
+  std::vector<float> large(50000, 0.0f);
+  ASSERT_TRUE(myo_core::ActivationsFromPlugValues(&many, kIdentityRamp, large));
+  EXPECT_EQ(large, std::vector<float>(50000, 0.75f));
+
+  // No element for the geometry: a warning at initialisation, 0 in a step;
+  // mode 2 leaves everything alone.
+  frame.plug_values = nullptr;
+  log.Clear();
+  myo_core::InitActivations(setup, frame, MeshData(), data);
+  EXPECT_EQ(log.lines(), std::vector<std::string>{Warning("Input array data is invalid or not provided.")});
+  myo_core::UpdateActivations(myo_core::kActivationNone, frame, data);
+  EXPECT_EQ(data.activations_, std::vector<float>(4, 0.75f));
+  myo_core::UpdateActivations(myo_core::kActivationPlugValues, frame, data);
+  EXPECT_EQ(data.activations_, std::vector<float>(4, 0.0f));
+}
+
+TEST(PatchActivationTest, ModesColoursAndDisplayFollowTheNode) {
+  // The constants name the fields of the "activationMode" table.
+  EXPECT_EQ(myo_core::ActivationMode().at(myo_core::kActivationMusclePatches), "Muscle Patches");
+  EXPECT_EQ(myo_core::ActivationMode().at(myo_core::kActivationPlugValues), "Plug Values");
+  EXPECT_EQ(myo_core::ActivationMode().at(myo_core::kActivationNone), "No Activation");
+  EXPECT_FALSE(myo_core::WritesOutActivation(true, myo_core::kActivationNone));
+  EXPECT_TRUE(myo_core::WritesOutActivation(true, myo_core::kActivationPlugValues));
+
+  std::vector<float> rgba(3, 9.0f);
+  myo_core::ActivationColors({0.25f, 1.0f}, rgba);
+  EXPECT_EQ(rgba, (std::vector<float>{0.25f, 0.0f, 0.0f, 1.0f, 1.0f, 0.0f, 0.0f, 1.0f}));
+
+  using myo_core::ActivationDisplay;
+  bool showing = false;
+  EXPECT_EQ(myo_core::NextActivationDisplay(false, showing), ActivationDisplay::kLeave);
+  EXPECT_EQ(myo_core::NextActivationDisplay(true, showing), ActivationDisplay::kShowColors);
+  EXPECT_EQ(myo_core::NextActivationDisplay(true, showing), ActivationDisplay::kShowColors);
+  EXPECT_EQ(myo_core::NextActivationDisplay(false, showing), ActivationDisplay::kHideColors);
+  EXPECT_FALSE(showing);
+  EXPECT_EQ(myo_core::NextActivationDisplay(false, showing), ActivationDisplay::kLeave);
+}
