@@ -12,6 +12,7 @@
 #include <fstream>
 #include <iterator>
 #include <limits>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -201,6 +202,24 @@ TEST(FuzzHarnessMeshChecks, ReadMeshesPassAndEachBrokenPartIsNamed) {
   EXPECT_EQ(map.kind, "a value that is not a finite float");
   EXPECT_EQ(map.detail, "value 3");
   EXPECT_FALSE(myo_fuzz::FindMapFault({0.0f, -1e30f}).Found());
+}
+
+TEST(FuzzHarnessPatchesChecks, DeclaredCountsAndAcceptedFilesAreJudged) {
+  auto declared = [](const std::string& text) {
+    return myo_fuzz::DeclaredVertexCount(reinterpret_cast<const uint8_t*>(text.data()), text.size(), 4096);
+  };
+  EXPECT_EQ(declared("1\n4\n1 1 -1 2\n"), std::optional<uint32_t>(4));
+  EXPECT_EQ(declared(" \t1\r\n+12 x"), std::optional<uint32_t>(12));
+  EXPECT_EQ(declared("x 4096"), std::optional<uint32_t>(4096));
+  for (const char* text : {"", "1", "1\n", "1 4096x", "1 -4", "1 4097", "1 99999999999999999999999", "1 +"})
+    EXPECT_EQ(declared(text), std::nullopt) << text;
+
+  EXPECT_FALSE(myo_fuzz::FindPatchesFault(2, {1, -1}, {0.5f}).Found());
+  EXPECT_EQ(myo_fuzz::FindPatchesFault(3, {1, -1}, {0.5f}).kind, "ids that are not one per vertex");
+  EXPECT_EQ(myo_fuzz::FindPatchesFault(2, {1, -1}, {}).kind, "no fiber value");
+  const myo_fuzz::Fault nan = myo_fuzz::FindPatchesFault(1, {1}, {0.5f, std::nanf("")});
+  EXPECT_EQ(nan.kind, "a fiber with a value that is not a finite float");
+  EXPECT_EQ(nan.detail, "value 2");
 }
 
 TEST(FuzzHarnessSceneChecks, ReadScenesPassAndUnplayableOnesAreNamed) {

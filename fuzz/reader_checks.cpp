@@ -57,6 +57,36 @@ Fault FindMapFault(const std::vector<float>& values) {
   return {};
 }
 
+Fault FindPatchesFault(uint32_t expected_count, const std::vector<int32_t>& ids, const std::vector<float>& fibers) {
+  if (ids.size() != expected_count)
+    return {"ids that are not one per vertex",
+            std::to_string(ids.size()) + " ids for " + std::to_string(expected_count) + " vertices"};
+  if (fibers.empty()) return {"no fiber value", std::string()};
+  const Fault values = FindMapFault(fibers);
+  if (values.Found()) return {"a fiber with " + values.kind, values.detail};
+  return {};
+}
+
+std::optional<uint32_t> DeclaredVertexCount(const uint8_t* data, std::size_t size, uint32_t limit) {
+  auto blank = [](uint8_t c) { return c == ' ' || (c >= '\t' && c <= '\r'); };
+  std::size_t at = 0;
+  for (int word = 0; word < 2; ++word) {
+    while (at < size && blank(data[at])) ++at;
+    if (word == 0)
+      while (at < size && !blank(data[at])) ++at;
+  }
+  if (at < size && data[at] == '+') ++at;
+  uint64_t value = 0;
+  std::size_t digits = 0;
+  for (; at < size && !blank(data[at]); ++at, ++digits) {
+    if (data[at] < '0' || data[at] > '9') return std::nullopt;
+    value = value * 10 + (data[at] - '0');
+    if (value > limit) return std::nullopt;
+  }
+  if (digits == 0) return std::nullopt;
+  return static_cast<uint32_t>(value);
+}
+
 Fault FindSceneFault(const myo_app::Scene& scene) {
   if (scene.nodes.empty()) return {"no nodes", std::string()};
   for (std::size_t i = 0; i < scene.nodes.size(); ++i) {

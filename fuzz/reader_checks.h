@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -28,6 +29,15 @@ Fault FindMeshFault(const myo_io::ObjMesh& mesh);
 
 // Accepted map values are finite floats.
 Fault FindMapFault(const std::vector<float>& values);
+
+// An accepted muscle patches file gives one id per vertex of the mesh it was
+// read for and at least one fiber value, every one a finite float.
+Fault FindPatchesFault(uint32_t expected_count, const std::vector<int32_t>& ids, const std::vector<float>& fibers);
+
+// The vertex count a muscle patches file declares: its second
+// whitespace-separated word when that is decimal digits (a "+" before them
+// allowed) of a value up to `limit`; empty otherwise.
+std::optional<uint32_t> DeclaredVertexCount(const uint8_t* data, std::size_t size, uint32_t limit);
 
 // The runner can play an accepted scene: every node typed, on a base mesh,
 // after the nodes whose output it reads, with maps of one finite value (or

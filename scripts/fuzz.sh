@@ -4,23 +4,22 @@
 #
 #   bash scripts/fuzz.sh [SECONDS] [TARGET...]
 #
-# SECONDS per target (default 600); TARGETs among scene_reader, obj_reader and
-# map_reader (default all). Builds build/fuzz with clang, grows the corpus in
+# SECONDS per target (default 600); TARGETs among scene_reader, obj_reader,
+# map_reader and patches_reader (default all). Builds build/fuzz with clang, grows the corpus in
 # build/fuzz/corpus/<target>, keeps one input per distinct fault with its
 # report in build/fuzz/findings/<target>, and exits 1 when a finding stands.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 root=$PWD
 
-all_targets=(scene_reader obj_reader map_reader)
-# A muscle patches file reader joins here as patches_reader, with a case in
-# each of max_len_of, dictionary_of and example_seeds_of below.
+all_targets=(scene_reader obj_reader map_reader patches_reader)
 
 max_len_of() {
   case $1 in
     scene_reader) echo 16384 ;;
     obj_reader) echo 131072 ;;  # the example's meshes are up to 90 kB
     map_reader) echo 8192 ;;
+    patches_reader) echo 4096 ;;
   esac
 }
 
@@ -29,6 +28,7 @@ dictionary_of() {
     scene_reader) echo "build/fuzz/fuzz/scene_reader.dict" ;;  # made from the attribute tables
     obj_reader) echo "fuzz/obj_reader.dict" ;;
     map_reader) echo "fuzz/map_reader.dict" ;;
+    patches_reader) echo "fuzz/patches_reader.dict" ;;
   esac
 }
 
@@ -37,6 +37,7 @@ example_seeds_of() {
     scene_reader) compgen -G "examples/*/*.json" || true ;;
     obj_reader) compgen -G "examples/*/meshes/*.obj" || true ;;
     map_reader) compgen -G "examples/*/maps/*.txt" || true ;;
+    patches_reader) compgen -G "examples/*/*.mmp" || true ;;
   esac
 }
 
