@@ -62,7 +62,7 @@ bool ActivationsFromPlugValues(const PlugActivationValues* values, const RampEnt
 void InitActivations(const ActivationSetup& setup, const ActivationFrame& frame, const MeshData& rest_mesh,
                      MusclePatchesData& data) {
   if (setup.mode == kActivationMusclePatches) {
-    InitMuscleData(setup.muscles_file, setup.smoothing, rest_mesh, setup.fibers_scale, data);
+    InitMuscleData(setup.muscles_file, setup.smoothing, rest_mesh, setup.fibers_scale, data, setup.fiber_surface);
     if (!data.patches_loaded_)
       LogWarning("Muscles patches data is invalid, not provided or does not match the number of vertices of the "
                  "simulated mesh.");

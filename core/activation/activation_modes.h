@@ -41,6 +41,8 @@ struct ActivationSetup {
   std::string muscles_file;        // "musclesFile"
   int32_t smoothing = 1;           // "activationSmoothing"
   float fibers_scale = 1.0f;       // "debugMuscleFibersScale"
+  // The mesh the debug fibers are projected on; null for the rest mesh.
+  const MeshData* fiber_surface = nullptr;
 };
 
 // Activations from the muscle patches and the deform mesh: deform_positions_

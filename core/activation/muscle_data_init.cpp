@@ -12,7 +12,7 @@
 namespace myo_core {
 
 void InitMuscleData(const std::string& path, int32_t smoothing, const MeshData& rest_mesh, float fibers_scale,
-                    MusclePatchesData& data) {
+                    MusclePatchesData& data, const MeshData* surface) {
   const bool timed = GetLevel() == 0;
   const auto start = std::chrono::steady_clock::now();
 
@@ -38,7 +38,7 @@ void InitMuscleData(const std::string& path, int32_t smoothing, const MeshData& 
   if (rest_mesh.polygon_triangle_counts.size() != rest_mesh.PolygonCount())
     ReportError("Unexpected number of polygons during reference mesh processing", "");
   else
-    ProjectVertexFibers(rest_mesh, data);
+    ProjectVertexFibers(rest_mesh, data, surface);
 
   if (timed) {
     const auto ns = std::chrono::duration_cast<std::chrono::nanoseconds>(std::chrono::steady_clock::now() - start);
@@ -87,9 +87,10 @@ float ShortestEdgeLength(const MeshData& mesh) {
   return shortest;
 }
 
-void ProjectVertexFibers(const MeshData& mesh, MusclePatchesData& data) {
+void ProjectVertexFibers(const MeshData& mesh, MusclePatchesData& data, const MeshData* surface) {
+  const MeshData& on = surface != nullptr ? *surface : mesh;
   ClosestPointQuery query;
-  query.Build(mesh.points, mesh.triangle_vertices, mesh.polygon_triangle_counts);
+  query.Build(on.points, on.triangle_vertices, on.polygon_triangle_counts);
   std::size_t n = mesh.PointCount();
   if (data.vertex_fibers_.size() / 3 < n) n = data.vertex_fibers_.size() / 3;
   if (data.fiber_bary_u_.size() < n || data.fiber_bary_v_.size() < n || data.fiber_triangles_.size() / 3 < n) return;
@@ -116,9 +117,9 @@ void ProjectVertexFibers(const MeshData& mesh, MusclePatchesData& data) {
     data.fiber_bary_u_[i] = found ? hit.bary_u : 0.0f;
     data.fiber_bary_v_[i] = found ? hit.bary_v : 0.0f;
     const std::size_t corner = 3 * static_cast<std::size_t>(hit.triangle);
-    const bool known = found && hit.triangle >= 0 && corner + 2 < mesh.triangle_vertices.size();
+    const bool known = found && hit.triangle >= 0 && corner + 2 < on.triangle_vertices.size();
     for (std::size_t k = 0; k < 3; ++k)
-      data.fiber_triangles_[3 * i + k] = degenerate || !known ? 0 : mesh.triangle_vertices[corner + k];
+      data.fiber_triangles_[3 * i + k] = degenerate || !known ? 0 : on.triangle_vertices[corner + k];
   }
 }
 

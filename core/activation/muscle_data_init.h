@@ -33,8 +33,10 @@ namespace myo_core {
 //     leaves the fibers unprojected.
 // With the log level at 0 the time taken is logged as "Init Muscle Data time
 // (ns): ".
+// `surface`, when given, is the mesh the fibers are projected on (the
+// node's input geometry); else the rest mesh itself.
 void InitMuscleData(const std::string& path, int32_t smoothing, const MeshData& rest_mesh, float fibers_scale,
-                    MusclePatchesData& data);
+                    MusclePatchesData& data, const MeshData* surface = nullptr);
 
 // vertex_fibers_ (3N) from the smoothing lists: for each point the sum of
 // the fibers of the patches in its list (ids below 1 or without a fiber
@@ -56,6 +58,8 @@ float ShortestEdgeLength(const MeshData& mesh);
 // its tip are less than 1e-6 apart). A fiber whose length is above 1e-6 and
 // differs from 1 by more than 1e-6 is left as it is, with the warning
 // "Projecting vertex fiber without a normalized direction.".
-void ProjectVertexFibers(const MeshData& mesh, MusclePatchesData& data);
+// The tips start at the points of `mesh` and are taken to the closest point
+// of `surface` when given, else of `mesh`.
+void ProjectVertexFibers(const MeshData& mesh, MusclePatchesData& data, const MeshData* surface = nullptr);
 
 }  // namespace myo_core

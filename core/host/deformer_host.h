@@ -7,6 +7,7 @@
 // mesh functions; the standalone host from its time line and scene.
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -80,6 +81,16 @@ class DeformerHost {
   // Shape. Writes the activations into "outActivation" of the geometry's
   // element of "outActivationList".
   virtual void WriteOutActivation(const std::vector<float>& activations) { (void)activations; }
+  // The "activation" values of the geometry's element of "activationList":
+  // entry i holds the element of logical index i, empty where there is none.
+  // False when the list has no element for the geometry.
+  virtual bool ReadActivationValues(std::vector<std::optional<float>>& values) {
+    values.clear();
+    return false;
+  }
+  // Shows `rgba` (4 floats a point) as the output mesh's vertex colours and
+  // switches their display on; with null, switches the display off.
+  virtual void ShowVertexColors(const std::vector<float>* rgba) { (void)rgba; }
 
   // A mesh attribute of the node by long name ("referenceMesh", "animMesh",
   // "collisionMesh", ...), read as `what` asks. `mesh` stays valid until the

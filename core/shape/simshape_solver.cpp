@@ -2,6 +2,9 @@
 
 #include <cmath>
 
+#include "core/solver/solver_stages.h"
+#include "core/solver/stop_request.h"
+
 namespace myo_core {
 
 namespace {
@@ -44,6 +47,40 @@ void ApplyAttraction(SimshapeSolver& solver) {
     const float a = solver.attraction_[i];
     for (uint32_t k = 3 * i; k < 3 * i + 3; ++k) p[k] += (target[k] - p[k]) * a;
   }
+}
+
+bool CollisionsActive(const SimshapeSolver& solver) {
+  const SlideCollisionConstraints* collisions = solver.slide_collision_constraints_.get();
+  return collisions != nullptr && solver.compute_collisions_ && !collisions->collision_distances_.empty();
+}
+
+void StepSimshape(SimshapeSolver& solver) {
+  BeginStep(solver);
+  ComputeAttraction(solver);
+  ApplyAttraction(solver);
+  const bool has_transform = !IsIdentity(solver.world_matrix_);
+  const bool collisions = CollisionsActive(solver);
+  if (collisions)
+    UpdateCollisionSlidingPoints(has_transform, solver.positions_, solver.world_matrix_,
+                                 *solver.slide_collision_constraints_);
+
+  // The attraction guards the rows only when it holds a value per point.
+  const bool attracted = solver.attraction_.size() == solver.point_count_;
+  const float* attraction = attracted ? solver.attraction_.data() : nullptr;
+  float* positions = solver.positions_.data();
+  float* lambdas = solver.lambdas_.data();
+  for (uint32_t iteration = 0; iteration < solver.iterations_ && !StopRequested(); ++iteration) {
+    SolveDistanceRows(*solver.distance_constraints_, solver.compliance_, positions, lambdas, attraction);
+    SolveShapeRows(*solver.shape_constraints_, positions, lambdas);
+    if (collisions && attracted) {
+      const SlideCollisionConstraints& group = *solver.slide_collision_constraints_;
+      ForEachBlock(solver.point_blocks_, [&](uint32_t first, uint32_t count) {
+        SolveSlideCollisionRows(group, first, count, solver.attraction_, solver.compliance_, has_transform,
+                                solver.world_matrix_, solver.world_matrix_inverse_, positions, lambdas);
+      });
+    }
+  }
+  EndStep(solver);
 }
 
 }  // namespace myo_core
