@@ -1,6 +1,7 @@
 #include "io/map_file.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <fstream>
 #include <sstream>
 
@@ -37,6 +38,17 @@ bool ReadMapFile(const std::string& path, std::vector<float>& values, std::strin
   }
   values = std::move(out);
   return true;
+}
+
+std::string MapFileText(const std::vector<float>& values, const std::string& comment) {
+  std::string text = "# " + comment + "\n";
+  text.reserve(text.size() + 16 * values.size());
+  char line[32];
+  for (float value : values) {
+    std::snprintf(line, sizeof line, "%.9g\n", static_cast<double>(value));
+    text += line;
+  }
+  return text;
 }
 
 }  // namespace myo_io

@@ -13,4 +13,8 @@ namespace myo_io {
 // words) or a number beyond the float range.
 bool ReadMapFile(const std::string& path, std::vector<float>& values, std::string& error);
 
+// The text of a map file: a comment line, then one value per line, printed
+// so that ReadMapFile gives the same floats back.
+std::string MapFileText(const std::vector<float>& values, const std::string& comment);
+
 }  // namespace myo_io

@@ -15,6 +15,7 @@
 #include "app/run/scene_attribute_source.h"
 #include "app/run/scene_run.h"
 #include "app/scene/scene_reader.h"
+#include "io/map_file.h"
 #include "core/solver/stop_request.h"
 #include "scenes/muscle_meshes.h"
 #include "support/command_runner.h"
@@ -262,3 +263,49 @@ TEST_F(SceneRunTest, AMeshThatFollowsATransformMovesInItsOwnSpace) {
   EXPECT_FALSE(myo_app::ReadScene(dir_.File("scene.json"), refused, error));
   EXPECT_EQ(error, dir_.File("scene.json") + ": meshes[0].follows: \"nobody\" is not a transform of the scene");
 }
+
+namespace {
+
+TEST_F(SceneRunTest, AShapeNodeWritesItsActivationsAsMapFilesBesideItsFrames) {
+  // Activation from plug values, given as the map "activation" of the
+  // geometry's element: points 0 to 9 at 0.25, the rest at 1. A ramp that
+  // doubles its input (clamped) remaps them.
+  json values = json::array();
+  const std::size_t points = myo_scenes::MakeSpindle(12, 8, 10.0f, 1.0f).points.size() / 3;
+  for (std::size_t i = 0; i < points; ++i) values.push_back(i < 10 ? 0.25 : 1.0);
+  scene_["nodes"] = json::array();
+  scene_["nodes"].push_back({{"name", "jiggle"},
+                             {"type", "MyoSimshape"},
+                             {"input", "mesh"},
+                             {"attributes",
+                              {{"activationMode", "Plug Values"},
+                               {"writeOutActivation", {{"keys", json::parse("[[1, 0], [3, 1]]")}}},
+                               {"activationRemap", json::parse("[[0, 0, 1], [0.5, 1, 1]]")}}},
+                             {"maps", {{{"name", "activation"}, {"values", values}}}}});
+  const myo_app::Scene scene = Read();
+  myo_app::RunOptions options;
+  options.output_directory = dir_.File("out");
+  options.format = myo_app::OutputFormat::kPc2;
+  std::string error;
+  ASSERT_EQ(myo_app::RunScene(scene, options, error), myo_app::RunResult::kDone) << error;
+  const std::string files = myo_test::ListFiles(dir_.File("out"));
+  EXPECT_NE(files.find("jiggle.pc2\n"), std::string::npos);
+  EXPECT_NE(files.find("jiggle/jiggle.outActivation.0001.txt\n"), std::string::npos);
+  EXPECT_NE(files.find("jiggle/jiggle.outActivation.0006.txt\n"), std::string::npos);
+
+  // Until the switch comes on (frame 3) the plug holds the zeros of the
+  // build; then the activations of the step.
+  std::vector<float> first, last;
+  ASSERT_TRUE(myo_io::ReadMapFile(dir_.File("out/jiggle/jiggle.outActivation.0001.txt"), first, error)) << error;
+  ASSERT_TRUE(myo_io::ReadMapFile(dir_.File("out/jiggle/jiggle.outActivation.0006.txt"), last, error)) << error;
+  ASSERT_EQ(first.size(), points);
+  ASSERT_EQ(last.size(), points);
+  EXPECT_EQ(first, std::vector<float>(points, 0.0f));
+  EXPECT_FLOAT_EQ(last[0], 0.5f);
+  EXPECT_FLOAT_EQ(last[9], 0.5f);
+  EXPECT_FLOAT_EQ(last[10], 1.0f);
+  const json summary = json::parse(myo_test::ReadFile(dir_.File("out/summary.json")));
+  EXPECT_EQ(summary["nodes"][0]["out_activation"], "jiggle/jiggle.outActivation.####.txt");
+}
+
+}  // namespace

@@ -5,6 +5,7 @@
 
 #include "app/run/scene_attribute_source.h"
 #include "core/muscle/muscle_frame_reader.h"
+#include "core/shape/shape_frame_reader.h"
 #include "core/skin/skin_frame_reader.h"
 #include "core/kernels/volume_constraint.h"
 
@@ -24,7 +25,7 @@ double MaxSpeed(const std::vector<float>& velocities) {
 }  // namespace
 
 NodeRunner::NodeRunner(const Scene& scene, const SceneNode& node)
-    : scene_(scene), node_(node), host_(scene, node) {
+    : scene_(scene), node_(node), host_(scene, node, maps_) {
   output_ = scene.BaseMesh(node)->data;
   for (const SceneMap& map : node.maps) {
     const uint32_t width = map.children.empty() ? 1u : static_cast<uint32_t>(map.children.size());
@@ -34,6 +35,7 @@ NodeRunner::NodeRunner(const Scene& scene, const SceneNode& node)
     case NodeKind::kMuscle: muscle_ = std::make_unique<myo_core::MuscleDeformer>(); break;
     case NodeKind::kRibbonMuscle: ribbon_ = std::make_unique<myo_core::RibbonMuscleDeformer>(); break;
     case NodeKind::kSkin: skin_ = std::make_unique<myo_core::SkinDeformer>(); break;
+    case NodeKind::kShape: shape_ = std::make_unique<myo_core::ShapeDeformer>(); break;
   }
 }
 
@@ -87,6 +89,19 @@ bool NodeRunner::EvaluateSkin(double frame, std::string& error) {
   return true;
 }
 
+bool NodeRunner::EvaluateShape(double frame) {
+  const SceneAttributeSource source(scene_, node_, frame);
+  myo_core::ShapeFrameValues values;
+  myo_core::ReadShapeFrameValues(source, values);
+  values.envelope = static_cast<float>(source.Number("envelope"));
+  values.local_to_world = LocalToWorld(frame);
+  host_.SetGeometryIndex(values.geometry_index);
+  const myo_core::ShapeEvaluation result = shape_->Evaluate(values, input_points_, host_, maps_, output_points_);
+  figures_.stepped = result.stepped;
+  TakeOutput(shape_->solver());
+  return true;
+}
+
 // The transform that places a mesh of the scene or a node's output, or "".
 std::string NodeRunner::PlacingTransform(const std::string& name) const {
   const SceneMesh* mesh = scene_.FindMesh(name);
@@ -127,6 +142,7 @@ bool NodeRunner::Evaluate(double frame, bool playing, SceneMeshes& meshes, std::
     case NodeKind::kMuscle: ok = EvaluateMuscle(*muscle_, frame, true); break;
     case NodeKind::kRibbonMuscle: ok = EvaluateMuscle(*ribbon_, frame, false); break;
     case NodeKind::kSkin: ok = EvaluateSkin(frame, error); break;
+    case NodeKind::kShape: ok = EvaluateShape(frame); break;
   }
   figures_.evaluate_ms = std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - begin).count();
   return ok;

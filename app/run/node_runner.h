@@ -14,6 +14,7 @@
 #include "app/scene/scene.h"
 #include "core/maps/map_store.h"
 #include "core/muscle/muscle_deformer.h"
+#include "core/shape/shape_deformer.h"
 #include "core/skin/skin_deformer.h"
 
 namespace myo_app {
@@ -40,11 +41,15 @@ class NodeRunner {
   const SceneNode& node() const { return node_; }
   const myo_core::MeshData& output() const { return output_; }
   const NodeFigures& figures() const { return figures_; }
+  // A shape node's "outActivation" after the last evaluation; empty for
+  // other nodes and before a shape's first build.
+  const std::vector<float>& out_activation() const { return host_.out_activation(); }
 
  private:
   template <class Deformer>
   bool EvaluateMuscle(Deformer& deformer, double frame, bool with_volume);
   bool EvaluateSkin(double frame, std::string& error);
+  bool EvaluateShape(double frame);
   myo_core::Matrix LocalToWorld(double frame) const;
   std::string PlacingTransform(const std::string& name) const;
   // False, naming the transform, when a matrix the node reads at `frame` is
@@ -63,6 +68,7 @@ class NodeRunner {
   std::unique_ptr<myo_core::MuscleDeformer> muscle_;
   std::unique_ptr<myo_core::RibbonMuscleDeformer> ribbon_;
   std::unique_ptr<myo_core::SkinDeformer> skin_;
+  std::unique_ptr<myo_core::ShapeDeformer> shape_;
 };
 
 }  // namespace myo_app

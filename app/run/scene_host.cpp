@@ -7,7 +7,18 @@
 
 namespace myo_app {
 
-SceneHost::SceneHost(const Scene& scene, const SceneNode& node) : scene_(scene), node_(node) {}
+SceneHost::SceneHost(const Scene& scene, const SceneNode& node, const myo_core::MapPort& maps)
+    : scene_(scene), node_(node), maps_(maps) {}
+
+bool SceneHost::ReadActivationValues(std::vector<std::optional<float>>& values) {
+  values.clear();
+  const uint32_t count = maps_.ElementCount("activationList", "activation", geometry_index_);
+  if (count == 0) return false;
+  std::vector<float> read;
+  maps_.ReadFloats("activationList", "activation", geometry_index_, count, 0.0f, read);
+  values.assign(read.begin(), read.end());
+  return true;
+}
 
 void SceneHost::SetFrame(double frame, bool playing, SceneMeshes& meshes) {
   frame_ = frame;

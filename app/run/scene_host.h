@@ -11,6 +11,7 @@
 
 #include "app/scene/scene.h"
 #include "core/host/deformer_host.h"
+#include "core/maps/map_port.h"
 
 namespace myo_app {
 
@@ -27,7 +28,9 @@ class SceneMeshes {
 
 class SceneHost : public myo_core::DeformerHost {
  public:
-  SceneHost(const Scene& scene, const SceneNode& node);
+  // `maps` holds the node's painted maps; the shape's "activation" values
+  // are read from it as a map of "activationList".
+  SceneHost(const Scene& scene, const SceneNode& node, const myo_core::MapPort& maps);
 
   // The frame the next evaluation plays, whether the time line plays, and
   // where meshes come from.
@@ -44,6 +47,15 @@ class SceneHost : public myo_core::DeformerHost {
   myo_core::MeshInput ReadMesh(const std::string& attribute, myo_core::MeshRead what,
                                const myo_core::MeshData*& mesh) override;
 
+  // Shape. "outActivation" is kept for the runner to write; colours are not
+  // shown anywhere here.
+  void WriteOutActivation(const std::vector<float>& activations) override { out_activation_ = activations; }
+  bool ReadActivationValues(std::vector<std::optional<float>>& values) override;
+  // The values last written to "outActivation"; empty before the first build.
+  const std::vector<float>& out_activation() const { return out_activation_; }
+  // The geometry's element of the node's list attributes.
+  void SetGeometryIndex(uint32_t index) { geometry_index_ = index; }
+
  private:
   // Logical indices with every child of `children` connected, ascending, and
   // the world matrices of the transforms connected to them.
@@ -55,6 +67,9 @@ class SceneHost : public myo_core::DeformerHost {
   double frame_ = 0.0;
   bool playing_ = false;
   SceneMeshes* meshes_ = nullptr;
+  const myo_core::MapPort& maps_;
+  uint32_t geometry_index_ = 0;
+  std::vector<float> out_activation_;
 };
 
 }  // namespace myo_app

@@ -19,6 +19,7 @@
 #include "app/run/scene_meshes.h"
 #include "core/log/logger.h"
 #include "io/atomic_file.h"
+#include "io/map_file.h"
 #include "io/obj_mesh.h"
 #include "io/point_cache.h"
 
@@ -44,6 +45,16 @@ struct NodeTotals {
   std::optional<double> min_volume_ratio;  // nodes with a volume row
   std::optional<double> max_volume_ratio;
 };
+
+// A shape node whose "writeOutActivation" is on at some frame: its
+// "outActivation" is written beside its frames.
+bool WritesActivation(const SceneNode& node) {
+  if (node.type->kind != NodeKind::kShape) return false;
+  const auto track = node.attributes.find("writeOutActivation");
+  if (track == node.attributes.end()) return false;
+  return std::any_of(track->second.values.begin(), track->second.values.end(),
+                     [](double value) { return value != 0.0; });
+}
 
 std::string Csv(double value) {
   std::ostringstream out;
@@ -110,13 +121,15 @@ class SceneRun {
     OutputPlan plan;
     const Timeline& t = scene_.timeline;
     for (const SceneNode& node : scene_.nodes) {
-      if (options_.format == OutputFormat::kPc2) {
-        plan.files.push_back(node.name + ".pc2");
-        continue;
+      const bool objs = options_.format != OutputFormat::kPc2;
+      const bool activations = WritesActivation(node);
+      if (!objs) plan.files.push_back(node.name + ".pc2");
+      if (objs || activations) plan.folders.push_back(node.name);
+      for (long long frame = static_cast<long long>(t.start); frame <= static_cast<long long>(t.end); ++frame) {
+        if (objs) plan.files.push_back(node.name + "/" + FrameFileName(node.name, static_cast<double>(frame)));
+        if (activations)
+          plan.files.push_back(node.name + "/" + ActivationFileName(node.name, static_cast<double>(frame)));
       }
-      plan.folders.push_back(node.name);
-      for (long long frame = static_cast<long long>(t.start); frame <= static_cast<long long>(t.end); ++frame)
-        plan.files.push_back(node.name + "/" + FrameFileName(node.name, static_cast<double>(frame)));
     }
     plan.files.push_back("figures.csv");
     plan.files.push_back("summary.json");
@@ -154,6 +167,7 @@ class SceneRun {
   bool WriteFrame(double frame, std::string& error) {
     for (std::size_t i = 0; i < runners_.size(); ++i) {
       const NodeRunner& runner = *runners_[i];
+      if (WritesActivation(runner.node()) && !WriteActivation(frame, runner, error)) return false;
       if (options_.format == OutputFormat::kPc2) {
         if (!caches_[i]->Append(runner.output().points, error)) return false;
         continue;
@@ -165,6 +179,14 @@ class SceneRun {
       if (!myo_io::WriteFileAtomically(file, text, error)) return false;
     }
     return true;
+  }
+
+  bool WriteActivation(double frame, const NodeRunner& runner, std::string& error) {
+    const std::string& name = runner.node().name;
+    const std::string file = (fs::path(Path(name)) / ActivationFileName(name, frame)).string();
+    const std::string text =
+        myo_io::MapFileText(runner.out_activation(), name + " outActivation at frame " + FrameTag(frame));
+    return myo_io::WriteFileAtomically(file, text, error);
   }
 
   bool CommitOutputs(std::string& error) {
@@ -207,6 +229,7 @@ class SceneRun {
           {"output", options_.format == OutputFormat::kPc2 ? node.name + ".pc2"
                                                             : node.name + "/" + node.name + ".####.obj"},
       };
+      if (WritesActivation(node)) entry["out_activation"] = node.name + "/" + node.name + ".outActivation.####.txt";
       if (totals.min_volume_ratio) {
         entry["min_volume_ratio"] = *totals.min_volume_ratio;
         entry["max_volume_ratio"] = *totals.max_volume_ratio;
@@ -237,6 +260,10 @@ class SceneRun {
 }  // namespace
 
 std::string FrameFileName(const std::string& node, double frame) { return node + "." + FrameTag(frame) + ".obj"; }
+
+std::string ActivationFileName(const std::string& node, double frame) {
+  return node + ".outActivation." + FrameTag(frame) + ".txt";
+}
 
 std::string FrameTag(double frame) {
   char text[32];

@@ -29,6 +29,8 @@ enum class RunResult { kDone, kFailed, kInterrupted };
 // Outputs, in the output directory:
 // - OBJ: <node>/<node>.<frame>.obj for every node and frame, or
 //   PC2: <node>.pc2, one point cache per node;
+// - <node>/<node>.outActivation.<frame>.txt for a shape node that writes
+//   its activations;
 // - figures.csv: one row per node and written frame;
 // - summary.json: the run as a whole.
 // Every file is written atomically. On a failure `error` names it.
@@ -38,5 +40,8 @@ RunResult RunScene(const Scene& scene, const RunOptions& options, std::string& e
 std::string FrameTag(double frame);
 // The OBJ file of a node at a frame: "<node>.<frame>.obj".
 std::string FrameFileName(const std::string& node, double frame);
+// A shape node's "outActivation" at a frame, as a map file:
+// "<node>.outActivation.<frame>.txt".
+std::string ActivationFileName(const std::string& node, double frame);
 
 }  // namespace myo_app

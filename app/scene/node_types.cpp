@@ -3,6 +3,7 @@
 #include "core/attributes/attribute_builders.h"
 #include "core/muscle/muscle_attributes.h"
 #include "core/plugin/registration_table.h"
+#include "core/shape/shape_attributes.h"
 #include "core/skin/skin_attributes.h"
 
 namespace myo_app {
@@ -19,6 +20,8 @@ const std::vector<NodeType>& NodeTypes() {
        "open sheet of muscle, as MyoMuscle without volume"},
       {myo_core::kMyoSkinTypeName, NodeKind::kSkin, &myo_core::SkinAttributes(),
        "skin held on a reference mesh by hard, soft and slide constraints"},
+      {myo_core::kMyoSimshapeTypeName, NodeKind::kShape, &myo_core::ShapeAttributes(),
+       "soft mass that jiggles towards its animated shape and keeps off a collider"},
   };
   return types;
 }

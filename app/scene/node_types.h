@@ -10,7 +10,7 @@
 
 namespace myo_app {
 
-enum class NodeKind { kMuscle, kRibbonMuscle, kSkin };
+enum class NodeKind { kMuscle, kRibbonMuscle, kSkin, kShape };
 
 struct NodeType {
   std::string name;  // the Maya type name
