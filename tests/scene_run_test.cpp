@@ -19,6 +19,7 @@
 #include "core/solver/stop_request.h"
 #include "scenes/muscle_meshes.h"
 #include "support/command_runner.h"
+#include "support/log_capture.h"
 
 namespace {
 
@@ -306,6 +307,58 @@ TEST_F(SceneRunTest, AShapeNodeWritesItsActivationsAsMapFilesBesideItsFrames) {
   EXPECT_FLOAT_EQ(last[10], 1.0f);
   const json summary = json::parse(myo_test::ReadFile(dir_.File("out/summary.json")));
   EXPECT_EQ(summary["nodes"][0]["out_activation"], "jiggle/jiggle.outActivation.####.txt");
+}
+
+}  // namespace
+
+namespace {
+
+TEST_F(SceneRunTest, AShapeNodeActivatesFromItsPatchesFileAndRunsOnWithoutARefusedOne) {
+  // Every point in patch 1, whose fiber runs along x; the deform mesh is the
+  // spindle carried along x by "bone", so the patch activates as it moves.
+  const std::size_t points = myo_scenes::MakeSpindle(12, 8, 10.0f, 1.0f).points.size() / 3;
+  std::string ids;
+  for (std::size_t i = 0; i < points; ++i) ids += (i ? " 1" : "1");
+  dir_.Write("belly.mmp", "1\n" + std::to_string(points) + "\n" + ids + "\n1.0 0.0 0.0\n");
+  dir_.Write("belly.txt", "1\n" + std::to_string(points) + "\n" + ids + "\n1.0 0.0 0.0\n");
+  scene_["transforms"][0]["keys"] = json::parse(R"([{"frame": 1}, {"frame": 6, "translate": [4, 0, 0]}])");
+  scene_["meshes"].push_back({{"name", "moving"}, {"file", "spindle.obj"}, {"follows", "bone"}});
+  scene_["nodes"] = json::array();
+  scene_["nodes"].push_back({{"name", "jiggle"},
+                             {"type", "MyoSimshape"},
+                             {"input", "mesh"},
+                             {"attributes",
+                              {{"activationMode", "Muscle Patches"},
+                               {"musclesFile", "belly.mmp"},
+                               {"writeOutActivation", true}}},
+                             {"connections", {{"deformMesh", "moving"}}}});
+  std::vector<float> activations;
+  {
+    const myo_app::Scene scene = Read();
+    myo_app::RunOptions options;
+    options.output_directory = dir_.File("out");
+    std::string error;
+    ASSERT_EQ(myo_app::RunScene(scene, options, error), myo_app::RunResult::kDone) << error;
+    ASSERT_TRUE(myo_io::ReadMapFile(dir_.File("out/jiggle/jiggle.outActivation.0006.txt"), activations, error))
+        << error;
+  }
+  ASSERT_EQ(activations.size(), points);
+  for (float a : activations) EXPECT_GT(a, 0.1f);
+
+  // A file of another extension is refused with a warning at each build, and
+  // the node runs on without activation.
+  scene_["nodes"][0]["attributes"]["musclesFile"] = "belly.txt";
+  const myo_app::Scene scene = Read();
+  myo_app::RunOptions options;
+  options.output_directory = dir_.File("out");
+  std::string error;
+  myo_test::LogCapture log;
+  ASSERT_EQ(myo_app::RunScene(scene, options, error), myo_app::RunResult::kDone) << error;
+  EXPECT_GE(log.Count("[MyoForge][Warning] Muscles patches data is invalid, not provided or does not match the "
+                      "number of vertices of the simulated mesh."),
+            1u);
+  ASSERT_TRUE(myo_io::ReadMapFile(dir_.File("out/jiggle/jiggle.outActivation.0006.txt"), activations, error));
+  EXPECT_EQ(activations, std::vector<float>(points, 0.0f));
 }
 
 }  // namespace
