@@ -108,10 +108,12 @@ void ShapeDeformer::Step(const ShapeFrameValues& frame, const FrameDecision& dec
   s.compute_collisions_ = frame.compute_collisions;
   if (frame.compute_collisions && s.slide_collision_constraints_) {
     const MeshData* collider = ReadOptionalMesh(host, "collisionMesh", MeshRead::kWorldSpace);
-    // A collider that cannot be read onto the binding keeps its last shape.
-    if (collider != nullptr && collider->PointCount() > 0 &&
-        ReadColliderMesh(*collider, warn, *s.slide_collision_constraints_))
+    // A collider that cannot be read onto the binding (another vertex count)
+    // keeps its last shape.
+    if (collider != nullptr && collider->PointCount() > 0) {
+      ReadColliderMesh(*collider, warn, *s.slide_collision_constraints_);
       s.slide_collision_constraints_->keep_orientation_ = frame.keep_collision_orientation;
+    }
   }
 
   const MeshData* anim = ReadOptionalMesh(host, "animMesh", MeshRead::kPoints);
