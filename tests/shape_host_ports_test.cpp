@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "core/maps/map_store.h"
+#include "core/shape/shape_attributes.h"
 #include "core/shape/shape_deformer.h"
 #include "scenes/muscle_meshes.h"
 #include "support/log_capture.h"
@@ -213,4 +214,18 @@ TEST(ShapeHostPortsTest, MeshInputsAreAskedInTheFormTheHostReadsThem) {
   t.frame.compute_collisions = false;
   t.At(3);
   EXPECT_FALSE(t.host.ReadAtAll("collisionMesh"));
+}
+
+TEST(ShapeHostPortsTest, TheNodeMakesItsEightMapsPaintableInOneScriptInOrder) {
+  const std::string script = MakePaintableScript("MyoSimshape", ShapePaintableMaps());
+  std::string expected;
+  for (const char* map : {"attractForce", "collisionThresholdMultiplier", "compressionResistance", "globalDamping",
+                          "mass", "shapePreservation", "slideCollisionConstraints", "stretchingResistance"}) {
+    expected += std::string("makePaintable -attrType multiFloat -sm deformer MyoSimshape ") + map + ";\n";
+    // Each map is a per-point array of the node's table.
+    const AttributeInfo* info = FindAttribute(ShapeAttributes(), map);
+    ASSERT_NE(info, nullptr) << map;
+    EXPECT_TRUE(info->Has(kArray)) << map;
+  }
+  EXPECT_EQ(script, expected);
 }
