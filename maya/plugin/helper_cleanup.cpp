@@ -1,6 +1,7 @@
 #include "maya/plugin/helper_cleanup.h"
 
 #include <maya/MFnDependencyNode.h>
+#include <maya/MNodeMessage.h>
 #include <maya/MPlug.h>
 #include <maya/MPlugArray.h>
 #include <maya/MPxGeometryFilter.h>
@@ -94,6 +95,14 @@ void OnNodeAboutToDelete(MObject& node, MDGModifier& modifier, void* client_data
   if (!geometry_source.isNull() && !display_consumer.isNull()) modifier.connect(geometry_source, display_consumer);
   for (const MObject& locator : locators) modifier.deleteNode(locator);
   modifier.doIt();
+}
+
+MCallbackId AddHelperCleanupCallback(MObject& node) {
+  // The callback only reads the list; Maya's signature wants it mutable.
+  auto* helper_types = const_cast<std::vector<std::string>*>(&DeformerHelperTypes());
+  MStatus status;
+  const MCallbackId id = MNodeMessage::addNodeAboutToDeleteCallback(node, OnNodeAboutToDelete, helper_types, &status);
+  return status ? id : 0;
 }
 
 }  // namespace myo_maya

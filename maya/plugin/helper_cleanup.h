@@ -5,6 +5,7 @@
 // upstream geometry.
 
 #include <maya/MDGModifier.h>
+#include <maya/MMessage.h>
 #include <maya/MObject.h>
 
 #include <string>
@@ -18,5 +19,9 @@ const std::vector<std::string>& DeformerHelperTypes();
 // The about-to-delete callback: `client_data` points to the list of helper
 // type names (a const std::vector<std::string>).
 void OnNodeAboutToDelete(MObject& node, MDGModifier& modifier, void* client_data);
+
+// Registers OnNodeAboutToDelete with the shared helper types on `node`; the
+// caller removes the callback when the node dies. 0 when it cannot.
+MCallbackId AddHelperCleanupCallback(MObject& node);
 
 }  // namespace myo_maya

@@ -38,16 +38,18 @@ class MayaDeformerHost : public myo_core::DeformerHost {
   myo_core::MeshInput ReadMesh(const std::string& attribute, myo_core::MeshRead what,
                                const myo_core::MeshData*& mesh) override;
 
+ protected:
+  MObject node_;
+  MDataBlock& block_;
+  unsigned geometry_index_;
+  const NodeAttributes& attributes_;
+
  private:
   // The matrices of the elements of `list` with every one of `children`
   // connected, by logical index.
   void ReadConnectedMatrices(const char* list, const std::vector<const char*>& children,
                              myo_core::ConnectedMatrices& out);
 
-  MObject node_;
-  MDataBlock& block_;
-  unsigned geometry_index_;
-  const NodeAttributes& attributes_;
   MComputation computation_;
   bool progress_shown_ = false;
   std::vector<myo_core::MeshData> target_meshes_;  // what the targets of the last read point to

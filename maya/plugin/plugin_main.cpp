@@ -21,6 +21,7 @@
 #include "core/plugin/registration_table.h"
 #include "maya/nodes/myo_muscle_deformer.h"
 #include "maya/nodes/myo_ribbon_muscle_deformer.h"
+#include "maya/nodes/myo_simshape_deformer.h"
 #include "maya/nodes/myo_skin_deformer.h"
 #include "maya/plugin/maya_conversions.h"
 #include "maya/plugin/maya_logger_worker.h"
@@ -37,6 +38,7 @@ struct NodeClass {
 const NodeClass kNodeClasses[] = {
     {myo_core::kMyoRibbonMuscleTypeName, MyoRibbonMuscleDeformer::creator, MyoRibbonMuscleDeformer::initialize},
     {myo_core::kMyoMuscleTypeName, MyoMuscleDeformer::creator, MyoMuscleDeformer::initialize},
+    {myo_core::kMyoSimshapeTypeName, MyoSimshapeDeformer::creator, MyoSimshapeDeformer::initialize},
     {myo_core::kMyoSkinTypeName, MyoSkinDeformer::creator, MyoSkinDeformer::initialize},
 };
 
