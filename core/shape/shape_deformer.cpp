@@ -46,7 +46,8 @@ void ShapeDeformer::ReadActivationFrame(const ShapeFrameValues& frame, DeformerH
   out.deform_mesh = nullptr;
   out.plug_values = nullptr;
   const int32_t mode = whole ? frame.activation_mode : node_.activation_mode_;
-  if (mode == kActivationMusclePatches) {
+  // A step without a loaded patches file computes nothing from the mesh.
+  if (mode == kActivationMusclePatches && (whole || solver_->patches_loaded_)) {
     out.deform_mesh = ReadOptionalMesh(host, "deformMesh", MeshRead::kPoints);
   } else if (mode == kActivationPlugValues) {
     if (host.ReadActivationValues(plug_activations_)) out.plug_values = &plug_activations_;
@@ -97,7 +98,8 @@ void ShapeDeformer::Build(const ShapeFrameValues& frame, const FrameDecision& de
              "attractions.");
 }
 
-void ShapeDeformer::Step(const ShapeFrameValues& frame, const FrameDecision& decision, DeformerHost& host) {
+void ShapeDeformer::Step(const ShapeFrameValues& frame, const FrameDecision& decision,
+                         const std::vector<double>& input, DeformerHost& host) {
   SimshapeSolver& s = *solver_;
   const bool warn = !host.IsPlaying();
   if (frame.animatable_rest_mesh) {
@@ -120,8 +122,9 @@ void ShapeDeformer::Step(const ShapeFrameValues& frame, const FrameDecision& dec
   if (anim != nullptr && anim->PointCount() == s.point_count_ && s.point_count_ != 0) {
     s.attraction_targets_ = anim->points;
   } else {
-    if (!host.ReadInputMesh(input_mesh_)) input_mesh_ = MeshData{};
-    s.attraction_targets_ = input_mesh_.points;
+    // The input geometry of this evaluation: a deformer stack below this
+    // node drives the target.
+    s.attraction_targets_.assign(input.begin(), input.end());
   }
 
   ActivationFrame activation;
@@ -154,11 +157,12 @@ ShapeEvaluation ShapeDeformer::Evaluate(const ShapeFrameValues& frame, const std
   s.world_matrix_ = frame.local_to_world;
 
   if (decision.initialize) {
-    if (!host.ReadInputMesh(input_mesh_)) input_mesh_ = MeshData{};
-    Build(frame, decision, input_mesh_, host, maps);
+    MeshData input_mesh;
+    if (!host.ReadInputMesh(input_mesh)) input_mesh = MeshData{};
+    Build(frame, decision, input_mesh, host, maps);
   }
   if (decision.simulate) {
-    Step(frame, decision, host);
+    Step(frame, decision, input, host);
     result.stepped = true;
   }
   if (WritesOutActivation(frame.write_out_activation, node_.activation_mode_))

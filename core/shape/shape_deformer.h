@@ -49,12 +49,12 @@ class ShapeDeformer {
  private:
   void Build(const ShapeFrameValues& frame, const FrameDecision& decision, const MeshData& input_mesh,
              DeformerHost& host, MapPort& maps);
-  void Step(const ShapeFrameValues& frame, const FrameDecision& decision, DeformerHost& host);
+  void Step(const ShapeFrameValues& frame, const FrameDecision& decision, const std::vector<double>& input,
+            DeformerHost& host);
   void ReadActivationFrame(const ShapeFrameValues& frame, DeformerHost& host, bool whole, ActivationFrame& out);
 
   std::unique_ptr<SimshapeSolver> solver_;
   ShapeNodeState node_;
-  MeshData input_mesh_;  // the input geometry of the last evaluation that read it
   std::vector<std::optional<float>> plug_activations_;
   float last_time_ = 1.17549435e-38f;  // the smallest positive normal float
 };
