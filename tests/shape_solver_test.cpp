@@ -22,6 +22,8 @@
 #include "support/log_capture.h"
 #include "support/test_geometry.h"
 #include "support/test_host.h"
+#include "core/maps/map_store.h"
+#include "core/solver/compliance.h"
 
 using namespace myo_core;
 using myo_scenes::ShapeFrameSettings;
@@ -377,4 +379,218 @@ TEST(ShapeStepTest, CollisionsSwitchedOffRunNothingOfTheGroup) {
   ApplyMassesToWeights(off.solver, off.node.shape_map_, std::vector<float>(3, 1.0f));
   EXPECT_EQ(log.Count("[MyoForge][Debug] Could not apply masses to weights because of incorrect weight sizes."), 1u);
   EXPECT_EQ(off.solver.distance_constraints_->inverse_masses_, std::vector<float>(n, 0.25f));
+}
+
+namespace {
+
+// A 6 x 6 grid 0.5 above a 5 x 5 collider grid, and the inputs of its build.
+struct ShapeBuild {
+  MeshData input = myo_test::BuildMesh(Lifted(myo_scenes::MakeGrid(6, 6, 10.0f, 10.0f), 0.5f));
+  MeshData collider = myo_test::Placed(myo_test::BuildMesh(myo_scenes::MakeGrid(5, 5, 10.0f, 10.0f)),
+                                       IdentityMatrix());
+  MapStore maps;
+  ShapeBuildMeshes meshes;
+  ShapeBuildSettings settings;
+  ShapeAssemblyInputs inputs;
+  ShapeNodeState node;
+  SimshapeSolver solver;
+
+  ShapeBuild() {
+    meshes.input = &input;
+    inputs.node_name = "shape1";
+    inputs.thread_count = 2;
+    settings.max_collision_sliding_distance = 3.0f;
+    maps.SetAll("slideCollisionConstraintsList", "slideCollisionConstraints", 0,
+                std::vector<float>(input.PointCount(), 1.0f));
+  }
+  static myo_core::PolygonMesh Lifted(myo_core::PolygonMesh mesh, float height) {
+    for (std::size_t k = 1; k < mesh.points.size(); k += 3) mesh.points[k] += height;
+    return mesh;
+  }
+  void WithCollider(const MeshData* binding, const MeshData* current) {
+    settings.has_collider = true;
+    meshes.binding_collider = binding;
+    meshes.collider = current;
+  }
+  void Run() { InitSimshape(meshes, settings, maps, inputs, node, solver); }
+};
+
+}  // namespace
+
+TEST(ShapeInitTest, RestMeshFallsBackToTheInputWithItsWarnings) {
+  const MeshData empty;
+  const MeshData other = myo_test::BuildMesh(myo_scenes::MakeGrid(5, 6, 10.0f, 10.0f));  // 42 points
+  for (const MeshData* rest : {static_cast<const MeshData*>(nullptr), &empty, &other}) {
+    myo_test::LogCapture log;
+    ShapeBuild b;
+    b.meshes.rest = rest;
+    b.Run();
+    EXPECT_EQ(b.solver.rest_positions_, b.input.points);
+    EXPECT_EQ(b.solver.distance_constraints_->RowCount(), b.input.EdgeCount());
+    EXPECT_EQ(log.Count("[MyoForge][Warning] Could not retrieve rest mesh data. Input rest mesh will be ignored."),
+              rest == &empty ? 1u : 0u);
+    EXPECT_EQ(log.Count("[MyoForge][Warning] Number of vertices in the rest mesh does not match with the number of "
+                        "vertices of the mesh to deform: expected 49, got 42. Input rest mesh will be ignored."),
+              rest == &other ? 1u : 0u);
+  }
+  // A rest mesh of the input's count sets the rest shape and the edge lengths.
+  ShapeBuild b;
+  MeshData wide = b.input;
+  for (std::size_t k = 0; k < wide.points.size(); k += 3) wide.points[k] *= 2.0f;
+  b.meshes.rest = &wide;
+  b.Run();
+  EXPECT_EQ(b.solver.rest_positions_, wide.points);
+  EXPECT_EQ(b.solver.positions_, wide.points);
+  const DistanceConstraints& d = *b.solver.distance_constraints_;
+  float longest = 0.0f;
+  for (float length : d.rest_lengths_) longest = std::max(longest, length);
+  EXPECT_NEAR(longest, 2.0f * 10.0f / 6.0f, 1e-5f);
+}
+
+TEST(ShapeInitTest, InitializeToAnimJumpsBeforeTheBindingOrAfterItWithACollisionRestMesh) {
+  ShapeBuild probe;
+  MeshData anim = probe.input;
+  for (std::size_t k = 1; k < anim.points.size(); k += 3) anim.points[k] += 1.0f;  // 1.5 over the collider
+  for (bool collision_rest : {false, true}) {
+    SCOPED_TRACE(collision_rest ? "with a collision rest mesh" : "without a collision rest mesh");
+    ShapeBuild b;
+    b.WithCollider(&b.collider, &b.collider);
+    b.meshes.collision_rest_connected = collision_rest;
+    b.meshes.anim = &anim;
+    b.settings.initialize_to_anim = true;
+    b.Run();
+    EXPECT_EQ(b.solver.positions_, anim.points);
+    EXPECT_EQ(b.solver.previous_positions_, anim.points);
+    EXPECT_EQ(b.solver.rest_positions_, b.input.points);
+    const SlideCollisionConstraints& group = *b.solver.slide_collision_constraints_;
+    for (float distance : group.collision_distances_) ASSERT_NEAR(distance, collision_rest ? 0.5f : 1.5f, 1e-5f);
+
+    // The first step starts from the anim pose: free of attraction and
+    // gravity, the translated grid keeps its edge lengths and stays there.
+    b.solver.attract_forces_.assign(b.input.PointCount(), 0.0f);
+    b.solver.time_step_ = 1.0f / 24.0f;
+    b.solver.iterations_ = 3;
+    b.solver.attraction_targets_ = b.input.points;
+    SetStiffnessAndCompliance(b.solver, 5000.0f, b.solver.time_step_);
+    StepSimshape(b.solver);
+    for (std::size_t k = 0; k < anim.points.size(); ++k) ASSERT_NEAR(b.solver.positions_[k], anim.points[k], 1e-4f);
+  }
+
+  // Anim meshes that cannot be used leave the input's points, with their warnings.
+  const MeshData empty;
+  const MeshData other = myo_test::BuildMesh(myo_scenes::MakeGrid(5, 6, 10.0f, 10.0f));
+  for (const MeshData* bad : {&empty, &other}) {
+    myo_test::LogCapture log;
+    ShapeBuild b;
+    b.meshes.anim = bad;
+    b.settings.initialize_to_anim = true;
+    b.Run();
+    EXPECT_EQ(b.solver.positions_, b.input.points);
+    EXPECT_EQ(log.Count("[MyoForge][Warning] Could not retrieve animated mesh data. Input anim mesh will be ignored."),
+              bad == &empty ? 1u : 0u);
+    EXPECT_EQ(log.Count("[MyoForge][Warning] Inconsistency in the amount of vertices between the animated mesh and "
+                        "the simulated mesh. Input anim mesh will be ignored."),
+              bad == &other ? 1u : 0u);
+  }
+}
+
+TEST(ShapeInitTest, TheColliderGroupComesAndGoesWithTheCollider) {
+  const std::string use = "[MyoForge][Debug] Use colliders for Simshape.";
+  const std::string create = "[MyoForge][Debug] Create collider data structure.";
+  const std::string remove = "[MyoForge][Debug] Delete collider data structure";
+  const std::string unreadable = "[MyoForge][Warning] Could not retrieve collider mesh data.";
+  myo_test::LogCapture log;
+  ShapeBuild b;
+  const uint32_t n = b.input.PointCount();
+  b.WithCollider(&b.collider, &b.collider);
+  b.Run();
+  ASSERT_NE(b.solver.slide_collision_constraints_, nullptr);
+  const SlideCollisionConstraints* first = b.solver.slide_collision_constraints_.get();
+  EXPECT_TRUE(first->keep_orientation_);
+  const uint32_t rows = b.input.EdgeCount() + b.solver.shape_constraints_->RowCount();
+  EXPECT_EQ(first->lambda_base_, rows);
+  EXPECT_EQ(b.solver.lambdas_.size(), rows + n);
+  EXPECT_EQ(log.Count(use), 1u);
+  EXPECT_EQ(log.Count(create), 1u);
+  EXPECT_GT(b.node.mesh_diagonal_, 10.0f);
+
+  // A rebuild keeps the group and binds it again.
+  b.solver.slide_collision_constraints_->keep_orientation_ = false;
+  b.Run();
+  EXPECT_EQ(b.solver.slide_collision_constraints_.get(), first);
+  EXPECT_EQ(log.Count(use), 2u);
+  EXPECT_EQ(log.Count(create), 1u);
+  EXPECT_EQ(b.solver.lambdas_.size(), rows + n);
+
+  // No collider: the group goes, and so do its rows.
+  b.settings.has_collider = false;
+  b.Run();
+  EXPECT_EQ(b.solver.slide_collision_constraints_, nullptr);
+  EXPECT_FALSE(b.node.has_collider_);
+  EXPECT_EQ(log.Count(remove), 1u);
+  EXPECT_EQ(b.solver.lambdas_.size(), rows);
+
+  // A collider without vertices, as the binding mesh or as the current one.
+  const MeshData empty;
+  for (const MeshData* binding : {static_cast<const MeshData*>(&empty), static_cast<const MeshData*>(&b.collider)}) {
+    log.Clear();
+    b.WithCollider(binding, binding == &empty ? &b.collider : &empty);
+    b.Run();
+    EXPECT_EQ(b.solver.slide_collision_constraints_, nullptr);
+    EXPECT_TRUE(b.node.has_collider_);
+    EXPECT_EQ(log.Count(use), 1u);
+    EXPECT_EQ(log.Count(create), 1u);
+    EXPECT_EQ(log.Count(unreadable), 1u);
+    EXPECT_EQ(b.solver.lambdas_.size(), rows);
+  }
+  // A step without the group runs.
+  b.solver.time_step_ = 1.0f / 24.0f;
+  b.solver.attraction_targets_ = b.input.points;
+  StepSimshape(b.solver);
+  for (float v : b.solver.positions_) ASSERT_TRUE(std::isfinite(v));
+}
+
+TEST(ShapeInitTest, OnlyAFirstBuildShowsProgress) {
+  for (bool to_anim : {false, true}) {
+    ProgressHost host;
+    ShapeBuild b;
+    b.inputs.host = &host;
+    b.settings.initialize_to_anim = to_anim;
+    b.WithCollider(&b.collider, &b.collider);
+    b.Run();
+    EXPECT_EQ(host.begun_count, to_anim ? 6 : 7);
+    EXPECT_EQ(host.advances, 6);
+    EXPECT_EQ(host.ends, 1);
+    EXPECT_EQ(host.status, "[MyoForge] Initializing MyoSimshape...");
+    // A rebuild over existing positions shows none.
+    b.inputs.read_points = false;
+    b.Run();
+    b.inputs.read_points = true;
+    b.Run();
+    EXPECT_EQ(host.advances, 6);
+    EXPECT_EQ(host.ends, 1);
+  }
+}
+
+TEST(ShapeInitTest, TheBuildEndsWithTheMassesInTheWeights) {
+  ShapeBuild b;
+  const uint32_t n = b.input.PointCount();
+  std::vector<float> shape(n, 0.5f), collision(n, 0.25f);
+  shape[3] = 1e-7f;      // below 1e-6: the map value itself
+  collision[4] = 0.0f;
+  b.maps.SetAll("shapePreservationList", "shapePreservation", 0, shape);
+  b.maps.SetAll("slideCollisionConstraintsList", "slideCollisionConstraints", 0, collision);
+  b.maps.SetAll("massList", "mass", 0, std::vector<float>(n, 3.0f));
+  b.WithCollider(&b.collider, &b.collider);
+  b.Run();
+  const SimshapeSolver& s = b.solver;
+  ASSERT_EQ(s.masses_.size(), n);
+  for (uint32_t i = 0; i < n; ++i) {
+    const float k = 1.0f / s.masses_[i];
+    EXPECT_EQ(s.distance_constraints_->inverse_masses_[i], k) << i;
+    EXPECT_EQ(s.shape_constraints_->inverse_masses_[i], i == 3 ? 1e-7f : 0.5f * k) << i;
+    EXPECT_EQ(s.slide_collision_constraints_->inverse_masses_[i], i == 4 ? 0.0f : 0.25f * k) << i;
+  }
+  EXPECT_NE(s.masses_[0], 1.0f);  // the painted masses and the area made them
+  EXPECT_EQ(b.node.collision_map_, collision);
 }
