@@ -48,21 +48,19 @@ struct ShapeScene {
   myo_core::SimshapeSolver solver;
 };
 
-// Builds the grids, paints the maps and runs InitSimshape. False with a
-// message when a grid cannot be built or a collider asked for is not bound.
-inline bool AssembleShape(const ShapeSetupOptions& options, ShapeScene& scene, std::string& error) {
+// Builds the grids and paints the maps. False with a message when a grid
+// cannot be built.
+inline bool MakeShapeInputs(const ShapeSetupOptions& options, ShapeScene& scene, std::string& error) {
   myo_core::PolygonMesh shape = MakeGrid(options.cells, options.cells, options.size, options.size);
   for (std::size_t i = 1; i < shape.points.size(); i += 3) shape.points[i] += options.height;
   if (!myo_core::BuildMeshData(shape.points, shape.vertex_counts, shape.vertices, scene.mesh, error)) return false;
-  const bool with_collider = options.collider_cells > 0;
-  if (with_collider) {
+  if (options.collider_cells > 0) {
     const myo_core::PolygonMesh collider =
         MakeGrid(options.collider_cells, options.collider_cells, options.size, options.size);
     if (!myo_core::BuildMeshData(collider.points, collider.vertex_counts, collider.vertices, scene.collider, error))
       return false;
     myo_core::FillWorldSpace(options.collider_matrix, scene.collider);
   }
-
   const uint32_t n = scene.mesh.PointCount();
   auto paint = [&](const char* list, const char* element, float value) {
     scene.maps.SetAll(list, element, 0, std::vector<float>(n, value));
@@ -70,7 +68,14 @@ inline bool AssembleShape(const ShapeSetupOptions& options, ShapeScene& scene, s
   paint("attractForceList", "attractForce", options.attract_force);
   paint("shapePreservationList", "shapePreservation", options.shape_preservation);
   paint("slideCollisionConstraintsList", "slideCollisionConstraints", options.collision_weight);
+  return true;
+}
 
+// InitSimshape of `solver` on the scene's meshes and maps, as a node's first
+// build with the collider bound on its own pose.
+inline void BuildShapeSolver(const ShapeSetupOptions& options, const ShapeScene& scene,
+                             myo_core::ShapeNodeState& node, myo_core::SimshapeSolver& solver) {
+  const bool with_collider = options.collider_cells > 0;
   myo_core::ShapeBuildMeshes meshes;
   meshes.input = &scene.mesh;
   if (with_collider) {
@@ -85,10 +90,17 @@ inline bool AssembleShape(const ShapeSetupOptions& options, ShapeScene& scene, s
   inputs.node_name = "shapeScene";
   inputs.world_matrix = options.world_matrix;
   inputs.thread_count = options.thread_count;
-  myo_core::InitSimshape(meshes, settings, scene.maps, inputs, scene.node, scene.solver);
-  scene.solver.world_matrix_ = options.world_matrix;
-  scene.solver.world_matrix_inverse_ = myo_core::InvertMatrix(options.world_matrix);
-  if (with_collider && !scene.solver.slide_collision_constraints_) {
+  myo_core::InitSimshape(meshes, settings, scene.maps, inputs, node, solver);
+  solver.world_matrix_ = options.world_matrix;
+  solver.world_matrix_inverse_ = myo_core::InvertMatrix(options.world_matrix);
+}
+
+// Both of the above. False with a message when a grid cannot be built or a
+// collider asked for is not bound.
+inline bool AssembleShape(const ShapeSetupOptions& options, ShapeScene& scene, std::string& error) {
+  if (!MakeShapeInputs(options, scene, error)) return false;
+  BuildShapeSolver(options, scene, scene.node, scene.solver);
+  if (options.collider_cells > 0 && !scene.solver.slide_collision_constraints_) {
     error = "the shape could not be bound to its collider";
     return false;
   }
