@@ -92,7 +92,8 @@ uint32_t ActingRows(const myo_core::SimshapeSolver& solver) {
     Vec3 p = myo_core::Load3(probe.positions_.data(), i);
     if (has_transform) p = myo_core::TransformPoint(p, probe.world_matrix_);
     const Vec3 d = p - myo_core::Load3(group.closest_points_.data(), i);
-    const Vec3 n = myo_core::NormalizeSafe(myo_core::Load3(group.collider_normals_.data(), group.closest_triangles_[i]));
+    const Vec3 n =
+        myo_core::NormalizeSafe(myo_core::Load3(group.collider_normals_.data(), group.closest_triangles_[i]));
     const bool same_side = group.inside_flags_[i] == (myo_core::Dot(myo_core::NormalizeSafe(d), n) < 0.0f);
     acting += !same_side || myo_core::Length(d) <= group.collision_distances_[i] * group.threshold_multipliers_[i];
   }

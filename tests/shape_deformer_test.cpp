@@ -213,7 +213,8 @@ TEST(ShapeDeformerTest, AnAnimatableRestMeshSetsTheEdgeLengthsOfEachStep) {
   EXPECT_TRUE(t.At(3).stepped);
   const DistanceConstraints& d = *t.solver().distance_constraints_;
   for (uint32_t e = 0; e < d.RowCount(); ++e) {
-    const Vec3 a = Load3(rest.points.data(), d.edge_vertices_a_[e]), b = Load3(rest.points.data(), d.edge_vertices_b_[e]);
+    const Vec3 a = Load3(rest.points.data(), d.edge_vertices_a_[e]);
+    const Vec3 b = Load3(rest.points.data(), d.edge_vertices_b_[e]);
     ASSERT_NEAR(d.rest_lengths_[e], Length(b - a), 1e-6f) << e;
   }
   const std::vector<float> moved = d.rest_lengths_;

@@ -331,7 +331,8 @@ TEST(ShapeStepTest, PinnedPointsMoveOnlyThroughEdgesToFreePointsAndShapeRows) {
   Assemble(bent_options, bent);
   ASSERT_GT(bent.solver.shape_constraints_->RowCount(), 0u);
   std::vector<float> bump = bent.mesh.points;
-  for (std::size_t k = 0; k < bump.size(); k += 3) bump[k + 1] += std::exp(-(bump[k] * bump[k] + bump[k + 2] * bump[k + 2]));
+  for (std::size_t k = 0; k < bump.size(); k += 3)
+    bump[k + 1] += std::exp(-(bump[k] * bump[k] + bump[k + 2] * bump[k + 2]));
   myo_scenes::ApplyShapeFrame(frame, bump, IdentityMatrix(), bent);
   StepSimshape(bent.solver);
   EXPECT_NE(bent.solver.positions_, bump);
