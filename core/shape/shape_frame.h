@@ -38,7 +38,8 @@ struct ShapeFrameValues : SolverFrameValues {
   bool bidirectional_activation = false;  // "bidirectionalActivation"
   bool draw_activation = false;           // "drawActivation"
   bool write_out_activation = false;      // "writeOutActivation"
-  RampEntries activation_remap;           // "activationRemap"
+  // "activationRemap": the entries a new node gets, (0, 0) and (1, 1), linear.
+  RampEntries activation_remap{{0.0f, 1.0f}, {0.0f, 1.0f}, {1, 1}};
   float debug_muscle_fibers_scale = 1.0f; // "debugMuscleFibersScale"
 };
 
