@@ -14,6 +14,7 @@
 #include <CLI/CLI.hpp>
 
 #include "app/cli/exit_codes.h"
+#include "app/cli/learn_command.h"
 #include "app/cli/listings.h"
 #include "app/cli/progress_bar.h"
 #include "app/run/output_folder.h"
@@ -118,6 +119,24 @@ int Main(int argc, char** argv) {
   CLI::App* attributes = app.add_subcommand("attributes", "List the attributes of a node type");
   attributes->add_option("type", node_type, "Node type, as in \"myoforge nodes\"")->required();
 
+  myo_app::LearnOptions learn_options;
+  bool learn_no_progress = false;
+  CLI::App* learn = app.add_subcommand("learn", "Learn a muscle patches file (.mmp) from a neutral mesh and target poses");
+  learn->add_option("neutral", learn_options.neutral, "Neutral mesh (OBJ)")->required();
+  learn->add_option("targets", learn_options.targets, "Target meshes (OBJ), same vertex count as the neutral mesh")
+      ->required();
+  learn->add_option("-k,--patches", learn_options.patches, "Number of patches K, above 0")->required();
+  learn->add_option("-o,--output", learn_options.output, "The muscle patches file to write (.mmp)")->required();
+  learn->add_option("--max-iterations", learn_options.max_iterations,
+                    "Limit of clustering passes; 0 (default) runs until no vertex changes its patch");
+  learn->add_option("--mask", learn_options.mask_file,
+                    "File of vertex indices to learn from (map file format); default all vertices");
+  learn->add_option("--vertices", learn_options.vertices, "Vertex indices to learn from, as 0,1,2")->delimiter(',');
+  learn->add_option("--colors", learn_options.colors,
+                    "Also write the neutral mesh with a colour per patch (OBJ with v x y z r g b)");
+  learn->add_flag("--no-progress", learn_no_progress, "Do not draw the progress bar");
+  learn->footer("Vertex indices start at 0. Exit codes: 0 done, 2 command line, 3 invalid input, 4 writing failed.");
+
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& e) {
@@ -135,6 +154,17 @@ int Main(int argc, char** argv) {
     if (type == nullptr)
       return Fail(myo_app::kExitUsage, "unknown node type \"" + node_type + "\" (see myoforge nodes)");
     std::cout << myo_app::AttributeListing(*type);
+    return myo_app::kExitSuccess;
+  }
+
+  if (learn->parsed()) {
+    learn_options.progress_bar = !quiet && !learn_no_progress && myo_app::StandardErrorIsTerminal();
+    const myo_app::LearnOutcome outcome = myo_app::RunLearn(learn_options);
+    if (outcome.exit_code != myo_app::kExitSuccess) return Fail(outcome.exit_code, outcome.error);
+    if (!quiet)
+      std::cout << "Wrote " << learn_options.output << ": " << outcome.patches_with_vertices
+                << " patches with vertices of " << learn_options.patches << ", " << outcome.vertex_count
+                << " vertices, " << outcome.passes << " passes" << std::endl;
     return myo_app::kExitSuccess;
   }
 

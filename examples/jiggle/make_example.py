@@ -87,6 +87,23 @@ def belly():
     return points, faces, rim
 
 
+def poses(points):
+    """Target poses of the belly for learning its muscle patches: the upper
+    half bulges forward, the lower half drops, the left side slides
+    sideways. Each motion fades towards the rim, which stays put."""
+    bulge, drop, slide = [], [], []
+    for r in range(BELLY_ROWS):
+        v = -1.0 + 2.0 * r / (BELLY_ROWS - 1)
+        for c in range(BELLY_COLUMNS):
+            u = -1.0 + 2.0 * c / (BELLY_COLUMNS - 1)
+            x, y, z = points[r * BELLY_COLUMNS + c]
+            fade = (1.0 - u * u) * (1.0 - v * v)
+            bulge.append((x, y, z + (2.0 * fade if v > 0.1 else 0.0)))
+            drop.append((x, y - (1.5 * fade if v < -0.1 else 0.0), z))
+            slide.append((x - (3.0 * fade if u < -0.1 else 0.0), y, z))
+    return {"bulge": bulge, "drop": drop, "slide": slide}
+
+
 def main():
     torso = capsule(TORSO_RADIUS, 8.0, 12, 32)
     write_obj("torso.obj", torso[0], torso[1])
@@ -98,6 +115,9 @@ def main():
     write_map("belly_attract.txt", attract, "attraction to the animated shape")
     shape = [0.5 for _ in points]
     write_map("belly_shape.txt", shape, "shape preservation")
+    # Poses that `myoforge learn` turns into belly.mmp (see learn_patches.sh).
+    for name, pose in poses(points).items():
+        write_obj("belly_pose_%s.obj" % name, pose, faces)
 
 
 if __name__ == "__main__":

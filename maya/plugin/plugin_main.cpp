@@ -16,9 +16,11 @@
 #include <memory>
 #include <string>
 
+#include "core/learning/learn_muscle_patches.h"
 #include "core/log/logger.h"
 #include "core/plugin/plugin_lifecycle.h"
 #include "core/plugin/registration_table.h"
+#include "maya/commands/myo_learn_muscle_patches_command.h"
 #include "maya/nodes/myo_muscle_deformer.h"
 #include "maya/nodes/myo_ribbon_muscle_deformer.h"
 #include "maya/nodes/myo_simshape_deformer.h"
@@ -41,6 +43,24 @@ const NodeClass kNodeClasses[] = {
     {myo_core::kMyoSimshapeTypeName, MyoSimshapeDeformer::creator, MyoSimshapeDeformer::initialize},
     {myo_core::kMyoSkinTypeName, MyoSkinDeformer::creator, MyoSkinDeformer::initialize},
 };
+
+struct CommandClass {
+  const char* name;
+  MCreatorFunction creator;
+  MCreateSyntaxFunction syntax;
+};
+
+// The command classes of this build.
+const CommandClass kCommandClasses[] = {
+    {myo_core::kLearnMusclePatchesCommandName, MyoLearnMusclePatchesCommand::creator,
+     MyoLearnMusclePatchesCommand::newSyntax},
+};
+
+const CommandClass* FindCommandClass(const std::string& name) {
+  for (const CommandClass& command : kCommandClasses)
+    if (name == command.name) return &command;
+  return nullptr;
+}
 
 const NodeClass* FindNodeClass(const std::string& type_name) {
   for (const NodeClass& node : kNodeClasses)
@@ -73,13 +93,20 @@ class MayaPluginHost : public myo_core::PluginHost {
     MGlobal::executePythonCommand(myo_maya::ToMString(script), false, false);
   }
 
-  // Only node steps have classes in this build: draw overrides and commands
-  // are not provided yet.
+  // Node and command steps have classes in this build; draw overrides are not
+  // provided yet.
   bool Provides(const myo_core::RegistrationStep& step) const override {
+    if (step.kind == myo_core::RegistrationKind::kCommand) return FindCommandClass(step.name) != nullptr;
     return step.kind == myo_core::RegistrationKind::kNode && FindNodeClass(step.name) != nullptr;
   }
 
   bool Register(const myo_core::RegistrationStep& step) override {
+    if (step.kind == myo_core::RegistrationKind::kCommand) {
+      const CommandClass* command = FindCommandClass(step.name);
+      if (command == nullptr) return Fail();
+      status_ = plugin_.registerCommand(myo_maya::ToMString(step.name), command->creator, command->syntax);
+      return static_cast<bool>(status_);
+    }
     const NodeClass* node = FindNodeClass(step.name);
     const myo_core::NodeTypeInfo* info = myo_core::FindNodeType(step.name);
     if (node == nullptr || info == nullptr) return Fail();
@@ -91,6 +118,10 @@ class MayaPluginHost : public myo_core::PluginHost {
   }
 
   bool Deregister(const myo_core::RegistrationStep& step) override {
+    if (step.kind == myo_core::RegistrationKind::kCommand) {
+      status_ = plugin_.deregisterCommand(myo_maya::ToMString(step.name));
+      return static_cast<bool>(status_);
+    }
     const myo_core::NodeTypeInfo* info = myo_core::FindNodeType(step.name);
     if (info == nullptr) return Fail();
     status_ = plugin_.deregisterNode(MTypeId(info->type_id));
