@@ -1,9 +1,10 @@
 // The plug-in's entry points. The order of registration, the messages and
 // where a failure stops live in core (core/plugin/plugin_lifecycle.h); this
 // file answers for Maya: the launch state, the menu scripts and the node
-// classes this build provides. Rows of the load order whose class does not
-// exist here are skipped.
+// classes and draw overrides this build provides. Rows of the load order
+// whose class does not exist here are skipped.
 
+#include <maya/MDrawRegistry.h>
 #include <maya/MFnPlugin.h>
 #include <maya/MGlobal.h>
 #include <maya/MObject.h>
@@ -19,8 +20,11 @@
 #include "core/log/logger.h"
 #include "core/plugin/plugin_lifecycle.h"
 #include "core/plugin/registration_table.h"
+#include "maya/nodes/myo_locator_draw_overrides.h"
+#include "maya/nodes/myo_locator_nodes.h"
 #include "maya/nodes/myo_muscle_deformer.h"
 #include "maya/nodes/myo_ribbon_muscle_deformer.h"
+#include "maya/nodes/myo_sensor_nodes.h"
 #include "maya/nodes/myo_simshape_deformer.h"
 #include "maya/nodes/myo_skin_deformer.h"
 #include "maya/plugin/maya_conversions.h"
@@ -36,11 +40,37 @@ struct NodeClass {
 
 // The node classes of this build.
 const NodeClass kNodeClasses[] = {
+    {myo_core::kMyoLocatorTypeName, MyoLocator::creator, MyoLocator::initialize},
+    {myo_core::kMyoLocatorPositionTypeName, MyoLocatorPosition::creator, MyoLocatorPosition::initialize},
+    {myo_core::kMyoLocatorDistanceTypeName, MyoLocatorDistance::creator, MyoLocatorDistance::initialize},
+    {myo_core::kMyoLocatorRotationTypeName, MyoLocatorRotation::creator, MyoLocatorRotation::initialize},
+    {myo_core::kMyoSensorDistanceTypeName, MyoSensorDistance::creator, MyoSensorDistance::initialize},
+    {myo_core::kMyoSensorPositionTypeName, MyoSensorPosition::creator, MyoSensorPosition::initialize},
+    {myo_core::kMyoSensorRotationTypeName, MyoSensorRotation::creator, MyoSensorRotation::initialize},
     {myo_core::kMyoRibbonMuscleTypeName, MyoRibbonMuscleDeformer::creator, MyoRibbonMuscleDeformer::initialize},
     {myo_core::kMyoMuscleTypeName, MyoMuscleDeformer::creator, MyoMuscleDeformer::initialize},
     {myo_core::kMyoSimshapeTypeName, MyoSimshapeDeformer::creator, MyoSimshapeDeformer::initialize},
     {myo_core::kMyoSkinTypeName, MyoSkinDeformer::creator, MyoSkinDeformer::initialize},
 };
+
+struct DrawOverrideClass {
+  const char* node_type;  // the locator it draws
+  MHWRender::MDrawRegistry::DrawOverrideCreator creator;
+};
+
+// The draw overrides of this build.
+const DrawOverrideClass kDrawOverrideClasses[] = {
+    {myo_core::kMyoLocatorTypeName, MyoLocatorDrawOverride::Creator},
+    {myo_core::kMyoLocatorPositionTypeName, MyoLocatorPositionDrawOverride::Creator},
+    {myo_core::kMyoLocatorDistanceTypeName, MyoLocatorDistanceDrawOverride::Creator},
+    {myo_core::kMyoLocatorRotationTypeName, MyoLocatorRotationDrawOverride::Creator},
+};
+
+const DrawOverrideClass* FindDrawOverrideClass(const std::string& node_type) {
+  for (const DrawOverrideClass& draw : kDrawOverrideClasses)
+    if (node_type == draw.node_type) return &draw;
+  return nullptr;
+}
 
 const NodeClass* FindNodeClass(const std::string& type_name) {
   for (const NodeClass& node : kNodeClasses)
@@ -73,17 +103,30 @@ class MayaPluginHost : public myo_core::PluginHost {
     MGlobal::executePythonCommand(myo_maya::ToMString(script), false, false);
   }
 
-  // Only node steps have classes in this build: draw overrides and commands
-  // are not provided yet.
+  // Node and draw override steps whose classes this build has; commands are
+  // not provided yet.
   bool Provides(const myo_core::RegistrationStep& step) const override {
-    return step.kind == myo_core::RegistrationKind::kNode && FindNodeClass(step.name) != nullptr;
+    switch (step.kind) {
+      case myo_core::RegistrationKind::kNode: return FindNodeClass(step.name) != nullptr;
+      case myo_core::RegistrationKind::kDrawOverride: return FindDrawOverrideClass(step.name) != nullptr;
+      case myo_core::RegistrationKind::kCommand: break;
+    }
+    return false;
   }
 
   bool Register(const myo_core::RegistrationStep& step) override {
-    const NodeClass* node = FindNodeClass(step.name);
     const myo_core::NodeTypeInfo* info = myo_core::FindNodeType(step.name);
-    if (node == nullptr || info == nullptr) return Fail();
+    if (info == nullptr) return Fail();
     const MString classification = myo_maya::ToMString(info->classification);
+    if (step.kind == myo_core::RegistrationKind::kDrawOverride) {
+      const DrawOverrideClass* draw = FindDrawOverrideClass(step.name);
+      if (draw == nullptr) return Fail();
+      status_ = MHWRender::MDrawRegistry::registerDrawOverrideCreator(
+          classification, myo_maya::ToMString(info->registrant_id), draw->creator);
+      return static_cast<bool>(status_);
+    }
+    const NodeClass* node = FindNodeClass(step.name);
+    if (node == nullptr) return Fail();
     status_ = plugin_.registerNode(myo_maya::ToMString(info->name), MTypeId(info->type_id), node->creator,
                                    node->initialize, MayaKind(info->kind),
                                    info->classification.empty() ? nullptr : &classification);
@@ -93,6 +136,13 @@ class MayaPluginHost : public myo_core::PluginHost {
   bool Deregister(const myo_core::RegistrationStep& step) override {
     const myo_core::NodeTypeInfo* info = myo_core::FindNodeType(step.name);
     if (info == nullptr) return Fail();
+    if (step.kind == myo_core::RegistrationKind::kDrawOverride) {
+      // Deliberately the geometry override call: unload keeps this pairing
+      // with the draw override registration of load.
+      status_ = MHWRender::MDrawRegistry::deregisterGeometryOverrideCreator(
+          myo_maya::ToMString(info->classification), myo_maya::ToMString(info->registrant_id));
+      return static_cast<bool>(status_);
+    }
     status_ = plugin_.deregisterNode(MTypeId(info->type_id));
     return static_cast<bool>(status_);
   }
