@@ -96,7 +96,8 @@ TEST(RotationFigureTest, CollinearLegsKeepThePlaneOfTheLastGoodFrame) {
   }
   // Legs along the remembered normal itself: it turns to another axis, and
   // stays there.
-  const LocatorFigure along = RotationFigure({0, 3, 0}, {0, 0, 0}, {0, -1, 0}, 1.0f, 0.0f, FigureStatus::kOther, normal);
+  const LocatorFigure along =
+      RotationFigure({0, 3, 0}, {0, 0, 0}, {0, -1, 0}, 1.0f, 0.0f, FigureStatus::kOther, normal);
   ExpectPoint(along.arcs[0].normal, -1, 0, 0);
   EXPECT_EQ(normal.x, -1.0f);
   EXPECT_EQ(normal.y, 0.0f);
@@ -137,7 +138,8 @@ TEST(LocatorFigureTest, SelectedFiguresGetAnOutlineInTheStatusColourLargerThanTh
   ExpectColor(active.boxes[1].color, 1, 0, 0);
 
   RememberedNormal normal;
-  const LocatorFigure dormant = RotationFigure({1, 0, 0}, {0, 0, 0}, {0, 1, 0}, 1.0f, 0.0f, FigureStatus::kOther, normal);
+  const LocatorFigure dormant =
+      RotationFigure({1, 0, 0}, {0, 0, 0}, {0, 1, 0}, 1.0f, 0.0f, FigureStatus::kOther, normal);
   ASSERT_EQ(dormant.arcs.size(), 1u);
   ExpectColor(dormant.lines[0].color, 0.029f, 0.029f, 0.186f);
   ExpectColor(dormant.arcs[0].color, 0, 0.5f, 1);
@@ -172,7 +174,9 @@ TEST(LocatorFigureTest, BoundsCoverTheBodyAndLeaveTheOutlineOutWhenAsked) {
       BoundsOf(RotationFigure({2, 0, 0}, {0, 0, 0}, {0, 2, 0}, 1.0f, 0.0f, FigureStatus::kOther, normal), false);
   ExpectPoint(wedge.min, 0, 0, 0);
   ExpectPoint(wedge.max, 2, 2, 0);
-  const auto strip = WedgeStrip(RotationFigure({2, 0, 0}, {0, 0, 0}, {0, 2, 0}, 1.0f, 0.0f, FigureStatus::kOther, normal).arcs[0]);
+  const LocatorFigure right_angle =
+      RotationFigure({2, 0, 0}, {0, 0, 0}, {0, 2, 0}, 1.0f, 0.0f, FigureStatus::kOther, normal);
+  const auto strip = WedgeStrip(right_angle.arcs[0]);
   ExpectPoint(strip[0], 1, 0, 0);
   ExpectPoint(strip[1], 0, 0, 0);
   ExpectPoint(strip[2], std::sqrt(0.5), std::sqrt(0.5), 0);
@@ -180,7 +184,8 @@ TEST(LocatorFigureTest, BoundsCoverTheBodyAndLeaveTheOutlineOutWhenAsked) {
 }
 
 TEST(LocatorAttributesTest, TablesHoldTheirInputsWithDefaultsAndDrawOutputFields) {
-  for (LocatorKind kind : {LocatorKind::kMarker, LocatorKind::kDistance, LocatorKind::kPosition, LocatorKind::kRotation}) {
+  for (LocatorKind kind :
+       {LocatorKind::kMarker, LocatorKind::kDistance, LocatorKind::kPosition, LocatorKind::kRotation}) {
     const myo_core::AttributeTable& table = LocatorAttributes(kind);
     std::set<std::string> names;
     for (const auto& info : table) EXPECT_TRUE(names.insert(info.short_name).second) << info.short_name;

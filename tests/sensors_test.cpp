@@ -122,7 +122,8 @@ TEST(DistanceSensorTest, StartTimeNeverMetExactlyNeverResets) {
   }
   // The first frame differenced against what was stored.
   ScalarSensorState fresh{0.0f, 10.0f, 0.0f};
-  const SensorOutputs first = EvaluateDistanceSensor(fresh, {1.5f / kFps, 1.0f / kFps, 1.0f}, 1.0f, {0, 0, 0}, {1, 0, 0});
+  const SensorOutputs first =
+      EvaluateDistanceSensor(fresh, {1.5f / kFps, 1.0f / kFps, 1.0f}, 1.0f, {0, 0, 0}, {1, 0, 0});
   EXPECT_LT(first.velocity, 0.0f);
 }
 
