@@ -71,6 +71,21 @@ inline AttributeInfo Color(const char* long_name, const char* short_name, std::v
   return info;
 }
 
+// A position: three float children named long name plus X, Y and Z (short
+// name plus `suffixes`), with their defaults, then their compound, which a
+// host reads as one vector of three floats.
+inline void AppendFloat3(AttributeTable& table, const std::string& long_name, const std::string& short_name,
+                         const char* const (&suffixes)[3], const double (&defaults)[3], uint32_t flags = 0) {
+  static const char* const kAxes[3] = {"X", "Y", "Z"};
+  std::vector<std::string> children;
+  for (int axis = 0; axis < 3; ++axis) {
+    children.push_back(long_name + kAxes[axis]);
+    const std::string child_short = short_name + suffixes[axis];
+    table.push_back(Scalar(children.back().c_str(), child_short.c_str(), AttributeType::kFloat, defaults[axis], flags));
+  }
+  table.push_back(Compound(long_name.c_str(), short_name.c_str(), children, flags));
+}
+
 // An attribute whose value returns to its default when its connection is
 // broken.
 inline AttributeInfo ResetOnDisconnect(AttributeInfo info) {

@@ -57,6 +57,16 @@ MObject CreateNumeric(const AttributeInfo& info, MFnNumericData::Type type, MSta
 
 }  // namespace
 
+bool NodeAttributes::IsFloat3(const AttributeInfo& info) const {
+  if (info.type != AttributeType::kCompound || info.Has(myo_core::kArray) || info.children.size() != 3) return false;
+  for (const std::string& child : info.children) {
+    const AttributeInfo* child_info = myo_core::FindAttribute(*table_, child);
+    if (child_info == nullptr || child_info->type != AttributeType::kFloat || child_info->Has(myo_core::kArray))
+      return false;
+  }
+  return true;
+}
+
 MStatus NodeAttributes::CreateOne(const AttributeInfo& info) {
   if (attributes_.count(info.long_name) != 0) return MS::kSuccess;
   const MString long_name = ToMString(info.long_name);
@@ -114,6 +124,14 @@ MStatus NodeAttributes::CreateOne(const AttributeInfo& info) {
       attribute = MRampAttribute::createCurveRamp(long_name, short_name, &status);
       break;
     case AttributeType::kCompound: {
+      if (IsFloat3(info)) {
+        // Three floats make a numeric compound, read and connected as one
+        // vector, like a transform's translation or a point.
+        MFnNumericAttribute numeric;
+        attribute = numeric.create(long_name, short_name, attributes_[info.children[0]],
+                                   attributes_[info.children[1]], attributes_[info.children[2]], &status);
+        break;
+      }
       MFnCompoundAttribute fn;
       attribute = fn.create(long_name, short_name, &status);
       for (const std::string& child : info.children)

@@ -22,7 +22,8 @@ class NodeAttributes {
   using AffectsFunction = std::function<MStatus(const MObject& when_changes, const MObject& is_affected)>;
 
   // Creates every attribute of `table` with its type, default, limits and
-  // flags; compounds get their children, which are created first. The
+  // flags; compounds get their children, which are created first, and a
+  // compound of three floats is a numeric one, read as a float vector. The
   // attributes that are no compound's child are added in table order, and
   // those marked kAffectsOutput affect `output`. Stops at the first failure
   // with one error line naming the attribute.
@@ -35,6 +36,8 @@ class NodeAttributes {
 
  private:
   MStatus CreateOne(const myo_core::AttributeInfo& info);
+  // A compound of exactly three plain floats.
+  bool IsFloat3(const myo_core::AttributeInfo& info) const;
 
   const myo_core::AttributeTable* table_ = nullptr;
   std::unordered_map<std::string, MObject> attributes_;  // by long name

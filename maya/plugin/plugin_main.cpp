@@ -1,9 +1,10 @@
 // The plug-in's entry points. The order of registration, the messages and
 // where a failure stops live in core (core/plugin/plugin_lifecycle.h); this
 // file answers for Maya: the launch state, the menu scripts and the node
-// classes this build provides. Rows of the load order whose class does not
-// exist here are skipped.
+// classes and draw overrides this build provides. Rows of the load order
+// whose class does not exist here are skipped.
 
+#include <maya/MDrawRegistry.h>
 #include <maya/MFnPlugin.h>
 #include <maya/MGlobal.h>
 #include <maya/MObject.h>
@@ -21,8 +22,11 @@
 #include "core/plugin/plugin_lifecycle.h"
 #include "core/plugin/registration_table.h"
 #include "maya/commands/myo_learn_muscle_patches_command.h"
+#include "maya/nodes/myo_locator_draw_overrides.h"
+#include "maya/nodes/myo_locator_nodes.h"
 #include "maya/nodes/myo_muscle_deformer.h"
 #include "maya/nodes/myo_ribbon_muscle_deformer.h"
+#include "maya/nodes/myo_sensor_nodes.h"
 #include "maya/nodes/myo_simshape_deformer.h"
 #include "maya/nodes/myo_skin_deformer.h"
 #include "maya/plugin/maya_conversions.h"
@@ -38,6 +42,13 @@ struct NodeClass {
 
 // The node classes of this build.
 const NodeClass kNodeClasses[] = {
+    {myo_core::kMyoLocatorTypeName, MyoLocator::creator, MyoLocator::initialize},
+    {myo_core::kMyoLocatorPositionTypeName, MyoLocatorPosition::creator, MyoLocatorPosition::initialize},
+    {myo_core::kMyoLocatorDistanceTypeName, MyoLocatorDistance::creator, MyoLocatorDistance::initialize},
+    {myo_core::kMyoLocatorRotationTypeName, MyoLocatorRotation::creator, MyoLocatorRotation::initialize},
+    {myo_core::kMyoSensorDistanceTypeName, MyoSensorDistance::creator, MyoSensorDistance::initialize},
+    {myo_core::kMyoSensorPositionTypeName, MyoSensorPosition::creator, MyoSensorPosition::initialize},
+    {myo_core::kMyoSensorRotationTypeName, MyoSensorRotation::creator, MyoSensorRotation::initialize},
     {myo_core::kMyoRibbonMuscleTypeName, MyoRibbonMuscleDeformer::creator, MyoRibbonMuscleDeformer::initialize},
     {myo_core::kMyoMuscleTypeName, MyoMuscleDeformer::creator, MyoMuscleDeformer::initialize},
     {myo_core::kMyoSimshapeTypeName, MyoSimshapeDeformer::creator, MyoSimshapeDeformer::initialize},
@@ -59,6 +70,25 @@ const CommandClass kCommandClasses[] = {
 const CommandClass* FindCommandClass(const std::string& name) {
   for (const CommandClass& command : kCommandClasses)
     if (name == command.name) return &command;
+  return nullptr;
+}
+
+struct DrawOverrideClass {
+  const char* node_type;  // the locator it draws
+  MHWRender::MDrawRegistry::DrawOverrideCreator creator;
+};
+
+// The draw overrides of this build.
+const DrawOverrideClass kDrawOverrideClasses[] = {
+    {myo_core::kMyoLocatorTypeName, MyoLocatorDrawOverride::Creator},
+    {myo_core::kMyoLocatorPositionTypeName, MyoLocatorPositionDrawOverride::Creator},
+    {myo_core::kMyoLocatorDistanceTypeName, MyoLocatorDistanceDrawOverride::Creator},
+    {myo_core::kMyoLocatorRotationTypeName, MyoLocatorRotationDrawOverride::Creator},
+};
+
+const DrawOverrideClass* FindDrawOverrideClass(const std::string& node_type) {
+  for (const DrawOverrideClass& draw : kDrawOverrideClasses)
+    if (node_type == draw.node_type) return &draw;
   return nullptr;
 }
 
@@ -93,11 +123,14 @@ class MayaPluginHost : public myo_core::PluginHost {
     MGlobal::executePythonCommand(myo_maya::ToMString(script), false, false);
   }
 
-  // Node and command steps have classes in this build; draw overrides are not
-  // provided yet.
+  // Node, draw override and command steps whose classes this build has.
   bool Provides(const myo_core::RegistrationStep& step) const override {
-    if (step.kind == myo_core::RegistrationKind::kCommand) return FindCommandClass(step.name) != nullptr;
-    return step.kind == myo_core::RegistrationKind::kNode && FindNodeClass(step.name) != nullptr;
+    switch (step.kind) {
+      case myo_core::RegistrationKind::kNode: return FindNodeClass(step.name) != nullptr;
+      case myo_core::RegistrationKind::kDrawOverride: return FindDrawOverrideClass(step.name) != nullptr;
+      case myo_core::RegistrationKind::kCommand: return FindCommandClass(step.name) != nullptr;
+    }
+    return false;
   }
 
   bool Register(const myo_core::RegistrationStep& step) override {
@@ -107,10 +140,18 @@ class MayaPluginHost : public myo_core::PluginHost {
       status_ = plugin_.registerCommand(myo_maya::ToMString(step.name), command->creator, command->syntax);
       return static_cast<bool>(status_);
     }
-    const NodeClass* node = FindNodeClass(step.name);
     const myo_core::NodeTypeInfo* info = myo_core::FindNodeType(step.name);
-    if (node == nullptr || info == nullptr) return Fail();
+    if (info == nullptr) return Fail();
     const MString classification = myo_maya::ToMString(info->classification);
+    if (step.kind == myo_core::RegistrationKind::kDrawOverride) {
+      const DrawOverrideClass* draw = FindDrawOverrideClass(step.name);
+      if (draw == nullptr) return Fail();
+      status_ = MHWRender::MDrawRegistry::registerDrawOverrideCreator(
+          classification, myo_maya::ToMString(info->registrant_id), draw->creator);
+      return static_cast<bool>(status_);
+    }
+    const NodeClass* node = FindNodeClass(step.name);
+    if (node == nullptr) return Fail();
     status_ = plugin_.registerNode(myo_maya::ToMString(info->name), MTypeId(info->type_id), node->creator,
                                    node->initialize, MayaKind(info->kind),
                                    info->classification.empty() ? nullptr : &classification);
@@ -124,6 +165,13 @@ class MayaPluginHost : public myo_core::PluginHost {
     }
     const myo_core::NodeTypeInfo* info = myo_core::FindNodeType(step.name);
     if (info == nullptr) return Fail();
+    if (step.kind == myo_core::RegistrationKind::kDrawOverride) {
+      // Deliberately the geometry override call: unload keeps this pairing
+      // with the draw override registration of load.
+      status_ = MHWRender::MDrawRegistry::deregisterGeometryOverrideCreator(
+          myo_maya::ToMString(info->classification), myo_maya::ToMString(info->registrant_id));
+      return static_cast<bool>(status_);
+    }
     status_ = plugin_.deregisterNode(MTypeId(info->type_id));
     return static_cast<bool>(status_);
   }

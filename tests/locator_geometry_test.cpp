@@ -1,0 +1,208 @@
+// The locators' figures as geometry: the frame of the distance box along
+// any direction, the arc's plane when the legs line up, scale 0, the outline
+// and colours of a selected figure, and the locators' attribute tables.
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <set>
+#include <string>
+
+#include "core/locators/locator_attributes.h"
+#include "core/locators/locator_figures.h"
+
+namespace {
+
+using myo_core::FigureArc;
+using myo_core::FigureBounds;
+using myo_core::FigureBox;
+using myo_core::FigureStatus;
+using myo_core::LocatorFigure;
+using myo_core::LocatorKind;
+using myo_core::Point3;
+using myo_core::RememberedNormal;
+using myo_core::Rgba;
+
+double Dot(const Point3& a, const Point3& b) { return a.x * b.x + a.y * b.y + a.z * b.z; }
+
+void ExpectPoint(const Point3& p, double x, double y, double z) {
+  EXPECT_NEAR(p.x, x, 1e-12);
+  EXPECT_NEAR(p.y, y, 1e-12);
+  EXPECT_NEAR(p.z, z, 1e-12);
+}
+
+void ExpectColor(const Rgba& c, float r, float g, float b) {
+  EXPECT_FLOAT_EQ(c.r, r);
+  EXPECT_FLOAT_EQ(c.g, g);
+  EXPECT_FLOAT_EQ(c.b, b);
+  EXPECT_FLOAT_EQ(c.a, 1.0f);
+}
+
+// The extent of a box's corners along `axis`.
+double ExtentAlong(const FigureBox& box, const Point3& axis) {
+  double lo = 1e300, hi = -1e300;
+  for (const Point3& c : BoxCorners(box)) {
+    lo = std::min(lo, Dot(c, axis));
+    hi = std::max(hi, Dot(c, axis));
+  }
+  return hi - lo;
+}
+
+TEST(DistanceFigureTest, BoxLiesOnTheLineInEveryDirectionAlsoAlongTheWorldsUpAxis) {
+  const Point3 start{1.0, -2.0, 0.5};
+  for (const Point3& d : {Point3{0, 2, 0}, Point3{0, -3, 0}, Point3{4, 0, 0}, Point3{1, 2, -2}, Point3{0, 0, -1}}) {
+    const Point3 end{start.x + d.x, start.y + d.y, start.z + d.z};
+    const LocatorFigure figure = DistanceFigure(start, end, 2.0f, 0.0f, FigureStatus::kOther);
+    ASSERT_EQ(figure.lines.size(), 1u);
+    ASSERT_EQ(figure.boxes.size(), 1u);  // no outline when not selected
+    const FigureBox& box = figure.boxes[0];
+    EXPECT_TRUE(box.filled);
+    ExpectPoint(box.center, start.x + d.x / 2, start.y + d.y / 2, start.z + d.z / 2);
+    // A frame of unit axes at right angles to each other and to the line.
+    const double length = std::sqrt(Dot(d, d));
+    const Point3 n{d.x / length, d.y / length, d.z / length};
+    EXPECT_NEAR(Dot(box.up, box.up), 1.0, 1e-9);
+    EXPECT_NEAR(Dot(box.right, box.right), 1.0, 1e-9);
+    EXPECT_NEAR(Dot(box.up, box.right), 0.0, 1e-9);
+    EXPECT_NEAR(Dot(box.up, n), 0.0, 1e-9);
+    EXPECT_NEAR(Dot(box.right, n), 0.0, 1e-9);
+    // Half the line long, 0.2 scale wide.
+    EXPECT_NEAR(ExtentAlong(box, n), length / 2, 1e-9);
+    EXPECT_NEAR(ExtentAlong(box, box.up), 0.4, 1e-6);
+  }
+  // Straight up, the frame is the fixed one: up along x, right along z.
+  const FigureBox up = DistanceFigure({0, 0, 0}, {0, 2, 0}, 1.0f, 0.0f, FigureStatus::kOther).boxes[0];
+  ExpectPoint(up.up, 1, 0, 0);
+  ExpectPoint(up.right, 0, 0, 1);
+}
+
+TEST(DistanceFigureTest, StartOnEndGivesABoxOfLengthZeroWithoutNaN) {
+  const LocatorFigure figure = DistanceFigure({1, 1, 1}, {1, 1, 1}, 1.0f, 0.5f, FigureStatus::kLead);
+  for (const FigureBox& box : figure.boxes)
+    for (const Point3& c : BoxCorners(box)) ExpectPoint(c, 1, 1, 1);
+}
+
+TEST(RotationFigureTest, CollinearLegsKeepThePlaneOfTheLastGoodFrame) {
+  RememberedNormal normal;
+  // A good frame in the x-z plane.
+  const LocatorFigure bent = RotationFigure({2, 0, 0}, {0, 0, 0}, {0, 0, 3}, 1.0f, 0.0f, FigureStatus::kOther, normal);
+  ASSERT_EQ(bent.arcs.size(), 1u);
+  ExpectPoint(bent.arcs[0].normal, 0, -1, 0);
+  EXPECT_NEAR(bent.arcs[0].radius, 1.0, 1e-12);  // half the shorter leg
+  // Straightened and folded legs: the arc stays in that plane.
+  for (const Point3& end : {Point3{-4, 0, 0}, Point3{5, 0, 0}}) {
+    const LocatorFigure line = RotationFigure({2, 0, 0}, {0, 0, 0}, end, 1.0f, 0.0f, FigureStatus::kOther, normal);
+    ExpectPoint(line.arcs[0].normal, 0, -1, 0);
+  }
+  // Legs along the remembered normal itself: it turns to another axis, and
+  // stays there.
+  const LocatorFigure along =
+      RotationFigure({0, 3, 0}, {0, 0, 0}, {0, -1, 0}, 1.0f, 0.0f, FigureStatus::kOther, normal);
+  ExpectPoint(along.arcs[0].normal, -1, 0, 0);
+  EXPECT_EQ(normal.x, -1.0f);
+  EXPECT_EQ(normal.y, 0.0f);
+  // Both legs' lines are drawn from their ends to the middle.
+  ExpectPoint(along.lines[0].from, 0, 3, 0);
+  ExpectPoint(along.lines[1].to, 0, 0, 0);
+}
+
+TEST(LocatorFigureTest, ScaleZeroShrinksTheFigureToAPointButKeepsTheDistanceLine) {
+  for (const auto& line : MarkerFigure(0.0f, FigureStatus::kOther).lines) {
+    ExpectPoint(line.from, 0, 0, 0);
+    ExpectPoint(line.to, 0, 0, 0);
+  }
+  for (const FigureBox& box : PositionFigure({3, 4, 5}, 0.0f, 0.0f, FigureStatus::kLead).boxes)
+    for (const Point3& c : BoxCorners(box)) ExpectPoint(c, 3, 4, 5);
+  RememberedNormal normal;
+  for (const FigureArc& arc :
+       RotationFigure({1, 0, 0}, {0, 0, 0}, {0, 1, 0}, 0.0f, 0.0f, FigureStatus::kActive, normal).arcs)
+    EXPECT_EQ(arc.radius, 0.0);
+  const LocatorFigure distance = DistanceFigure({0, 0, 0}, {4, 0, 0}, 0.0f, 0.0f, FigureStatus::kOther);
+  ExpectPoint(distance.lines[0].to, 4, 0, 0);
+  EXPECT_EQ(distance.boxes[0].scale_x, 0.0);
+  EXPECT_EQ(distance.boxes[0].scale_y, 0.0);
+}
+
+TEST(LocatorFigureTest, SelectedFiguresGetAnOutlineInTheStatusColourLargerThanTheBody) {
+  const LocatorFigure lead = PositionFigure({0, 0, 0}, 1.0f, 0.25f, FigureStatus::kLead);
+  ASSERT_EQ(lead.boxes.size(), 2u);
+  EXPECT_FALSE(lead.boxes[0].filled);
+  ExpectColor(lead.boxes[0].color, 0, 1, 0);
+  EXPECT_NEAR(lead.boxes[0].scale_x, lead.boxes[1].scale_x * 1.1, 1e-12);
+  ExpectColor(lead.boxes[1].color, 0.25f, 0.375f, 0.75f);
+
+  const LocatorFigure active = DistanceFigure({0, 0, 0}, {0, 0, 2}, 1.0f, 1.0f, FigureStatus::kActive);
+  ExpectColor(active.lines[0].color, 1, 1, 1);
+  ASSERT_EQ(active.boxes.size(), 2u);
+  EXPECT_NEAR(active.boxes[0].scale_z, active.boxes[1].scale_z * 1.1, 1e-12);
+  ExpectColor(active.boxes[1].color, 1, 0, 0);
+
+  RememberedNormal normal;
+  const LocatorFigure dormant =
+      RotationFigure({1, 0, 0}, {0, 0, 0}, {0, 1, 0}, 1.0f, 0.0f, FigureStatus::kOther, normal);
+  ASSERT_EQ(dormant.arcs.size(), 1u);
+  ExpectColor(dormant.lines[0].color, 0.029f, 0.029f, 0.186f);
+  ExpectColor(dormant.arcs[0].color, 0, 0.5f, 1);
+
+  // The marker: all lines in the status colour when selected, its own otherwise.
+  for (const auto& line : MarkerFigure(1.0f, FigureStatus::kActive).lines) ExpectColor(line.color, 1, 1, 1);
+  const LocatorFigure marker = MarkerFigure(1.0f, FigureStatus::kOther);
+  ExpectColor(marker.lines[0].color, 0.08f, 1, 0.96f);
+  ExpectColor(marker.lines[2].color, 0.498f, 0.498f, 0.498f);
+  ExpectColor(marker.lines[4].color, 0.086f, 0.764f, 0.741f);
+}
+
+TEST(LocatorFigureTest, ActivationColourIsNotClampedAndDrawOutputPicksTheInput) {
+  ExpectColor(myo_core::ActivationColor(1.5f), 1.5f, -0.25f, -0.5f);
+  EXPECT_EQ(myo_core::ChosenActivation(1, {0.1f, 0.2f, 0.3f}), 0.2f);
+  EXPECT_EQ(myo_core::ChosenActivation(3, {0.1f, 0.2f, 0.3f}), 0.0f);
+  EXPECT_EQ(myo_core::ChosenActivation(-1, {0.1f, 0.2f}), 0.0f);
+}
+
+TEST(LocatorFigureTest, BoundsCoverTheBodyAndLeaveTheOutlineOutWhenAsked) {
+  const LocatorFigure figure = PositionFigure({1, 2, 3}, 2.0f, 0.0f, FigureStatus::kLead);
+  const FigureBounds body = BoundsOf(figure, false), all = BoundsOf(figure, true);
+  ExpectPoint(body.min, 0, 1, 2);
+  ExpectPoint(body.max, 2, 3, 4);
+  EXPECT_NEAR(all.max.x, 2.1, 1e-12);
+  const FigureBounds marker = myo_core::MarkerBounds(2.0f);
+  ExpectPoint(marker.min, -1.15, 0, 0);
+  ExpectPoint(marker.max, 1.15, 2.1, 0);
+  // A right-angled wedge reaches its radius on both legs and between them.
+  RememberedNormal normal;
+  const FigureBounds wedge =
+      BoundsOf(RotationFigure({2, 0, 0}, {0, 0, 0}, {0, 2, 0}, 1.0f, 0.0f, FigureStatus::kOther, normal), false);
+  ExpectPoint(wedge.min, 0, 0, 0);
+  ExpectPoint(wedge.max, 2, 2, 0);
+  const LocatorFigure right_angle =
+      RotationFigure({2, 0, 0}, {0, 0, 0}, {0, 2, 0}, 1.0f, 0.0f, FigureStatus::kOther, normal);
+  const auto strip = WedgeStrip(right_angle.arcs[0]);
+  ExpectPoint(strip[0], 1, 0, 0);
+  ExpectPoint(strip[1], 0, 0, 0);
+  ExpectPoint(strip[2], std::sqrt(0.5), std::sqrt(0.5), 0);
+  ExpectPoint(strip[3], 0, 1, 0);
+}
+
+TEST(LocatorAttributesTest, TablesHoldTheirInputsWithDefaultsAndDrawOutputFields) {
+  for (LocatorKind kind :
+       {LocatorKind::kMarker, LocatorKind::kDistance, LocatorKind::kPosition, LocatorKind::kRotation}) {
+    const myo_core::AttributeTable& table = LocatorAttributes(kind);
+    std::set<std::string> names;
+    for (const auto& info : table) EXPECT_TRUE(names.insert(info.short_name).second) << info.short_name;
+    EXPECT_EQ(FindAttribute(table, "scl")->Default(), 1.0);
+    const auto& inputs = LocatorActivationInputs(kind);
+    for (const std::string& input : inputs) EXPECT_NE(FindAttribute(table, input), nullptr) << input;
+    if (kind == LocatorKind::kMarker) {
+      EXPECT_EQ(FindAttribute(table, "drawOutput"), nullptr);
+      continue;
+    }
+    ASSERT_NE(FindAttribute(table, "dout"), nullptr);
+    EXPECT_EQ(FindAttribute(table, "dout")->fields.size(), inputs.size());
+  }
+  const auto& rotation = LocatorAttributes(LocatorKind::kRotation);
+  EXPECT_EQ(FindAttribute(rotation, "eposx")->Default(), 0.5);
+  EXPECT_EQ(FindAttribute(rotation, "sposx")->Default(), -0.5);
+  EXPECT_EQ(FindAttribute(LocatorAttributes(LocatorKind::kDistance), "eposx")->Default(), 0.0);
+}
+
+}  // namespace
