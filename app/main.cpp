@@ -4,6 +4,7 @@
 #include <omp.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <csignal>
 #include <cstdlib>
@@ -198,9 +199,13 @@ int Main(int argc, char** argv) {
     case myo_app::RunResult::kFailed: return Fail(myo_app::kExitRunFailed, error);
     case myo_app::RunResult::kDone: break;
   }
-  if (!quiet)
+  if (!quiet) {
+    const bool values = std::any_of(scene.nodes.begin(), scene.nodes.end(),
+                                    [](const myo_app::SceneNode& node) { return !node.type->deformer; });
     std::cout << "Wrote " << (scene.timeline.end - scene.timeline.start + 1) << " frames of " << scene.nodes.size()
-              << " nodes to " << options.output_directory << " (summary.json, figures.csv)" << std::endl;
+              << " nodes to " << options.output_directory << " (summary.json, figures.csv"
+              << (values ? ", values.csv" : "") << ")" << std::endl;
+  }
   return myo_app::kExitSuccess;
 }
 

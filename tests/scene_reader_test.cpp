@@ -208,7 +208,8 @@ TEST_F(SceneReaderTest, ConnectionsAndTheGraphAreChecked) {
   scene_["meshes"][1]["name"] = "bone";
   scene_["nodes"][1]["type"] = "MyoCloth";
   EXPECT_EQ(Read(), Path() + ": nodes[1].type: unknown node type \"MyoCloth\" (known: MyoMuscle, MyoRibbonMuscle, "
-                             "MyoSkin, MyoSimshape)");
+                             "MyoSkin, MyoSimshape, MyoSensorDistance, MyoSensorPosition, MyoSensorRotation, "
+                             "remapValue)");
 }
 
 }  // namespace
@@ -601,6 +602,73 @@ TEST_F(SceneReaderTest, RefusalsNameTheValueFoundInsteadOfTheOneExpected) {
     EXPECT_EQ(Read(), Path() + ": " + expected);
     scene_ = saved;
   }
+}
+
+}  // namespace
+
+namespace {
+
+TEST_F(SceneReaderTest, SensorsAndValueConnectionsAreChecked) {
+  // A sensor between the transform "root" and the body's second point drives
+  // the muscle's activation through a remap.
+  scene_["nodes"].push_back(json::parse(R"({"name": "gap", "type": "MyoSensorDistance",
+      "connections": {"startPosition": "root", "endPosition": "body.vtx[1]"}})"));
+  scene_["nodes"].push_back(json::parse(R"({"name": "drive", "type": "remapValue",
+      "attributes": {"inputMax": 10}, "connections": {"inputValue": "gap.outDistance"}})"));
+  json& muscle = scene_["nodes"][1];
+  muscle["attributes"].erase("activation");
+  muscle["connections"]["activation"] = "drive.outValue";
+  ASSERT_EQ(Read(), "");
+  // Each node comes after the nodes whose values it reads.
+  std::vector<std::string> order;
+  for (const myo_app::SceneNode& node : result_.nodes) order.push_back(node.name);
+  EXPECT_LT(std::find(order.begin(), order.end(), "gap"), std::find(order.begin(), order.end(), "drive"));
+  EXPECT_LT(std::find(order.begin(), order.end(), "drive"), std::find(order.begin(), order.end(), "muscle"));
+  const myo_app::SceneNode& gap = *result_.FindNode("gap");
+  ASSERT_EQ(gap.connections.size(), 2u);
+  for (const myo_app::SceneConnection& c : gap.connections) {
+    EXPECT_EQ(c.source, c.attribute == "endPosition" ? "body" : "root");
+    EXPECT_EQ(c.vertex, c.attribute == "endPosition" ? 1 : -1);
+  }
+
+  const std::string sensor = Path() + ": nodes[2]";
+  const std::string muscle_plug = Path() + ": nodes[1].connections.activation: ";
+  muscle["connections"]["activation"] = "drive.inputMin";
+  EXPECT_EQ(Read(), muscle_plug + "\"inputMin\" is not a single value output of remapValue");
+  muscle["connections"]["activation"] = "drive";
+  EXPECT_EQ(Read(), muscle_plug + "a value attribute takes \"node.attribute\", an output of another node, not \"drive\"");
+  muscle["connections"]["activation"] = "body.outValue";
+  EXPECT_EQ(Read(), muscle_plug + "\"body\" is not a node of the scene");
+  muscle["connections"]["activation"] = "drive.outValue";
+  muscle["attributes"]["activation"] = 0.5;
+  EXPECT_EQ(Read(), muscle_plug + "\"activation\" is both set in \"attributes\" and connected");
+  muscle["attributes"].erase("activation");
+
+  json& gap_node = scene_["nodes"][2];
+  gap_node["connections"]["endPosition"] = "body.vtx[4]";
+  EXPECT_EQ(Read(), sensor + ".connections.endPosition: vertex 4 is beyond the 4 points of \"body\"");
+  gap_node["connections"]["endPosition"] = "body.vtx[-1]";
+  EXPECT_EQ(Read(), sensor + ".connections.endPosition: expected \"mesh.vtx[index]\", not \"body.vtx[-1]\"");
+  gap_node["connections"]["endPosition"] = "bone";
+  EXPECT_EQ(Read(), sensor + ".connections.endPosition: a position takes a transform or \"mesh.vtx[index]\", and "
+                             "\"bone\" is neither");
+  // The muscle's own points would close a loop through its activation.
+  gap_node["connections"]["endPosition"] = "muscle.vtx[0]";
+  EXPECT_EQ(Read(), Path() + ": nodes: a cycle of connections: muscle -> drive -> gap -> muscle");
+  gap_node["connections"]["endPosition"] = "body.vtx[1]";
+
+  gap_node["input"] = "body";
+  EXPECT_EQ(Read(), sensor + ".input: a MyoSensorDistance deforms no mesh and takes no input");
+  gap_node.erase("input");
+  gap_node["maps"] = json::parse(R"([{"name": "mass", "value": 1}])");
+  EXPECT_EQ(Read(), sensor + ".maps: a MyoSensorDistance has no points to paint");
+  gap_node.erase("maps");
+  muscle["input"] = "gap";
+  EXPECT_EQ(Read(), Path() + ": nodes[1].input: \"gap\" is a MyoSensorDistance, which outputs no mesh");
+  muscle["input"] = "body";
+  muscle["connections"]["targets[0].targetWorldMesh"] = "gap";
+  EXPECT_EQ(Read(), Path() + ": nodes[1].connections.targets[0].targetWorldMesh: a mesh attribute takes a mesh or a "
+                             "deformer, and \"gap\" outputs no mesh");
 }
 
 }  // namespace

@@ -14,6 +14,7 @@
 
 #include "app/run/scene_attribute_source.h"
 #include "app/run/scene_run.h"
+#include "app/scene/node_types.h"
 #include "app/scene/scene_reader.h"
 #include "io/map_file.h"
 #include "core/solver/stop_request.h"
@@ -359,6 +360,93 @@ TEST_F(SceneRunTest, AShapeNodeActivatesFromItsPatchesFileAndRunsOnWithoutARefus
             1u);
   ASSERT_TRUE(myo_io::ReadMapFile(dir_.File("out/jiggle/jiggle.outActivation.0006.txt"), activations, error));
   EXPECT_EQ(activations, std::vector<float>(points, 0.0f));
+}
+
+}  // namespace
+
+namespace {
+
+TEST_F(SceneRunTest, SensorsAndRemapsWriteTheirValuesPerFrameAndDriveOtherNodes) {
+  // "bone" rises by 3 from frame 1 to 6; the sensor measures it against a
+  // transform left at the origin, and a remap brings 0..3 to 0..1.
+  scene_["transforms"].push_back(json::parse(R"({"name": "anchor", "keys": [{"frame": 1}]})"));
+  scene_["nodes"] = json::parse(R"([
+    {"name": "lift", "type": "MyoSensorDistance", "connections": {"startPosition": "anchor", "endPosition": "bone"}},
+    {"name": "drive", "type": "remapValue", "attributes": {"inputMax": 3},
+     "connections": {"inputValue": "lift.outDistance"}},
+    {"name": "muscle", "type": "MyoMuscle", "input": "mesh", "connections": {"activation": "drive.outValue"}}])");
+  const myo_app::Scene scene = Read();
+  myo_app::RunOptions options;
+  options.output_directory = dir_.File("out");
+  std::string error;
+  ASSERT_EQ(myo_app::RunScene(scene, options, error), myo_app::RunResult::kDone) << error;
+  const std::string files = myo_test::ListFiles(dir_.File("out"));
+  EXPECT_EQ(files.find("lift/"), std::string::npos);  // no frames of a node that is no deformer
+  EXPECT_NE(files.find("muscle/muscle.0006.obj"), std::string::npos);
+
+  std::istringstream csv(myo_test::ReadFile(dir_.File("out/values.csv")));
+  std::string line;
+  std::getline(csv, line);
+  EXPECT_EQ(line, "frame,lift.outDistance,lift.outVelocity,lift.outAcceleration,drive.outValue");
+  std::vector<std::vector<double>> rows;
+  while (std::getline(csv, line)) {
+    std::vector<double> row;
+    std::istringstream cells(line);
+    std::string cell;
+    while (std::getline(cells, cell, ',')) row.push_back(std::stod(cell));
+    rows.push_back(row);
+  }
+  ASSERT_EQ(rows.size(), 6u);
+  // The start frame resets the rates; the next frame differences against it
+  // (0.6 in a thirtieth of a second), and the rise is steady after that.
+  EXPECT_EQ(rows[0][0], 1.0);
+  EXPECT_NEAR(rows[0][1], 0.0, 1e-6);
+  EXPECT_EQ(rows[0][2], 0.0);
+  EXPECT_EQ(rows[0][3], 0.0);
+  EXPECT_NEAR(rows[1][2], 18.0, 1e-3);
+  EXPECT_NEAR(rows[4][3], 0.0, 1e-2);
+  for (const std::vector<double>& row : rows) {
+    EXPECT_NEAR(row[1], 0.6 * (row[0] - 1.0), 1e-5);
+    EXPECT_NEAR(row[4], row[1] / 3.0, 1e-6);
+  }
+  const json summary = json::parse(myo_test::ReadFile(dir_.File("out/summary.json")));
+  EXPECT_EQ(summary["nodes"][0]["output"], "values.csv");
+}
+
+TEST(SceneAttributeSourceTest, ConnectedValuesAndPositionsComeFromTheirSources) {
+  myo_app::Scene scene;
+  scene.timeline.fps = 24.0;
+  myo_app::SceneNode node;
+  node.name = "gap";
+  node.type = myo_app::FindNodeType("MyoSensorRotation");
+  myo_app::SceneConnection mid;
+  mid.attribute = "midPosition";
+  mid.source = "points";
+  mid.vertex = 1;
+  node.connections.push_back(mid);
+  node.attributes["startPositionX"] = myo_app::ScalarTrack::Constant(2.0);
+  myo_core::MeshData points;
+  points.world_points = {0, 0, 0, 4, 5, 6};
+  myo_app::SceneLinks links;
+  links.world_mesh = [&](const std::string& name) { return name == "points" ? &points : nullptr; };
+  links.output_value = [](const std::string&, const std::string&) { return 0.0; };
+  const myo_app::SceneAttributeSource source(scene, node, 3.0, &links);
+  const myo_core::Vec3 m = source.Position("midPosition");
+  EXPECT_EQ(m.x, 4.0f);
+  EXPECT_EQ(m.z, 6.0f);
+  EXPECT_EQ(source.Position("startPosition").x, 2.0f);  // set by its children
+  EXPECT_EQ(source.Position("endPosition").y, 0.0f);
+
+  myo_app::SceneNode muscle;
+  muscle.name = "muscle";
+  muscle.type = myo_app::FindNodeType("MyoMuscle");
+  myo_app::SceneConnection drive;
+  drive.attribute = "activation";
+  drive.source = "drive";
+  drive.source_attribute = "outValue";
+  muscle.connections.push_back(drive);
+  links.output_value = [](const std::string& n, const std::string& a) { return n == "drive" && a == "outValue" ? 0.75 : -1.0; };
+  EXPECT_EQ(myo_app::SceneAttributeSource(scene, muscle, 3.0, &links).Number("activation"), 0.75);
 }
 
 }  // namespace

@@ -76,7 +76,7 @@ std::string AttributeListing(const NodeType& type) {
       << std::setw(22) << "default" << std::setw(14) << "limits" << std::setw(14) << "soft limits"
       << "notes\n";
   AppendTable(*type.attributes, out);
-  AppendTable(DeformerAttributes(), out);
+  if (type.deformer) AppendTable(DeformerAttributes(), out);
   return out.str();
 }
 

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "app/run/scene_attribute_source.h"
+#include "app/scene/remap_value.h"
 #include "core/muscle/muscle_frame_reader.h"
 #include "core/shape/shape_frame_reader.h"
 #include "core/skin/skin_frame_reader.h"
@@ -24,9 +25,9 @@ double MaxSpeed(const std::vector<float>& velocities) {
 
 }  // namespace
 
-NodeRunner::NodeRunner(const Scene& scene, const SceneNode& node)
-    : scene_(scene), node_(node), host_(scene, node, maps_) {
-  output_ = scene.BaseMesh(node)->data;
+NodeRunner::NodeRunner(const Scene& scene, const SceneNode& node, OutputValues output_values)
+    : scene_(scene), node_(node), host_(scene, node, maps_), output_values_(std::move(output_values)) {
+  if (const SceneMesh* base = scene.BaseMesh(node)) output_ = base->data;
   for (const SceneMap& map : node.maps) {
     const uint32_t width = map.children.empty() ? 1u : static_cast<uint32_t>(map.children.size());
     maps_.SetAll(map.list, map.element, map.set, map.values, width);
@@ -36,6 +37,10 @@ NodeRunner::NodeRunner(const Scene& scene, const SceneNode& node)
     case NodeKind::kRibbonMuscle: ribbon_ = std::make_unique<myo_core::RibbonMuscleDeformer>(); break;
     case NodeKind::kSkin: skin_ = std::make_unique<myo_core::SkinDeformer>(); break;
     case NodeKind::kShape: shape_ = std::make_unique<myo_core::ShapeDeformer>(); break;
+    case NodeKind::kSensorDistance:
+    case NodeKind::kSensorPosition:
+    case NodeKind::kSensorRotation:
+    case NodeKind::kRemapValue: break;
   }
 }
 
@@ -43,7 +48,7 @@ NodeRunner::~NodeRunner() = default;
 
 myo_core::Matrix NodeRunner::LocalToWorld(double frame) const {
   const SceneMesh* base = scene_.BaseMesh(node_);
-  return ToFloatMatrix(scene_.WorldMatrix(base->parent, frame));
+  return ToFloatMatrix(scene_.WorldMatrix(base != nullptr ? base->parent : std::string(), frame));
 }
 
 void NodeRunner::TakeOutput(const myo_core::SolverData& solver) {
@@ -55,7 +60,7 @@ void NodeRunner::TakeOutput(const myo_core::SolverData& solver) {
 
 template <class Deformer>
 bool NodeRunner::EvaluateMuscle(Deformer& deformer, double frame, bool with_volume) {
-  const SceneAttributeSource source(scene_, node_, frame);
+  const SceneAttributeSource source(scene_, node_, frame, &links_);
   myo_core::MuscleFrameValues values;
   myo_core::ReadMuscleFrameValues(source, with_volume, values);
   values.envelope = static_cast<float>(source.Number("envelope"));
@@ -73,7 +78,7 @@ bool NodeRunner::EvaluateMuscle(Deformer& deformer, double frame, bool with_volu
 }
 
 bool NodeRunner::EvaluateSkin(double frame, std::string& error) {
-  const SceneAttributeSource source(scene_, node_, frame);
+  const SceneAttributeSource source(scene_, node_, frame, &links_);
   myo_core::SkinFrameValues values;
   myo_core::ReadSkinFrameValues(source, values);
   values.envelope = static_cast<float>(source.Number("envelope"));
@@ -90,7 +95,7 @@ bool NodeRunner::EvaluateSkin(double frame, std::string& error) {
 }
 
 bool NodeRunner::EvaluateShape(double frame) {
-  const SceneAttributeSource source(scene_, node_, frame);
+  const SceneAttributeSource source(scene_, node_, frame, &links_);
   myo_core::ShapeFrameValues values;
   myo_core::ReadShapeFrameValues(source, values);
   values.envelope = static_cast<float>(source.Number("envelope"));
@@ -100,6 +105,63 @@ bool NodeRunner::EvaluateShape(double frame) {
   figures_.stepped = result.stepped;
   TakeOutput(shape_->solver());
   return true;
+}
+
+void NodeRunner::EvaluateSensor(double frame) {
+  const SceneAttributeSource source(scene_, node_, frame, &links_);
+  myo_core::SensorClock clock;
+  clock.start_time = static_cast<float>(source.Number("startTime"));
+  clock.current_time = static_cast<float>(source.Number("currentTime"));
+  clock.time_scale = static_cast<float>(source.Number("timeScale"));
+  myo_core::SensorOutputs result;
+  switch (node_.type->kind) {
+    case NodeKind::kSensorDistance:
+      result = myo_core::EvaluateDistanceSensor(scalar_sensor_, clock, static_cast<float>(source.Number("spaceScale")),
+                                                source.Position("startPosition"), source.Position("endPosition"));
+      break;
+    case NodeKind::kSensorPosition:
+      result = myo_core::EvaluatePositionSensor(position_sensor_, clock,
+                                                static_cast<float>(source.Number("spaceScale")),
+                                                source.Position("position"));
+      break;
+    default:
+      result = myo_core::EvaluateRotationSensor(scalar_sensor_, clock, source.Position("startPosition"),
+                                                source.Position("midPosition"), source.Position("endPosition"));
+      break;
+  }
+  myo_core::ApplySensorOutputs(result, sensor_outputs_);
+  if (node_.type->kind == NodeKind::kSensorDistance) outputs_["outDistance"] = sensor_outputs_.value;
+  if (node_.type->kind == NodeKind::kSensorRotation) outputs_["outAngle"] = sensor_outputs_.value;
+  outputs_["outVelocity"] = sensor_outputs_.velocity;
+  outputs_["outAcceleration"] = sensor_outputs_.acceleration;
+  figures_.stepped = result.rates_written;
+}
+
+void NodeRunner::EvaluateRemapValue(double frame) {
+  const SceneAttributeSource source(scene_, node_, frame, &links_);
+  RemapValueInputs in;
+  in.input = source.Number("inputValue");
+  in.input_min = source.Number("inputMin");
+  in.input_max = source.Number("inputMax");
+  in.output_min = source.Number("outputMin");
+  in.output_max = source.Number("outputMax");
+  in.curve = source.Ramp("value");
+  // A float attribute of the host's node holds 32 bits.
+  outputs_["outValue"] = static_cast<float>(RemapValue(in));
+}
+
+double NodeRunner::OutputValue(const std::string& attribute) const {
+  const auto it = outputs_.find(attribute);
+  return it != outputs_.end() ? it->second : 0.0;
+}
+
+std::vector<std::string> NodeRunner::ValueOutputs() const {
+  std::vector<std::string> names;
+  if (node_.type->deformer) return names;
+  for (const myo_core::AttributeInfo& info : *node_.type->attributes)
+    if (info.Has(myo_core::kNotWritable) && info.type == myo_core::AttributeType::kFloat && !info.Has(myo_core::kArray))
+      names.push_back(info.long_name);
+  return names;
 }
 
 // The transform that places a mesh of the scene or a node's output, or "".
@@ -130,12 +192,15 @@ bool NodeRunner::FiniteMatrices(double frame, std::string& error) const {
 
 bool NodeRunner::Evaluate(double frame, bool playing, SceneMeshes& meshes, std::string& error) {
   if (!FiniteMatrices(frame, error)) return false;
-  const myo_core::MeshData* input = meshes.ObjectMesh(node_.input);
   host_.SetFrame(frame, playing, meshes);
-  input_points_.assign(input->points.begin(), input->points.end());
+  if (const myo_core::MeshData* input = meshes.ObjectMesh(node_.input)) {
+    input_points_.assign(input->points.begin(), input->points.end());
+    output_.points = input->points;
+  }
   output_points_.clear();
-  output_.points = input->points;
   figures_ = NodeFigures{};
+  links_.output_value = output_values_;
+  links_.world_mesh = [&meshes](const std::string& name) { return meshes.WorldMesh(name); };
   const auto begin = std::chrono::steady_clock::now();
   bool ok = true;
   switch (node_.type->kind) {
@@ -143,6 +208,10 @@ bool NodeRunner::Evaluate(double frame, bool playing, SceneMeshes& meshes, std::
     case NodeKind::kRibbonMuscle: ok = EvaluateMuscle(*ribbon_, frame, false); break;
     case NodeKind::kSkin: ok = EvaluateSkin(frame, error); break;
     case NodeKind::kShape: ok = EvaluateShape(frame); break;
+    case NodeKind::kSensorDistance:
+    case NodeKind::kSensorPosition:
+    case NodeKind::kSensorRotation: EvaluateSensor(frame); break;
+    case NodeKind::kRemapValue: EvaluateRemapValue(frame); break;
   }
   figures_.evaluate_ms = std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - begin).count();
   return ok;

@@ -5,16 +5,19 @@
 // Maya node does from its plugs.
 
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "app/run/scene_attribute_source.h"
 #include "app/run/scene_host.h"
 #include "app/scene/scene.h"
 #include "core/maps/map_store.h"
 #include "core/muscle/muscle_deformer.h"
 #include "core/shape/shape_deformer.h"
+#include "core/sensors/sensor_evaluation.h"
 #include "core/skin/skin_deformer.h"
 
 namespace myo_app {
@@ -30,7 +33,10 @@ struct NodeFigures {
 
 class NodeRunner {
  public:
-  NodeRunner(const Scene& scene, const SceneNode& node);
+  // `output_values` answers another node's single value output of the
+  // current frame, for the value attributes connected to one.
+  using OutputValues = std::function<double(const std::string& node, const std::string& attribute)>;
+  NodeRunner(const Scene& scene, const SceneNode& node, OutputValues output_values = {});
   ~NodeRunner();
 
   // Evaluates the node at `frame`, its input and connected meshes taken from
@@ -41,6 +47,12 @@ class NodeRunner {
   const SceneNode& node() const { return node_; }
   const myo_core::MeshData& output() const { return output_; }
   const NodeFigures& figures() const { return figures_; }
+  // A single value output of a node that is no deformer ("outDistance",
+  // "outValue", ...) after its last evaluation; 0 before.
+  double OutputValue(const std::string& attribute) const;
+  // The single value outputs of the node's type, in table order: what the
+  // run writes per frame for a node that is no deformer.
+  std::vector<std::string> ValueOutputs() const;
   // A shape node's "outActivation" after the last evaluation; empty for
   // other nodes and before a shape's first build.
   const std::vector<float>& out_activation() const { return host_.out_activation(); }
@@ -50,6 +62,8 @@ class NodeRunner {
   bool EvaluateMuscle(Deformer& deformer, double frame, bool with_volume);
   bool EvaluateSkin(double frame, std::string& error);
   bool EvaluateShape(double frame);
+  void EvaluateSensor(double frame);
+  void EvaluateRemapValue(double frame);
   myo_core::Matrix LocalToWorld(double frame) const;
   std::string PlacingTransform(const std::string& name) const;
   // False, naming the transform, when a matrix the node reads at `frame` is
@@ -69,6 +83,13 @@ class NodeRunner {
   std::unique_ptr<myo_core::RibbonMuscleDeformer> ribbon_;
   std::unique_ptr<myo_core::SkinDeformer> skin_;
   std::unique_ptr<myo_core::ShapeDeformer> shape_;
+  // Nodes that are no deformers.
+  OutputValues output_values_;
+  SceneLinks links_;  // what connections read at the frame being evaluated
+  std::map<std::string, double> outputs_;  // by output attribute
+  myo_core::ScalarSensorState scalar_sensor_;
+  myo_core::PositionSensorState position_sensor_;
+  myo_core::SensorOutputValues sensor_outputs_;
 };
 
 }  // namespace myo_app

@@ -12,6 +12,9 @@ double SceneAttributeSource::Number(const std::string& long_name) const {
   const myo_core::AttributeInfo* info = FindNodeAttribute(*node_.type, long_name);
   const bool is_time = info != nullptr && info->type == myo_core::AttributeType::kTime;
   const double fps = scene_.timeline.fps;
+  if (links_ != nullptr && links_->output_value)
+    for (const SceneConnection& c : node_.connections)
+      if (c.attribute == long_name && !c.source_attribute.empty()) return links_->output_value(c.source, c.source_attribute);
   const auto it = node_.attributes.find(long_name);
   if (it != node_.attributes.end()) {
     const double value = it->second.At(frame_);
@@ -27,6 +30,24 @@ double SceneAttributeSource::Number(const std::string& long_name) const {
       if (parent.children[k] == long_name) return parent.defaults[k];
   }
   return info != nullptr ? info->Default() : 0.0;
+}
+
+myo_core::Vec3 SceneAttributeSource::Position(const std::string& long_name) const {
+  for (const SceneConnection& c : node_.connections) {
+    if (c.attribute != long_name || !c.list.empty()) continue;
+    if (c.vertex < 0) {
+      const Matrix4d world = scene_.WorldMatrix(c.source, frame_);
+      return {static_cast<float>(world[12]), static_cast<float>(world[13]), static_cast<float>(world[14])};
+    }
+    const myo_core::MeshData* mesh = links_ != nullptr && links_->world_mesh ? links_->world_mesh(c.source) : nullptr;
+    const std::size_t at = 3 * static_cast<std::size_t>(c.vertex);
+    if (mesh == nullptr || at + 2 >= mesh->world_points.size()) return {0.0f, 0.0f, 0.0f};
+    return {mesh->world_points[at], mesh->world_points[at + 1], mesh->world_points[at + 2]};
+  }
+  const myo_core::AttributeInfo* info = FindNodeAttribute(*node_.type, long_name);
+  if (info == nullptr || info->children.size() != 3) return {0.0f, 0.0f, 0.0f};
+  return {static_cast<float>(Number(info->children[0])), static_cast<float>(Number(info->children[1])),
+          static_cast<float>(Number(info->children[2]))};
 }
 
 myo_core::Matrix SceneAttributeSource::MatrixValue(const std::string& long_name) const {

@@ -71,13 +71,19 @@ class SceneRun {
     const auto begin = std::chrono::steady_clock::now();
     // Every output is named and its place checked before the first frame.
     if (!PrepareOutputFolder(options_.output_directory, Plan(), error)) return RunResult::kFailed;
-    for (const SceneNode& node : scene_.nodes) runners_.push_back(std::make_unique<NodeRunner>(scene_, node));
+    const NodeRunner::OutputValues values = [this](const std::string& node, const std::string& attribute) {
+      const auto it = by_name_.find(node);
+      return it != by_name_.end() ? it->second->OutputValue(attribute) : 0.0;
+    };
+    for (const SceneNode& node : scene_.nodes)
+      runners_.push_back(std::make_unique<NodeRunner>(scene_, node, values));
     for (std::size_t i = 0; i < runners_.size(); ++i) by_name_[scene_.nodes[i].name] = runners_[i].get();
     if (!OpenOutputs(error)) return RunResult::kFailed;
 
     const Timeline& t = scene_.timeline;
     const std::size_t total = static_cast<std::size_t>(t.end - t.preroll) + 1;
     std::string csv = "frame,node,stepped,evaluate_ms,iterations,volume_ratio,max_speed\n";
+    std::string values_csv = ValuesHeader();
     std::size_t done = 0;
     RunMeshes meshes(scene_, Outputs());
     // Frames are whole numbers: counted as integers, they always advance.
@@ -93,11 +99,14 @@ class SceneRun {
         if (!FiniteOutput(frame, *runner, error)) return RunResult::kFailed;
         if (frame >= t.start) Record(frame, *runner, csv);
       }
+      if (frame >= t.start && !values_csv.empty()) RecordValues(frame, values_csv);
       if (frame >= t.start && !WriteFrame(frame, error)) return RunResult::kFailed;
       if (options_.progress) options_.progress(++done, total);
     }
     if (!CommitOutputs(error)) return RunResult::kFailed;
     if (!myo_io::WriteFileAtomically(Path("figures.csv"), csv, error)) return RunResult::kFailed;
+    if (!values_csv.empty() && !myo_io::WriteFileAtomically(Path("values.csv"), values_csv, error))
+      return RunResult::kFailed;
     const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
     if (!myo_io::WriteFileAtomically(Path("summary.json"), Summary(seconds).dump(2, ' ', false, nlohmann::json::error_handler_t::replace) + "\n", error))
       return RunResult::kFailed;
@@ -120,7 +129,10 @@ class SceneRun {
   OutputPlan Plan() const {
     OutputPlan plan;
     const Timeline& t = scene_.timeline;
+    bool values = false;
     for (const SceneNode& node : scene_.nodes) {
+      values = values || !node.type->deformer;
+      if (!node.type->deformer) continue;
       const bool objs = options_.format != OutputFormat::kPc2;
       const bool activations = WritesActivation(node);
       if (!objs) plan.files.push_back(node.name + ".pc2");
@@ -132,6 +144,7 @@ class SceneRun {
       }
     }
     plan.files.push_back("figures.csv");
+    if (values) plan.files.push_back("values.csv");
     plan.files.push_back("summary.json");
     return plan;
   }
@@ -154,6 +167,10 @@ class SceneRun {
     const Timeline& t = scene_.timeline;
     if (options_.format != OutputFormat::kPc2) return true;
     for (const SceneNode& node : scene_.nodes) {
+      if (!node.type->deformer) {
+        caches_.push_back(nullptr);
+        continue;
+      }
       auto cache = std::make_unique<myo_io::PointCacheWriter>();
       const uint32_t points = scene_.BaseMesh(node)->data.PointCount();
       if (!cache->Open(Path(node.name + ".pc2"), points, static_cast<float>(t.start),
@@ -167,6 +184,7 @@ class SceneRun {
   bool WriteFrame(double frame, std::string& error) {
     for (std::size_t i = 0; i < runners_.size(); ++i) {
       const NodeRunner& runner = *runners_[i];
+      if (!runner.node().type->deformer) continue;
       if (WritesActivation(runner.node()) && !WriteActivation(frame, runner, error)) return false;
       if (options_.format == OutputFormat::kPc2) {
         if (!caches_[i]->Append(runner.output().points, error)) return false;
@@ -191,8 +209,24 @@ class SceneRun {
 
   bool CommitOutputs(std::string& error) {
     for (auto& cache : caches_)
-      if (!cache->Commit(error)) return false;
+      if (cache && !cache->Commit(error)) return false;
     return true;
+  }
+
+  // One column per single value output of every node that is no deformer,
+  // "node.attribute"; empty when there is none.
+  std::string ValuesHeader() const {
+    std::string header;
+    for (const auto& runner : runners_)
+      for (const std::string& output : runner->ValueOutputs()) header += "," + runner->node().name + "." + output;
+    return header.empty() ? header : "frame" + header + "\n";
+  }
+
+  void RecordValues(double frame, std::string& csv) const {
+    csv += FrameTag(frame);
+    for (const auto& runner : runners_)
+      for (const std::string& output : runner->ValueOutputs()) csv += "," + Csv(runner->OutputValue(output));
+    csv += "\n";
   }
 
   void Record(double frame, const NodeRunner& runner, std::string& csv) {
@@ -220,14 +254,15 @@ class SceneRun {
       nlohmann::json entry = {
           {"name", node.name},
           {"type", node.type->name},
-          {"points", scene_.BaseMesh(node)->data.PointCount()},
+          {"points", node.type->deformer ? scene_.BaseMesh(node)->data.PointCount() : 0},
           {"frames_written", totals.frames},
           {"steps", totals.steps},
           {"mean_evaluate_ms", totals.frames ? totals.evaluate_ms_sum / totals.frames : 0.0},
           {"max_evaluate_ms", totals.evaluate_ms_max},
           {"max_speed", totals.max_speed},
-          {"output", options_.format == OutputFormat::kPc2 ? node.name + ".pc2"
-                                                            : node.name + "/" + node.name + ".####.obj"},
+          {"output", !node.type->deformer ? std::string("values.csv")
+                     : options_.format == OutputFormat::kPc2 ? node.name + ".pc2"
+                                                             : node.name + "/" + node.name + ".####.obj"},
       };
       if (WritesActivation(node)) entry["out_activation"] = node.name + "/" + node.name + ".outActivation.####.txt";
       if (totals.min_volume_ratio) {

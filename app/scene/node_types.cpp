@@ -1,8 +1,10 @@
 #include "app/scene/node_types.h"
 
+#include "app/scene/remap_value.h"
 #include "core/attributes/attribute_builders.h"
 #include "core/muscle/muscle_attributes.h"
 #include "core/plugin/registration_table.h"
+#include "core/sensors/sensor_attributes.h"
 #include "core/shape/shape_attributes.h"
 #include "core/skin/skin_attributes.h"
 
@@ -22,6 +24,14 @@ const std::vector<NodeType>& NodeTypes() {
        "skin held on a reference mesh by hard, soft and slide constraints"},
       {myo_core::kMyoSimshapeTypeName, NodeKind::kShape, &myo_core::ShapeAttributes(),
        "soft mass that jiggles towards its animated shape and keeps off a collider"},
+      {myo_core::kMyoSensorDistanceTypeName, NodeKind::kSensorDistance, &myo_core::SensorDistanceAttributes(),
+       "distance between two positions, with its velocity and acceleration", false},
+      {myo_core::kMyoSensorPositionTypeName, NodeKind::kSensorPosition, &myo_core::SensorPositionAttributes(),
+       "speed of one position, and its acceleration", false},
+      {myo_core::kMyoSensorRotationTypeName, NodeKind::kSensorRotation, &myo_core::SensorRotationAttributes(),
+       "angle at a middle position between two others, with its velocity and acceleration", false},
+      {myo_core::kRemapValueTypeName, NodeKind::kRemapValue, &RemapValueAttributes(),
+       "the host's value remap: an input range through a curve to an output range", false},
   };
   return types;
 }
@@ -40,7 +50,7 @@ const AttributeTable& DeformerAttributes() {
 
 const AttributeInfo* FindNodeAttribute(const NodeType& type, const std::string& name) {
   if (const AttributeInfo* info = myo_core::FindAttribute(*type.attributes, name)) return info;
-  return myo_core::FindAttribute(DeformerAttributes(), name);
+  return type.deformer ? myo_core::FindAttribute(DeformerAttributes(), name) : nullptr;
 }
 
 const AttributeInfo* FindMapList(const NodeType& type, const std::string& element) {

@@ -10,13 +10,16 @@
 
 namespace myo_app {
 
-enum class NodeKind { kMuscle, kRibbonMuscle, kSkin, kShape };
+enum class NodeKind { kMuscle, kRibbonMuscle, kSkin, kShape, kSensorDistance, kSensorPosition, kSensorRotation, kRemapValue };
 
 struct NodeType {
   std::string name;  // the Maya type name
   NodeKind kind;
   const myo_core::AttributeTable* attributes;
   std::string summary;
+  // A deformer takes an input mesh and outputs it deformed; other nodes
+  // compute values from their attributes and connections.
+  bool deformer = true;
 };
 
 const std::vector<NodeType>& NodeTypes();
@@ -25,8 +28,8 @@ const NodeType* FindNodeType(const std::string& name);
 // The attributes every deformer inherits: "envelope".
 const myo_core::AttributeTable& DeformerAttributes();
 
-// An attribute of a node type by long or short name, its own first, then the
-// deformer's; null when there is none.
+// An attribute of a node type by long or short name, its own first, then,
+// for a deformer, the deformer's; null when there is none.
 const myo_core::AttributeInfo* FindNodeAttribute(const NodeType& type, const std::string& name);
 
 // The list attribute that holds the per-point map `element` (a long name):

@@ -56,6 +56,12 @@ struct SceneConnection {
   std::string list;        // long name of its array parent, or empty
   uint32_t index = 0;      // logical index in that array
   std::string source;
+  // For a value connection, "node.attribute": the output attribute of the
+  // source node (long name); empty for a transform or mesh.
+  std::string source_attribute;
+  // For a position (a compound of three floats) taken from a mesh's point,
+  // "mesh.vtx[i]": the vertex; -1 for a transform's world position.
+  int64_t vertex = -1;
 };
 
 enum class SourceKind { kTransform, kMesh, kNode };
@@ -63,7 +69,7 @@ enum class SourceKind { kTransform, kMesh, kNode };
 struct SceneNode {
   std::string name;
   const NodeType* type = nullptr;
-  std::string input;                              // mesh or node deformed by this node
+  std::string input;                              // mesh or node deformed by this node; empty for other nodes
   std::string base_mesh;                          // the mesh at the root of its chain of inputs
   std::map<std::string, ScalarTrack> attributes;  // by long name, values in the units of the file
   std::map<std::string, std::string> texts;       // string attributes; a file name resolved against the scene's folder

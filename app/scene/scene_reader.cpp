@@ -275,6 +275,11 @@ class SceneReader {
       scene_.nodes.push_back(std::move(item));
     }
     for (std::size_t i = 0; i < list.size(); ++i) ReadNodeHead(list[i], field[i], scene_.nodes[i]);
+    for (std::size_t i = 0; i < list.size(); ++i) {
+      const SceneNode* input = scene_.FindNode(scene_.nodes[i].input);
+      if (input != nullptr && !input->type->deformer)
+        field[i]["input"].Fail(Quote(input->name) + " is a " + input->type->name + ", which outputs no mesh");
+    }
     // Inputs alone must not form a cycle before base meshes are looked up;
     // connections are checked again once read.
     // Base meshes in that order, each from its input's, so that a long chain
@@ -282,12 +287,12 @@ class SceneReader {
     std::vector<const SceneMesh*> base(list.size(), nullptr);
     for (const std::size_t i : TopologicalOrder(field)) {
       const std::string& input = scene_.nodes[i].input;
+      if (input.empty()) continue;
       base[i] = scene_.FindNode(input) != nullptr ? base[scene_.index.at(input)] : scene_.FindMesh(input);
     }
-    for (std::size_t i = 0; i < list.size(); ++i) {
-      scene_.nodes[i].base_mesh = base[i]->name;
-      ReadNodeBody(list[i], field[i], scene_.nodes[i], *base[i]);
-    }
+    for (std::size_t i = 0; i < list.size(); ++i)
+      if (base[i] != nullptr) scene_.nodes[i].base_mesh = base[i]->name;
+    for (std::size_t i = 0; i < list.size(); ++i) ReadNodeBody(list[i], field[i], scene_.nodes[i], base[i]);
   }
 
   void ReadNodeHead(const json& value, const Field& f, SceneNode& node) {
@@ -299,6 +304,10 @@ class SceneReader {
       for (const NodeType& t : NodeTypes()) known += (known.empty() ? "" : ", ") + t.name;
       f["type"].Fail("unknown node type " + Quote(type) + " (known: " + known + ")");
     }
+    if (!node.type->deformer) {
+      if (value.contains("input")) f["input"].Fail("a " + node.type->name + " deforms no mesh and takes no input");
+      return;
+    }
     node.input = Text(Require(value, "input", f), f["input"]);
     const auto kind = scene_.kinds.find(node.input);
     if (kind == scene_.kinds.end() || kind->second == SourceKind::kTransform)
@@ -306,10 +315,13 @@ class SceneReader {
     if (node.input == node.name) f["input"].Fail("a node cannot deform its own output");
   }
 
-  void ReadNodeBody(const json& value, const Field& f, SceneNode& node, const SceneMesh& base) {
+  void ReadNodeBody(const json& value, const Field& f, SceneNode& node, const SceneMesh* base) {
     if (value.contains("attributes")) ReadAttributes(value["attributes"], f["attributes"], node);
     if (value.contains("connections")) ReadConnections(value["connections"], f["connections"], node);
-    if (value.contains("maps")) ReadMaps(value["maps"], f["maps"], node, base.data.PointCount());
+    if (value.contains("maps")) {
+      if (base == nullptr) f["maps"].Fail("a " + node.type->name + " has no points to paint");
+      ReadMaps(value["maps"], f["maps"], node, base->data.PointCount());
+    }
     if (node.type->kind == NodeKind::kSkin &&
         std::none_of(node.connections.begin(), node.connections.end(),
                      [](const SceneConnection& c) { return c.attribute == "referenceMesh"; }))
@@ -451,6 +463,24 @@ class SceneReader {
       const Field f = field[item.key()];
       SceneConnection connection = ParsePlug(item.key(), *node.type, f);
       connection.source = Text(item.value(), f);
+      const AttributeInfo* target = FindNodeAttribute(*node.type, connection.attribute);
+      if (IsPositionAttribute(*target, *node.type)) {
+        ReadPositionSource(connection, f);
+        if (connection.source == node.name) f.Fail("a node cannot take its own output");
+        if (!plugs.insert(connection.attribute).second) f.Fail("the plug is connected twice");
+        node.connections.push_back(std::move(connection));
+        continue;
+      }
+      if (IsValueAttribute(*target)) {
+        ReadValueSource(connection, f);
+        if (connection.source == node.name) f.Fail("a node cannot take its own output");
+        if (node.attributes.count(connection.attribute) != 0)
+          f.Fail("\"" + connection.attribute + "\" is both set in \"attributes\" and connected");
+        const std::string key = connection.attribute;
+        if (!plugs.insert(key).second) f.Fail("the plug is connected twice");
+        node.connections.push_back(std::move(connection));
+        continue;
+      }
       const std::string key = connection.list + "[" + std::to_string(connection.index) + "]." + connection.attribute;
       if (!plugs.insert(key).second) f.Fail("the plug is connected twice");
       const AttributeInfo* info = FindNodeAttribute(*node.type, connection.attribute);
@@ -460,6 +490,9 @@ class SceneReader {
         f.Fail("a matrix attribute takes a transform, and " + Quote(connection.source) + " is not one");
       if (info->type == AttributeType::kMesh && kind->second == SourceKind::kTransform)
         f.Fail("a mesh attribute takes a mesh or a node, and " + Quote(connection.source) + " is a transform");
+      if (info->type == AttributeType::kMesh && kind->second == SourceKind::kNode &&
+          !scene_.FindNode(connection.source)->type->deformer)
+        f.Fail("a mesh attribute takes a mesh or a deformer, and " + Quote(connection.source) + " outputs no mesh");
       if (connection.source == node.name) f.Fail("a node cannot take its own output");
       node.connections.push_back(std::move(connection));
     }
@@ -491,8 +524,9 @@ class SceneReader {
     const AttributeInfo* info = FindNodeAttribute(type, attribute);
     if (info == nullptr) f.Fail("unknown attribute of " + type.name);
     c.attribute = info->long_name;
-    if (!info->IsMatrix() && info->type != AttributeType::kMesh)
-      f.Fail("only matrix and mesh attributes take connections here");
+    if (!info->IsMatrix() && info->type != AttributeType::kMesh && !IsValueAttribute(*info) &&
+        !IsPositionAttribute(*info, type))
+      f.Fail("only matrix, mesh, position and single value attributes take connections here");
     if (c.list.empty()) {
       for (const AttributeInfo& parent : *type.attributes)
         if (parent.Has(myo_core::kArray) && std::find(parent.children.begin(), parent.children.end(),
@@ -562,6 +596,67 @@ class SceneReader {
       if (!file.empty()) CheckMapFileValues(map.values, components, file, f["file"]);
       node.maps.push_back(std::move(map));
     }
+  }
+
+  // A single number that a connection from another node's output may drive.
+  static bool IsValueAttribute(const AttributeInfo& info) {
+    if (info.Has(myo_core::kArray) || info.Has(myo_core::kNotWritable)) return false;
+    return info.type == AttributeType::kFloat || info.type == AttributeType::kInt ||
+           info.type == AttributeType::kBool || info.type == AttributeType::kEnum;
+  }
+
+  // A position: a compound of three floats, not per point.
+  static bool IsPositionAttribute(const AttributeInfo& info, const NodeType& type) {
+    if (info.type != AttributeType::kCompound || info.Has(myo_core::kArray) || info.children.size() != 3) return false;
+    for (const std::string& child : info.children) {
+      const AttributeInfo* c = myo_core::FindAttribute(*type.attributes, child);
+      if (c == nullptr || c->type != AttributeType::kFloat) return false;
+    }
+    return true;
+  }
+
+  // A transform (its world position) or "mesh.vtx[i]", the point of a mesh
+  // or of a deformer's output in world space.
+  void ReadPositionSource(SceneConnection& c, const Field& f) const {
+    const std::string& text = c.source;
+    const std::size_t mark = text.rfind(".vtx[");
+    if (mark == std::string::npos) {
+      if (scene_.FindTransform(text) == nullptr)
+        f.Fail("a position takes a transform or \"mesh.vtx[index]\", and " + Quote(text) + " is neither");
+      return;
+    }
+    const std::string name = text.substr(0, mark);
+    const std::string digits = text.substr(mark + 5, text.size() - mark - 6);
+    if (text.back() != ']' || digits.empty() || digits.size() > 9 ||
+        digits.find_first_not_of("0123456789") != std::string::npos)
+      f.Fail("expected \"mesh.vtx[index]\", not " + Quote(text));
+    const SceneMesh* mesh = scene_.FindMesh(name);
+    const SceneNode* node = mesh == nullptr ? scene_.FindNode(name) : nullptr;
+    if (node != nullptr && !node->type->deformer) f.Fail(Quote(name) + " outputs no mesh");
+    if (mesh == nullptr && node == nullptr) f.Fail(Quote(name) + " is not a mesh or node of the scene");
+    if (node != nullptr) mesh = scene_.BaseMesh(*node);  // a deformer outputs the points of its base mesh
+    const uint64_t vertex = std::stoull(digits);
+    if (vertex >= mesh->data.PointCount())
+      f.Fail("vertex " + digits + " is beyond the " + std::to_string(mesh->data.PointCount()) + " points of " +
+             Quote(name));
+    c.source = name;
+    c.vertex = static_cast<int64_t>(vertex);
+  }
+
+  // "node.attribute": a single value output of another node.
+  void ReadValueSource(SceneConnection& c, const Field& f) const {
+    const std::size_t dot = c.source.rfind('.');
+    if (dot == std::string::npos || dot == 0 || dot + 1 == c.source.size())
+      f.Fail("a value attribute takes \"node.attribute\", an output of another node, not " + Quote(c.source));
+    const std::string node_name = c.source.substr(0, dot);
+    const SceneNode* source = scene_.FindNode(node_name);
+    if (source == nullptr) f.Fail(Quote(node_name) + " is not a node of the scene");
+    const AttributeInfo* output = FindNodeAttribute(*source->type, c.source.substr(dot + 1));
+    if (output == nullptr || !output->Has(myo_core::kNotWritable) || output->Has(myo_core::kArray) ||
+        output->type != AttributeType::kFloat)
+      f.Fail(Quote(c.source.substr(dot + 1)) + " is not a single value output of " + source->type->name);
+    c.source = node_name;
+    c.source_attribute = output->long_name;
   }
 
   // Nodes a node depends on: its input and the node outputs it connects.
