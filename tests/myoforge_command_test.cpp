@@ -7,6 +7,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include <cstdio>
 #include <cstring>
 #include <filesystem>
 #include <string>
@@ -31,7 +32,8 @@ TEST(MyoforgeCommand, ForearmRunsWritesEveryFrameAndRepeatsBitForBit) {
   EXPECT_EQ(first.out, "");
   const auto second = RunCommand(kBinary, "run '" + kForearm + "' -t 2 -o '" + two.path() + "'");
   ASSERT_EQ(second.exit_code, 0) << second.err;
-  EXPECT_EQ(second.out, "Wrote 96 frames of 2 nodes to " + two.path() + " (summary.json, figures.csv)\n");
+  EXPECT_EQ(second.out,
+            "Wrote 96 frames of 4 nodes to " + two.path() + " (summary.json, figures.csv, values.csv)\n");
   EXPECT_EQ(second.err, "");  // no progress bar when standard error is not a terminal
 
   const std::string files = ListFiles(one.path());
@@ -50,11 +52,37 @@ TEST(MyoforgeCommand, ForearmRunsWritesEveryFrameAndRepeatsBitForBit) {
 
   const auto summary = nlohmann::json::parse(ReadFile(one.File("summary.json")));
   EXPECT_EQ(summary["frames_simulated"], 108);
-  EXPECT_EQ(summary["nodes"][0]["name"], "biceps");
-  EXPECT_EQ(summary["nodes"][0]["steps"], 96);
-  EXPECT_NEAR(summary["nodes"][0]["min_volume_ratio"].get<double>(), 1.0, 0.05);
+  // The sensor and its remap come first: they drive the muscle's activation.
+  EXPECT_EQ(summary["nodes"][0]["name"], "bicepsLength");
+  EXPECT_EQ(summary["nodes"][1]["name"], "bicepsDrive");
+  EXPECT_EQ(summary["nodes"][2]["name"], "biceps");
+  EXPECT_EQ(summary["nodes"][2]["steps"], 96);
+  EXPECT_NEAR(summary["nodes"][2]["min_volume_ratio"].get<double>(), 1.0, 0.05);
   const std::string csv = ReadFile(one.File("figures.csv"));
-  EXPECT_EQ(csv.rfind("frame,node,stepped,evaluate_ms,iterations,volume_ratio,max_speed\n0001,biceps,1,", 0), 0u);
+  EXPECT_EQ(csv.rfind("frame,node,stepped,evaluate_ms,iterations,volume_ratio,max_speed\n0001,bicepsLength,", 0), 0u);
+  EXPECT_NE(csv.find("\n0001,biceps,1,"), std::string::npos);
+
+  // The origin-insertion distance shortens as the elbow bends (frames 1 to
+  // 40), and the remapped activation follows it up to its 0.8.
+  const std::string values = ReadFile(one.File("values.csv"));
+  EXPECT_EQ(values.rfind("frame,bicepsLength.outDistance,bicepsLength.outVelocity,bicepsLength.outAcceleration,"
+                         "bicepsDrive.outValue\n", 0), 0u);
+  auto row = [&values](const std::string& frame) {
+    const std::size_t at = values.find("\n" + frame + ",");
+    double distance = 0, velocity = 0, acceleration = 0, activation = 0;
+    if (at != std::string::npos)
+      std::sscanf(values.c_str() + at + 6, "%lf,%lf,%lf,%lf", &distance, &velocity, &acceleration, &activation);
+    return std::vector<double>{distance, velocity, activation};
+  };
+  const std::vector<double> straight = row("0001"), bending = row("0020"), bent = row("0040");
+  EXPECT_NEAR(straight[0], 30.3, 0.05);
+  EXPECT_EQ(straight[2], 0.0);
+  EXPECT_LT(bending[0], straight[0]);
+  EXPECT_LT(bending[1], 0.0);
+  EXPECT_LT(bent[0], bending[0]);
+  EXPECT_GT(bending[2], 0.1);
+  EXPECT_GT(bent[2], bending[2]);
+  EXPECT_NEAR(bent[2], 0.8, 1e-6);
 }
 
 TEST(MyoforgeCommand, PointCacheHoldsEveryFrameAndReplacesAnEarlierRun) {
@@ -63,7 +91,7 @@ TEST(MyoforgeCommand, PointCacheHoldsEveryFrameAndReplacesAnEarlierRun) {
   ASSERT_EQ(RunCommand(kBinary, "run '" + kForearm + "' -q -o '" + out.path() + "'").exit_code, 0);
   const auto run = RunCommand(kBinary, "run '" + kForearm + "' -q -f pc2 -o '" + out.path() + "'");
   ASSERT_EQ(run.exit_code, 0) << run.err;
-  EXPECT_EQ(ListFiles(out.path()), ".myoforge-run\nbiceps.pc2\nfigures.csv\nskin.pc2\nsummary.json\n");
+  EXPECT_EQ(ListFiles(out.path()), ".myoforge-run\nbiceps.pc2\nfigures.csv\nskin.pc2\nsummary.json\nvalues.csv\n");
   const std::string cache = ReadFile(out.File("biceps.pc2"));
   ASSERT_GE(cache.size(), 32u);
   EXPECT_EQ(std::memcmp(cache.data(), "POINTCACHE2\0", 12), 0);
@@ -89,7 +117,7 @@ TEST(MyoforgeCommand, InvalidScenesFailWithOneLineAndWriteNothing) {
   EXPECT_EQ(validate.exit_code, 3);
   const auto valid = RunCommand(kBinary, "validate '" + kForearm + "'");
   EXPECT_EQ(valid.exit_code, 0) << valid.err;
-  EXPECT_EQ(valid.out, kForearm + ": valid: 2 nodes, 4 meshes, 2 transforms, frames -11 to 96\n");
+  EXPECT_EQ(valid.out, kForearm + ": valid: 4 nodes, 4 meshes, 4 transforms, frames -11 to 96\n");
 }
 
 TEST(MyoforgeCommand, FailureWhileRunningLeavesNoPartialFile) {
