@@ -19,10 +19,12 @@
 #include "core/log/logger.h"
 #include "core/plugin/plugin_lifecycle.h"
 #include "core/plugin/registration_table.h"
+#include "maya/nodes/myo_edge_evaluator.h"
 #include "maya/nodes/myo_muscle_deformer.h"
 #include "maya/nodes/myo_ribbon_muscle_deformer.h"
 #include "maya/nodes/myo_simshape_deformer.h"
 #include "maya/nodes/myo_skin_deformer.h"
+#include "maya/nodes/myo_skin_merge_deformer.h"
 #include "maya/plugin/maya_conversions.h"
 #include "maya/plugin/maya_logger_worker.h"
 
@@ -40,6 +42,8 @@ const NodeClass kNodeClasses[] = {
     {myo_core::kMyoMuscleTypeName, MyoMuscleDeformer::creator, MyoMuscleDeformer::initialize},
     {myo_core::kMyoSimshapeTypeName, MyoSimshapeDeformer::creator, MyoSimshapeDeformer::initialize},
     {myo_core::kMyoSkinTypeName, MyoSkinDeformer::creator, MyoSkinDeformer::initialize},
+    {myo_core::kMyoEdgeEvaluatorTypeName, MyoEdgeEvaluator::creator, MyoEdgeEvaluator::initialize},
+    {myo_core::kMyoSkinMergeTypeName, MyoSkinMergeDeformer::creator, MyoSkinMergeDeformer::initialize},
 };
 
 const NodeClass* FindNodeClass(const std::string& type_name) {
