@@ -22,6 +22,7 @@
 #include "core/plugin/plugin_lifecycle.h"
 #include "core/plugin/registration_table.h"
 #include "maya/commands/myo_learn_muscle_patches_command.h"
+#include "maya/nodes/myo_edge_evaluator.h"
 #include "maya/nodes/myo_locator_draw_overrides.h"
 #include "maya/nodes/myo_locator_nodes.h"
 #include "maya/nodes/myo_muscle_deformer.h"
@@ -29,6 +30,7 @@
 #include "maya/nodes/myo_sensor_nodes.h"
 #include "maya/nodes/myo_simshape_deformer.h"
 #include "maya/nodes/myo_skin_deformer.h"
+#include "maya/nodes/myo_skin_merge_deformer.h"
 #include "maya/plugin/maya_conversions.h"
 #include "maya/plugin/maya_logger_worker.h"
 
@@ -53,6 +55,8 @@ const NodeClass kNodeClasses[] = {
     {myo_core::kMyoMuscleTypeName, MyoMuscleDeformer::creator, MyoMuscleDeformer::initialize},
     {myo_core::kMyoSimshapeTypeName, MyoSimshapeDeformer::creator, MyoSimshapeDeformer::initialize},
     {myo_core::kMyoSkinTypeName, MyoSkinDeformer::creator, MyoSkinDeformer::initialize},
+    {myo_core::kMyoEdgeEvaluatorTypeName, MyoEdgeEvaluator::creator, MyoEdgeEvaluator::initialize},
+    {myo_core::kMyoSkinMergeTypeName, MyoSkinMergeDeformer::creator, MyoSkinMergeDeformer::initialize},
 };
 
 struct CommandClass {

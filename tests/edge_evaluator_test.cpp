@@ -1,0 +1,289 @@
+// The edge evaluator: compression values of shrunk, stretched and collapsed
+// surfaces, the remap curve, meshes of other connectivity, the time of
+// initialization and the thread count.
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "core/evaluator/edge_evaluator.h"
+#include "core/evaluator/edge_evaluator_attributes.h"
+#include "scenes/muscle_meshes.h"
+#include "support/log_capture.h"
+#include "support/test_geometry.h"
+
+using namespace myo_core;
+
+namespace {
+
+// A grid of 2 by 2 quads in the xz plane, points row-major:
+//   6 7 8
+//   3 4 5
+//   0 1 2
+PolygonMesh SmallGrid() {
+  PolygonMesh grid;
+  for (int row = 0; row < 3; ++row)
+    for (int column = 0; column < 3; ++column) grid.points.insert(grid.points.end(), {float(column), 0.0f, float(row)});
+  grid.vertex_counts = {4, 4, 4, 4};
+  grid.vertices = {0, 3, 4, 1, 1, 4, 5, 2, 3, 6, 7, 4, 4, 7, 8, 5};
+  return grid;
+}
+
+PolygonMesh Scaled(PolygonMesh mesh, float factor) {
+  for (float& value : mesh.points) value *= factor;
+  return mesh;
+}
+
+// Hands over the meshes it holds, as a host would from its plugs.
+class EvaluatorInputs : public EdgeEvaluatorInputs {
+ public:
+  MeshInput ReadDeformMesh(MeshRead read, MeshData& mesh) override {
+    deform_reads.push_back(read);
+    return Hand(deform, mesh);
+  }
+  MeshInput ReadRestMesh(MeshRead, MeshData& mesh) override {
+    ++rest_reads;
+    return Hand(rest, mesh);
+  }
+
+  std::optional<MeshData> rest;
+  std::optional<MeshData> deform;
+  std::vector<MeshRead> deform_reads;
+  int rest_reads = 0;
+
+ private:
+  static MeshInput Hand(const std::optional<MeshData>& from, MeshData& to) {
+    if (!from) return MeshInput::kMissing;
+    to = *from;
+    return MeshInput::kRead;
+  }
+};
+
+EdgeEvaluatorFrame FrameAt(float time, float initialization_time = 0.0f) {
+  EdgeEvaluatorFrame frame;
+  frame.current_time = time;
+  frame.initialization_time = initialization_time;
+  frame.compression_remap = DefaultCompressionRemap();
+  return frame;
+}
+
+void ExpectAllNear(const std::vector<float>& values, float expected, float tolerance) {
+  ASSERT_FALSE(values.empty());
+  for (size_t i = 0; i < values.size(); ++i) EXPECT_NEAR(values[i], expected, tolerance) << "vertex " << i;
+}
+
+}  // namespace
+
+TEST(EdgeEvaluatorTest, CompressionOfUniformShapeChanges) {
+  const PolygonMesh spindle = myo_scenes::MakeSpindle(6, 8, 4.0f, 1.0f);
+  EvaluatorInputs inputs;
+  inputs.rest = myo_test::BuildMesh(spindle);
+
+  // Unchanged: no compression anywhere.
+  inputs.deform = inputs.rest;
+  EdgeEvaluator evaluator(2);
+  ASSERT_EQ(evaluator.Evaluate(FrameAt(0.0f), inputs), EdgeEvaluation::kEvaluated);
+  EXPECT_EQ(evaluator.vertex_count(), int32_t(inputs.rest->PointCount()));
+  ExpectAllNear(evaluator.compression(), 0.0f, 1e-6f);
+
+  // Shrunk to half: 0.5 through the default curve.
+  inputs.deform = myo_test::BuildMesh(Scaled(spindle, 0.5f));
+  ASSERT_EQ(evaluator.Evaluate(FrameAt(1.0f), inputs), EdgeEvaluation::kEvaluated);
+  ExpectAllNear(evaluator.compression(), 0.5f, 1e-5f);
+
+  // Stretched: a longer surface reads 0, never a negative value.
+  inputs.deform = myo_test::BuildMesh(Scaled(spindle, 3.0f));
+  ASSERT_EQ(evaluator.Evaluate(FrameAt(2.0f), inputs), EdgeEvaluation::kEvaluated);
+  ExpectAllNear(evaluator.compression(), 0.0f, 0.0f);
+}
+
+TEST(EdgeEvaluatorTest, CollapsedAndIsolatedVerticesReadOne) {
+  PolygonMesh grid = SmallGrid();
+  // A tenth point that no polygon uses: no neighbours.
+  grid.points.insert(grid.points.end(), {5.0f, 0.0f, 5.0f});
+  EvaluatorInputs inputs;
+  inputs.rest = myo_test::BuildMesh(grid);
+  PolygonMesh collapsed = grid;
+  // The centre and its four neighbours all on one spot.
+  for (int v : {1, 3, 4, 5, 7})
+    for (int c = 0; c < 3; ++c) collapsed.points[3 * v + c] = c == 1 ? 0.0f : 1.0f;
+  inputs.deform = myo_test::BuildMesh(collapsed);
+
+  EdgeEvaluator evaluator(1);
+  ASSERT_EQ(evaluator.Evaluate(FrameAt(0.0f), inputs), EdgeEvaluation::kEvaluated);
+  const std::vector<float>& c = evaluator.compression();
+  ASSERT_EQ(c.size(), 10u);
+  EXPECT_FLOAT_EQ(c[4], 1.0f);
+  EXPECT_FLOAT_EQ(c[9], 1.0f);
+  // A moved neighbour keeps part of its edges' length; a corner whose two
+  // neighbours moved away from it is stretched.
+  EXPECT_GT(c[1], 0.0f);
+  EXPECT_LT(c[1], 1.0f);
+  EXPECT_EQ(c[0], 0.0f);
+}
+
+TEST(EdgeEvaluatorTest, RemapCurveIsNotClamped) {
+  const PolygonMesh grid = SmallGrid();
+  EvaluatorInputs inputs;
+  inputs.rest = myo_test::BuildMesh(grid);
+  inputs.deform = myo_test::BuildMesh(Scaled(grid, 0.5f));
+  EdgeEvaluatorFrame frame = FrameAt(0.0f);
+  frame.compression_remap.values = {-1.0f, 3.0f};
+
+  EdgeEvaluator evaluator(1);
+  ASSERT_EQ(evaluator.Evaluate(frame, inputs), EdgeEvaluation::kEvaluated);
+  ExpectAllNear(evaluator.compression(), 1.0f, 1e-5f);  // -1 + 4 * 0.5
+
+  inputs.deform = inputs.rest;
+  ASSERT_EQ(evaluator.Evaluate(frame, inputs), EdgeEvaluation::kEvaluated);
+  ExpectAllNear(evaluator.compression(), -1.0f, 1e-6f);
+}
+
+TEST(EdgeEvaluatorTest, MeshesOfOtherConnectivityAreRefusedAtTheFirstDifferingVertex) {
+  myo_test::LogCapture log;
+  const PolygonMesh grid = SmallGrid();
+
+  // The upper right quad split into two triangles: vertices 4 and 8 gain an
+  // edge.
+  PolygonMesh split = grid;
+  split.vertex_counts = {4, 4, 4, 3, 3};
+  split.vertices = {0, 3, 4, 1, 1, 4, 5, 2, 3, 6, 7, 4, 4, 7, 8, 4, 8, 5};
+  {
+    EvaluatorInputs inputs;
+    inputs.rest = myo_test::BuildMesh(grid);
+    inputs.deform = myo_test::BuildMesh(split);
+    EdgeEvaluator evaluator(1);
+    EXPECT_EQ(evaluator.Evaluate(FrameAt(0.0f), inputs), EdgeEvaluation::kFailed);
+    const std::string message =
+        "Number of connected edges do not match between the deformed mesh (5) and the rest mesh (4) for the "
+        "vertex (4)";
+    EXPECT_EQ(evaluator.error(), message);
+    EXPECT_EQ(log.Count("[MyoForge][Error] " + message), 1u);
+    EXPECT_FALSE(evaluator.valid());
+  }
+
+  // Points 7 and 8 swapped in the loops: the same edge counts everywhere,
+  // but the centre now meets 8 where it met 7.
+  PolygonMesh swapped = grid;
+  for (int32_t& v : swapped.vertices) v = v == 7 ? 8 : v == 8 ? 7 : v;
+  {
+    EvaluatorInputs inputs;
+    inputs.rest = myo_test::BuildMesh(grid);
+    inputs.deform = myo_test::BuildMesh(swapped);
+    EdgeEvaluator evaluator(1);
+    EXPECT_EQ(evaluator.Evaluate(FrameAt(0.0f), inputs), EdgeEvaluation::kFailed);
+    EXPECT_EQ(evaluator.error(), "Connected vertices indices do not match between meshes at vertex (4)");
+    // Not at the initialization time the half-built cache is not used.
+    EXPECT_EQ(evaluator.Evaluate(FrameAt(1.0f), inputs), EdgeEvaluation::kInvalid);
+  }
+}
+
+TEST(EdgeEvaluatorTest, VertexCountsMustMatch) {
+  myo_test::LogCapture log;
+  const PolygonMesh grid = SmallGrid();
+  PolygonMesh larger = grid;
+  larger.points.insert(larger.points.end(), {9.0f, 0.0f, 9.0f});
+  EvaluatorInputs inputs;
+  inputs.rest = myo_test::BuildMesh(grid);
+  inputs.deform = myo_test::BuildMesh(larger);
+
+  EdgeEvaluator evaluator(1);
+  EXPECT_EQ(evaluator.Evaluate(FrameAt(0.0f), inputs), EdgeEvaluation::kFailed);
+  EXPECT_EQ(evaluator.error(), "Number of vertices between deform mesh (10) and rest mesh (9) do not match.");
+
+  // Initialized on matching meshes, then the deform mesh changes its count.
+  inputs.deform = inputs.rest;
+  ASSERT_EQ(evaluator.Evaluate(FrameAt(0.0f), inputs), EdgeEvaluation::kEvaluated);
+  inputs.deform = myo_test::BuildMesh(larger);
+  const std::vector<float> before = evaluator.compression();
+  EXPECT_EQ(evaluator.Evaluate(FrameAt(1.0f), inputs), EdgeEvaluation::kFailed);
+  EXPECT_EQ(evaluator.error(), "Number of vertices at deform mesh (10) has changed since initialization (9).");
+  EXPECT_EQ(evaluator.compression(), before);
+}
+
+TEST(EdgeEvaluatorTest, TopologyIsCachedUntilTheInitializationTimeComesRound) {
+  const PolygonMesh grid = SmallGrid();
+  EvaluatorInputs inputs;
+
+  // No deform mesh: nothing is read and nothing initialized.
+  EdgeEvaluator evaluator(1);
+  EXPECT_EQ(evaluator.Evaluate(FrameAt(3.0f, 1.0f), inputs), EdgeEvaluation::kNoDeformMesh);
+  EXPECT_EQ(inputs.rest_reads, 0);
+
+  // Nothing cached yet: any time initializes. Without a rest mesh the
+  // evaluator is invalid.
+  inputs.deform = myo_test::BuildMesh(grid);
+  EXPECT_EQ(evaluator.Evaluate(FrameAt(3.0f, 1.0f), inputs), EdgeEvaluation::kNoRestMesh);
+  inputs.rest = myo_test::BuildMesh(grid);
+  ASSERT_EQ(evaluator.Evaluate(FrameAt(3.0f, 1.0f), inputs), EdgeEvaluation::kEvaluated);
+  EXPECT_EQ(inputs.rest_reads, 2);
+
+  // A new rest mesh is not seen away from the initialization time, and the
+  // deform mesh is read for its points alone.
+  inputs.rest = myo_test::BuildMesh(Scaled(grid, 2.0f));
+  inputs.deform_reads.clear();
+  ASSERT_EQ(evaluator.Evaluate(FrameAt(4.0f, 1.0f), inputs), EdgeEvaluation::kEvaluated);
+  EXPECT_EQ(inputs.rest_reads, 2);
+  EXPECT_EQ(inputs.deform_reads, std::vector<MeshRead>{MeshRead::kPoints});
+  ExpectAllNear(evaluator.compression(), 0.0f, 1e-6f);
+
+  // At the initialization time it is.
+  ASSERT_EQ(evaluator.Evaluate(FrameAt(1.0f, 1.0f), inputs), EdgeEvaluation::kEvaluated);
+  ExpectAllNear(evaluator.compression(), 0.5f, 1e-5f);
+
+  // A missing deform mesh leaves the last values.
+  inputs.deform.reset();
+  EXPECT_EQ(evaluator.Evaluate(FrameAt(5.0f, 1.0f), inputs), EdgeEvaluation::kNoDeformMesh);
+  ExpectAllNear(evaluator.compression(), 0.5f, 1e-5f);
+}
+
+TEST(EdgeEvaluatorTest, ResultsDoNotDependOnTheThreadCount) {
+  const PolygonMesh spindle = myo_scenes::MakeSpindle(9, 11, 4.0f, 1.0f);  // 101 points
+  PolygonMesh deformed = spindle;
+  std::srand(7);
+  for (float& value : deformed.points) value += 0.2f * (float(std::rand()) / float(RAND_MAX) - 0.5f);
+  EvaluatorInputs inputs;
+  inputs.rest = myo_test::BuildMesh(spindle);
+  inputs.deform = myo_test::BuildMesh(deformed);
+
+  std::vector<std::vector<float>> results;
+  for (int32_t threads : {1, 2, 3}) {
+    EdgeEvaluator evaluator(threads);
+    ASSERT_EQ(evaluator.Evaluate(FrameAt(0.0f), inputs), EdgeEvaluation::kEvaluated);
+    EXPECT_EQ(evaluator.thread_count(), threads);
+    // The chunks follow one another and cover every vertex once.
+    int32_t next = 0;
+    for (int32_t t = 0; t < threads; ++t) {
+      EXPECT_EQ(evaluator.chunk_starts()[t], next);
+      next += evaluator.chunk_sizes()[t];
+    }
+    EXPECT_EQ(next, 101);
+    results.push_back(evaluator.compression());
+  }
+  EXPECT_EQ(results[0], results[1]);
+  EXPECT_EQ(results[0], results[2]);
+  // The noise compressed some vertices and stretched others.
+  int compressed = 0;
+  for (float value : results[0]) compressed += value > 0.0f ? 1 : 0;
+  EXPECT_GT(compressed, 0);
+  EXPECT_LT(compressed, 101);
+}
+
+TEST(EdgeEvaluatorTest, AttributeTable) {
+  const AttributeTable& table = EdgeEvaluatorAttributes();
+  const AttributeInfo* compression = FindAttribute(table, "c");
+  ASSERT_NE(compression, nullptr);
+  EXPECT_TRUE(compression->Has(kArray));
+  EXPECT_TRUE(compression->Has(kNotWritable));
+  const AttributeInfo* time = FindAttribute(table, "initializationTime");
+  ASSERT_NE(time, nullptr);
+  EXPECT_FALSE(time->Has(kAffectsOutput));
+  for (const char* name : {"restMesh", "deformMesh", "compressionRemap"}) {
+    ASSERT_NE(FindAttribute(table, name), nullptr) << name;
+    EXPECT_TRUE(FindAttribute(table, name)->Has(kAffectsOutput)) << name;
+  }
+  EXPECT_EQ(FindAttribute(table, "cr")->type, AttributeType::kRamp);
+}
