@@ -337,4 +337,25 @@ std::string ObjText(const ObjMesh& topology, const std::vector<float>& points, c
   return text;
 }
 
+std::string ColoredObjText(const std::string& topology_text, const std::vector<float>& rgba) {
+  std::string text;
+  text.reserve(topology_text.size() + rgba.size() * 8);
+  size_t vertex = 0, start = 0;
+  char colour[96];
+  while (start < topology_text.size()) {
+    size_t end = topology_text.find('\n', start);
+    if (end == std::string::npos) end = topology_text.size();
+    text.append(topology_text, start, end - start);
+    if (end - start > 2 && topology_text.compare(start, 2, "v ") == 0 && 4 * vertex + 2 < rgba.size()) {
+      std::snprintf(colour, sizeof colour, " %.6g %.6g %.6g", static_cast<double>(rgba[4 * vertex]),
+                    static_cast<double>(rgba[4 * vertex + 1]), static_cast<double>(rgba[4 * vertex + 2]));
+      text += colour;
+      ++vertex;
+    }
+    text += '\n';
+    start = end + 1;
+  }
+  return text;
+}
+
 }  // namespace myo_io

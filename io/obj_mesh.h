@@ -26,4 +26,9 @@ bool ReadObjMesh(const std::string& path, ObjMesh& mesh, std::string& error);
 // texture coordinates where all corners of the face have one.
 std::string ObjText(const ObjMesh& topology, const std::vector<float>& points, const std::string& comment);
 
+// OBJ text with a colour on every vertex line ("v x y z r g b", the form
+// common viewers show as vertex colours), from ObjText's output and four
+// floats per vertex (red, green, blue, alpha; alpha is not written).
+std::string ColoredObjText(const std::string& topology_text, const std::vector<float>& rgba);
+
 }  // namespace myo_io

@@ -106,27 +106,6 @@ int ExitCodeOf(const std::string& error) {
 
 }  // namespace
 
-std::string ColoredObjText(const std::string& topology_text, const std::vector<float>& rgba) {
-  std::string text;
-  text.reserve(topology_text.size() + rgba.size() * 8);
-  size_t vertex = 0, start = 0;
-  char colour[96];
-  while (start < topology_text.size()) {
-    size_t end = topology_text.find('\n', start);
-    if (end == std::string::npos) end = topology_text.size();
-    text.append(topology_text, start, end - start);
-    if (end - start > 2 && topology_text.compare(start, 2, "v ") == 0 && 4 * vertex + 2 < rgba.size()) {
-      std::snprintf(colour, sizeof colour, " %.6g %.6g %.6g", static_cast<double>(rgba[4 * vertex]),
-                    static_cast<double>(rgba[4 * vertex + 1]), static_cast<double>(rgba[4 * vertex + 2]));
-      text += colour;
-      ++vertex;
-    }
-    text += '\n';
-    start = end + 1;
-  }
-  return text;
-}
-
 LearnOutcome RunLearn(const LearnOptions& options) {
   if (options.patches <= 0)
     return Failed(kExitUsage, "--patches: expected a number of patches above 0, not " + std::to_string(options.patches));
@@ -163,7 +142,7 @@ LearnOutcome RunLearn(const LearnOptions& options) {
     return Failed(ExitCodeOf(result.error), result.error);
   }
   if (!options.colors.empty()) {
-    const std::string text = ColoredObjText(
+    const std::string text = myo_io::ColoredObjText(
         myo_io::ObjText(neutral, neutral.polygons.points, "myoforge learn: patch colours per vertex (v x y z r g b)"),
         result.colors);
     if (!myo_io::WriteFileAtomically(options.colors, text, error)) return Failed(kExitRunFailed, error);

@@ -32,9 +32,4 @@ struct LearnOutcome {
 
 LearnOutcome RunLearn(const LearnOptions& options);
 
-// The OBJ text of a mesh with a colour per vertex: "v x y z r g b" lines
-// (alpha is dropped), then the texture coordinates and faces of `topology`.
-// `rgba` holds four floats per point.
-std::string ColoredObjText(const std::string& topology_text, const std::vector<float>& rgba);
-
 }  // namespace myo_app
