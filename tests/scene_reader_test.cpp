@@ -208,7 +208,8 @@ TEST_F(SceneReaderTest, ConnectionsAndTheGraphAreChecked) {
   scene_["meshes"][1]["name"] = "bone";
   scene_["nodes"][1]["type"] = "MyoCloth";
   EXPECT_EQ(Read(), Path() + ": nodes[1].type: unknown node type \"MyoCloth\" (known: MyoMuscle, MyoRibbonMuscle, "
-                             "MyoSkin, MyoSimshape, MyoSensorDistance, MyoSensorPosition, MyoSensorRotation, "
+                             "MyoSkin, MyoSimshape, MyoSkinMerge, MyoEdgeEvaluator, MyoSensorDistance, MyoSensorPosition, "
+                             "MyoSensorRotation, "
                              "remapValue)");
 }
 

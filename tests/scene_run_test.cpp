@@ -450,3 +450,58 @@ TEST(SceneAttributeSourceTest, ConnectedValuesAndPositionsComeFromTheirSources) 
 }
 
 }  // namespace
+
+namespace {
+
+TEST_F(SceneRunTest, AnEdgeEvaluatorWritesItsCompressionAsColouredFramesAndAMergeBlendsItsSources) {
+  // "half" follows a transform that scales it to half by frame 6: its edges
+  // shrink uniformly, so its compression goes from 0 to 0.5.
+  scene_["transforms"].push_back(json::parse(
+      R"({"name": "squeeze", "keys": [{"frame": 1}, {"frame": 6, "scale": [0.5, 0.5, 0.5]}]})"));
+  scene_["meshes"].push_back(json::parse(R"({"name": "half", "file": "spindle.obj", "follows": "squeeze"})"));
+  scene_["nodes"] = json::parse(R"([
+    {"name": "edges", "type": "MyoEdgeEvaluator", "connections": {"deformMesh": "half", "restMesh": "mesh"}},
+    {"name": "merged", "type": "MyoSkinMerge", "input": "mesh",
+     "connections": {"simList[0].simWorldMesh": "half", "simList[0].simWorldMatrix": "squeeze",
+                     "animList[0].animWorldMesh": "mesh", "animList[0].animWorldMatrix": "bone"},
+     "maps": [{"name": "blend", "value": 1}]}])");
+  const myo_app::Scene scene = Read();
+  myo_app::RunOptions options;
+  options.output_directory = dir_.File("out");
+  std::string error;
+  ASSERT_EQ(myo_app::RunScene(scene, options, error), myo_app::RunResult::kDone) << error;
+
+  std::vector<float> first, last;
+  ASSERT_TRUE(myo_io::ReadMapFile(dir_.File("out/edges/edges.compression.0001.txt"), first, error)) << error;
+  ASSERT_TRUE(myo_io::ReadMapFile(dir_.File("out/edges/edges.compression.0006.txt"), last, error)) << error;
+  ASSERT_FALSE(last.empty());
+  for (float c : first) EXPECT_NEAR(c, 0.0f, 1e-6f);
+  for (float c : last) EXPECT_NEAR(c, 0.5f, 1e-5f);
+  // Half compressed is half way from white to red.
+  const std::string obj = myo_test::ReadFile(dir_.File("out/edges/edges.0006.obj"));
+  const std::size_t v = obj.find("\nv ");
+  ASSERT_NE(v, std::string::npos);
+  double x = 0, y = 0, z = 0, r = 0, g = 0, b = 0;
+  ASSERT_EQ(std::sscanf(obj.c_str() + v + 3, "%lf %lf %lf %lf %lf %lf", &x, &y, &z, &r, &g, &b), 6);
+  EXPECT_EQ(r, 1.0);
+  EXPECT_NEAR(g, 0.5, 1e-5);
+  EXPECT_NEAR(b, 0.5, 1e-5);
+
+  // The merge binds each point to its own vertex of the two sources at the
+  // start frame; with the blend at 1 it shows the simulated source, whose
+  // world points "squeeze" carries a second time through the source matrix.
+  const std::string merged = myo_test::ReadFile(dir_.File("out/merged/merged.0001.obj"));
+  const std::string rest = myo_test::ReadFile(dir_.File("spindle.obj"));
+  auto first_point = [](const std::string& text) {
+    const std::size_t at = ("\n" + text).find("\nv ");
+    double p[3] = {0, 0, 0};
+    std::sscanf(("\n" + text).c_str() + at + 3, "%lf %lf %lf", &p[0], &p[1], &p[2]);
+    return std::vector<double>{p[0], p[1], p[2]};
+  };
+  const std::vector<double> m = first_point(merged), p = first_point(rest);
+  for (int k = 0; k < 3; ++k) EXPECT_NEAR(m[k], p[k], 1e-5) << k;
+  const std::vector<double> later = first_point(myo_test::ReadFile(dir_.File("out/merged/merged.0006.obj")));
+  for (int k = 0; k < 3; ++k) EXPECT_NEAR(later[k], 0.25 * p[k], 1e-4) << k;
+}
+
+}  // namespace

@@ -41,6 +41,11 @@ NodeRunner::NodeRunner(const Scene& scene, const SceneNode& node, OutputValues o
     case NodeKind::kSensorPosition:
     case NodeKind::kSensorRotation:
     case NodeKind::kRemapValue: break;
+    case NodeKind::kEdgeEvaluator: edges_ = std::make_unique<myo_core::EdgeEvaluator>(); break;
+    case NodeKind::kSkinMerge:
+      merge_ = std::make_unique<myo_core::SkinMerge>();
+      merge_host_ = std::make_unique<SceneMergeHost>(scene, node);
+      break;
   }
 }
 
@@ -150,15 +155,46 @@ void NodeRunner::EvaluateRemapValue(double frame) {
   outputs_["outValue"] = static_cast<float>(RemapValue(in));
 }
 
+void NodeRunner::EvaluateEdges(double frame, SceneMeshes& meshes) {
+  const SceneAttributeSource source(scene_, node_, frame, &links_);
+  myo_core::EdgeEvaluatorFrame values;
+  values.initialization_time = static_cast<float>(source.Number("initializationTime"));
+  values.current_time = static_cast<float>(source.Number("currentTime"));
+  values.compression_remap = source.Ramp("compressionRemap");
+  SceneEdgeInputs inputs(node_, meshes);
+  const myo_core::EdgeEvaluation result = edges_->Evaluate(values, inputs);
+  // The output keeps its last values unless this evaluation computed new ones.
+  if (result == myo_core::EdgeEvaluation::kEvaluated) compression_ = edges_->compression();
+  const std::string deform = ConnectedSource(node_, "deformMesh");
+  compressed_mesh_ = deform.empty() ? nullptr : meshes.ObjectMesh(deform);
+  figures_.stepped = result == myo_core::EdgeEvaluation::kEvaluated;
+}
+
+void NodeRunner::EvaluateMerge(double frame, bool playing, SceneMeshes& meshes) {
+  const SceneAttributeSource source(scene_, node_, frame, &links_);
+  myo_core::SkinMergeFrame values;
+  values.initialization_time = static_cast<float>(source.Number("initializationTime"));
+  values.current_time = static_cast<float>(source.Number("currentTime"));
+  values.envelope = static_cast<float>(source.Number("envelope"));
+  values.local_to_world = LocalToWorld(frame);
+  merge_host_->SetFrame(frame, playing, meshes);
+  merge_->Evaluate(values, input_points_, *merge_host_, maps_, output_points_);
+  for (std::size_t i = 0; i < output_points_.size() && i < output_.points.size(); ++i)
+    output_.points[i] = static_cast<float>(output_points_[i]);
+  figures_.stepped = merge_->bound();
+}
+
 double NodeRunner::OutputValue(const std::string& attribute) const {
   const auto it = outputs_.find(attribute);
   return it != outputs_.end() ? it->second : 0.0;
 }
 
-std::vector<std::string> NodeRunner::ValueOutputs() const {
+std::vector<std::string> NodeRunner::ValueOutputs() const { return ValueOutputsOf(*node_.type); }
+
+std::vector<std::string> ValueOutputsOf(const NodeType& type) {
   std::vector<std::string> names;
-  if (node_.type->deformer) return names;
-  for (const myo_core::AttributeInfo& info : *node_.type->attributes)
+  if (type.deformer) return names;
+  for (const myo_core::AttributeInfo& info : *type.attributes)
     if (info.Has(myo_core::kNotWritable) && info.type == myo_core::AttributeType::kFloat && !info.Has(myo_core::kArray))
       names.push_back(info.long_name);
   return names;
@@ -212,6 +248,8 @@ bool NodeRunner::Evaluate(double frame, bool playing, SceneMeshes& meshes, std::
     case NodeKind::kSensorPosition:
     case NodeKind::kSensorRotation: EvaluateSensor(frame); break;
     case NodeKind::kRemapValue: EvaluateRemapValue(frame); break;
+    case NodeKind::kEdgeEvaluator: EvaluateEdges(frame, meshes); break;
+    case NodeKind::kSkinMerge: EvaluateMerge(frame, playing, meshes); break;
   }
   figures_.evaluate_ms = std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - begin).count();
   return ok;

@@ -13,6 +13,7 @@
 
 #include "app/run/scene_attribute_source.h"
 #include "app/run/scene_host.h"
+#include "app/run/scene_merge_host.h"
 #include "app/scene/scene.h"
 #include "core/maps/map_store.h"
 #include "core/muscle/muscle_deformer.h"
@@ -30,6 +31,10 @@ struct NodeFigures {
   std::optional<double> volume_ratio;  // signed volume over rest volume, muscles only
   double max_speed = 0.0;      // largest point speed, scene units per second
 };
+
+// The single value outputs of a type that is no deformer, in table order:
+// what a run writes per frame into values.csv. Empty for a deformer.
+std::vector<std::string> ValueOutputsOf(const NodeType& type);
 
 class NodeRunner {
  public:
@@ -53,6 +58,10 @@ class NodeRunner {
   // The single value outputs of the node's type, in table order: what the
   // run writes per frame for a node that is no deformer.
   std::vector<std::string> ValueOutputs() const;
+  // An edge evaluator's "compression" after its last evaluation (empty
+  // before one), and the deform mesh it was computed on (null before).
+  const std::vector<float>& compression() const { return compression_; }
+  const myo_core::MeshData* compressed_mesh() const { return compressed_mesh_; }
   // A shape node's "outActivation" after the last evaluation; empty for
   // other nodes and before a shape's first build.
   const std::vector<float>& out_activation() const { return host_.out_activation(); }
@@ -64,6 +73,8 @@ class NodeRunner {
   bool EvaluateShape(double frame);
   void EvaluateSensor(double frame);
   void EvaluateRemapValue(double frame);
+  void EvaluateEdges(double frame, SceneMeshes& meshes);
+  void EvaluateMerge(double frame, bool playing, SceneMeshes& meshes);
   myo_core::Matrix LocalToWorld(double frame) const;
   std::string PlacingTransform(const std::string& name) const;
   // False, naming the transform, when a matrix the node reads at `frame` is
@@ -90,6 +101,11 @@ class NodeRunner {
   myo_core::ScalarSensorState scalar_sensor_;
   myo_core::PositionSensorState position_sensor_;
   myo_core::SensorOutputValues sensor_outputs_;
+  std::unique_ptr<myo_core::EdgeEvaluator> edges_;
+  std::vector<float> compression_;
+  const myo_core::MeshData* compressed_mesh_ = nullptr;
+  std::unique_ptr<myo_core::SkinMerge> merge_;
+  std::unique_ptr<SceneMergeHost> merge_host_;
 };
 
 }  // namespace myo_app

@@ -21,7 +21,7 @@ double SceneAttributeSource::Number(const std::string& long_name) const {
     return is_time ? value / fps : value;
   }
   if (long_name == "currentTime") return frame_ / fps;
-  if (long_name == "startTime") return scene_.timeline.start / fps;
+  if (long_name == "startTime" || long_name == "initializationTime") return scene_.timeline.start / fps;
   if (long_name == "prerollStartTime") return scene_.timeline.preroll / fps;
   // A colour's components default to the colour's own default, as Maya's do.
   for (const myo_core::AttributeInfo& parent : *node_.type->attributes) {

@@ -1,8 +1,8 @@
 #pragma once
 // A node's attribute values at one frame of the scene: the value set or
 // keyed in the scene file, else the time line for the three time attributes
-// ("currentTime" is the frame, "startTime" and "prerollStartTime" the time
-// line's start and preroll), else the attribute table's default. Times in the
+// ("currentTime" is the frame, "startTime" and "initializationTime" the time
+// line's start, "prerollStartTime" its preroll), else the attribute table's default. Times in the
 // file are frames and come out in seconds. A matrix attribute is the world
 // matrix of the transform connected to it. A value attribute connected to
 // another node's output takes that output of this frame; a position

@@ -17,6 +17,7 @@
 #include "app/run/node_runner.h"
 #include "app/run/output_folder.h"
 #include "app/run/scene_meshes.h"
+#include "app/run/scene_merge_host.h"
 #include "core/log/logger.h"
 #include "io/atomic_file.h"
 #include "io/map_file.h"
@@ -54,6 +55,16 @@ bool WritesActivation(const SceneNode& node) {
   if (track == node.attributes.end()) return false;
   return std::any_of(track->second.values.begin(), track->second.values.end(),
                      [](double value) { return value != 0.0; });
+}
+
+// The colour of a compression: white at 0, towards red as the surface
+// squeezes (1 and above), towards blue as it stretches (-1 and below).
+void CompressionColor(float compression, float* rgba) {
+  const float t = std::max(-1.0f, std::min(1.0f, std::isfinite(compression) ? compression : 0.0f));
+  rgba[0] = t >= 0.0f ? 1.0f : 1.0f + t;
+  rgba[1] = t >= 0.0f ? 1.0f - t : 1.0f + t;
+  rgba[2] = t >= 0.0f ? 1.0f - t : 1.0f;
+  rgba[3] = 1.0f;
 }
 
 std::string Csv(double value) {
@@ -131,7 +142,14 @@ class SceneRun {
     const Timeline& t = scene_.timeline;
     bool values = false;
     for (const SceneNode& node : scene_.nodes) {
-      values = values || !node.type->deformer;
+      if (node.type->kind == NodeKind::kEdgeEvaluator) {
+        plan.folders.push_back(node.name);
+        for (long long frame = static_cast<long long>(t.start); frame <= static_cast<long long>(t.end); ++frame) {
+          plan.files.push_back(node.name + "/" + FrameFileName(node.name, static_cast<double>(frame)));
+          plan.files.push_back(node.name + "/" + CompressionFileName(node.name, static_cast<double>(frame)));
+        }
+      }
+      values = values || !ValueOutputsOf(*node.type).empty();
       if (!node.type->deformer) continue;
       const bool objs = options_.format != OutputFormat::kPc2;
       const bool activations = WritesActivation(node);
@@ -184,6 +202,7 @@ class SceneRun {
   bool WriteFrame(double frame, std::string& error) {
     for (std::size_t i = 0; i < runners_.size(); ++i) {
       const NodeRunner& runner = *runners_[i];
+      if (runner.node().type->kind == NodeKind::kEdgeEvaluator && !WriteCompression(frame, runner, error)) return false;
       if (!runner.node().type->deformer) continue;
       if (WritesActivation(runner.node()) && !WriteActivation(frame, runner, error)) return false;
       if (options_.format == OutputFormat::kPc2) {
@@ -197,6 +216,28 @@ class SceneRun {
       if (!myo_io::WriteFileAtomically(file, text, error)) return false;
     }
     return true;
+  }
+
+  // The deform mesh coloured by compression, and the values as a map file.
+  bool WriteCompression(double frame, const NodeRunner& runner, std::string& error) {
+    const std::string& name = runner.node().name;
+    const std::vector<float>& values = runner.compression();
+    const myo_core::MeshData* mesh = runner.compressed_mesh();
+    const std::string source = ConnectedSource(runner.node(), "deformMesh");
+    const SceneMesh* topology = scene_.FindMesh(source);
+    if (topology == nullptr && scene_.FindNode(source) != nullptr) topology = scene_.BaseMesh(*scene_.FindNode(source));
+    std::vector<float> rgba(4 * (mesh != nullptr ? mesh->PointCount() : 0), 1.0f);
+    for (std::size_t i = 0; i < values.size() && 4 * i + 3 < rgba.size(); ++i) CompressionColor(values[i], &rgba[4 * i]);
+    const std::string comment = name + " compression at frame " + FrameTag(frame) + " (v x y z r g b)";
+    const std::string obj =
+        topology != nullptr && mesh != nullptr
+            ? myo_io::ColoredObjText(myo_io::ObjText(topology->obj, mesh->points, comment), rgba)
+            : "# " + comment + ": no deform mesh\n";
+    const fs::path folder = Path(name);
+    return myo_io::WriteFileAtomically((folder / FrameFileName(name, frame)).string(), obj, error) &&
+           myo_io::WriteFileAtomically((folder / CompressionFileName(name, frame)).string(),
+                                       myo_io::MapFileText(values, name + " compression at frame " + FrameTag(frame)),
+                                       error);
   }
 
   bool WriteActivation(double frame, const NodeRunner& runner, std::string& error) {
@@ -260,7 +301,8 @@ class SceneRun {
           {"mean_evaluate_ms", totals.frames ? totals.evaluate_ms_sum / totals.frames : 0.0},
           {"max_evaluate_ms", totals.evaluate_ms_max},
           {"max_speed", totals.max_speed},
-          {"output", !node.type->deformer ? std::string("values.csv")
+          {"output", node.type->kind == NodeKind::kEdgeEvaluator ? node.name + "/" + node.name + ".####.obj"
+                     : !node.type->deformer ? std::string("values.csv")
                      : options_.format == OutputFormat::kPc2 ? node.name + ".pc2"
                                                              : node.name + "/" + node.name + ".####.obj"},
       };
@@ -295,6 +337,10 @@ class SceneRun {
 }  // namespace
 
 std::string FrameFileName(const std::string& node, double frame) { return node + "." + FrameTag(frame) + ".obj"; }
+
+std::string CompressionFileName(const std::string& node, double frame) {
+  return node + ".compression." + FrameTag(frame) + ".txt";
+}
 
 std::string ActivationFileName(const std::string& node, double frame) {
   return node + ".outActivation." + FrameTag(frame) + ".txt";

@@ -43,5 +43,9 @@ std::string FrameFileName(const std::string& node, double frame);
 // A shape node's "outActivation" at a frame, as a map file:
 // "<node>.outActivation.<frame>.txt".
 std::string ActivationFileName(const std::string& node, double frame);
+// An edge evaluator's "compression" at a frame, as a map file:
+// "<node>.compression.<frame>.txt"; its coloured deform mesh takes
+// FrameFileName.
+std::string CompressionFileName(const std::string& node, double frame);
 
 }  // namespace myo_app

@@ -2,6 +2,8 @@
 
 #include "app/scene/remap_value.h"
 #include "core/attributes/attribute_builders.h"
+#include "core/evaluator/edge_evaluator_attributes.h"
+#include "core/merge/skin_merge_attributes.h"
 #include "core/muscle/muscle_attributes.h"
 #include "core/plugin/registration_table.h"
 #include "core/sensors/sensor_attributes.h"
@@ -24,6 +26,10 @@ const std::vector<NodeType>& NodeTypes() {
        "skin held on a reference mesh by hard, soft and slide constraints"},
       {myo_core::kMyoSimshapeTypeName, NodeKind::kShape, &myo_core::ShapeAttributes(),
        "soft mass that jiggles towards its animated shape and keeps off a collider"},
+      {myo_core::kMyoSkinMergeTypeName, NodeKind::kSkinMerge, &myo_core::SkinMergeAttributes(),
+       "one mesh put together from simulated and animated pieces, blended by a painted map"},
+      {myo_core::kMyoEdgeEvaluatorTypeName, NodeKind::kEdgeEvaluator, &myo_core::EdgeEvaluatorAttributes(),
+       "per-vertex compression of a deforming mesh against its rest shape", false},
       {myo_core::kMyoSensorDistanceTypeName, NodeKind::kSensorDistance, &myo_core::SensorDistanceAttributes(),
        "distance between two positions, with its velocity and acceleration", false},
       {myo_core::kMyoSensorPositionTypeName, NodeKind::kSensorPosition, &myo_core::SensorPositionAttributes(),

@@ -10,7 +10,8 @@
 
 namespace myo_app {
 
-enum class NodeKind { kMuscle, kRibbonMuscle, kSkin, kShape, kSensorDistance, kSensorPosition, kSensorRotation, kRemapValue };
+enum class NodeKind { kMuscle, kRibbonMuscle, kSkin, kShape, kSensorDistance, kSensorPosition, kSensorRotation, kRemapValue,
+                      kEdgeEvaluator, kSkinMerge };
 
 struct NodeType {
   std::string name;  // the Maya type name
