@@ -23,6 +23,16 @@ struct DebugData {
 // A line no longer than this is not drawn.
 constexpr float kShortestDebugLine = 0.003f;
 
+// Stores the colour (alpha 1) and the width of an update and empties the
+// lines and their values, ready for one feature's builder.
+inline void ResetDebugData(DebugData& data, const float color[3], float width) {
+  for (int k = 0; k < 3; ++k) data.color_[k] = color[k];
+  data.color_[3] = 1.0f;
+  data.width_ = width;
+  data.lines_.clear();
+  data.line_values_.clear();
+}
+
 // The point of a solver in world space: through `world` when the solver runs
 // in the object space of a transformed mesh.
 inline Vec3 DebugPoint(Vec3 point, bool has_transform, const Matrix& world) {

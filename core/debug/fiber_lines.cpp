@@ -6,14 +6,16 @@ namespace myo_core {
 
 namespace {
 
-bool HasFiberTriangle(const EdgeConstraints& edges, uint32_t i) {
+template <typename Table>
+bool HasFiberTriangle(const Table& edges, uint32_t i) {
   const int32_t* corners = edges.fiber_triangles_.data() + 3 * static_cast<std::size_t>(i);
   return corners[0] != 0 || corners[1] != 0 || corners[2] != 0;
 }
 
 // The line of vertex i, world space; false when it is at most the shortest
 // line drawn.
-bool FiberLine(const EdgeConstraints& edges, const FiberLineFrame& frame, uint32_t i, Vec3& start, Vec3& end) {
+template <typename Table>
+bool FiberLine(const Table& edges, const FiberLineFrame& frame, uint32_t i, Vec3& start, Vec3& end) {
   const int32_t* corners = edges.fiber_triangles_.data() + 3 * static_cast<std::size_t>(i);
   const float u = edges.fiber_bary_u_[i], v = edges.fiber_bary_v_[i];
   const float w = static_cast<float>(1.0 - static_cast<double>(u) - static_cast<double>(v));
@@ -27,7 +29,8 @@ bool FiberLine(const EdgeConstraints& edges, const FiberLineFrame& frame, uint32
 }
 
 // Every array the lines read fits the point count.
-bool FitsPoints(const EdgeConstraints& edges, const FiberLineFrame& frame) {
+template <typename Table>
+bool FitsPoints(const Table& edges, const FiberLineFrame& frame) {
   const std::size_t n = frame.point_count;
   return frame.positions != nullptr && edges.fiber_triangles_.size() == 3 * n && edges.fiber_bary_u_.size() == n &&
          edges.fiber_bary_v_.size() == n;
@@ -38,9 +41,8 @@ void Store6(float* out, Vec3 start, Vec3 end) {
   Store3(out, 1, end);
 }
 
-}  // namespace
-
-void DebugFiberLines(const EdgeConstraints& edges, const FiberLineFrame& frame, DebugData& data,
+template <typename Table>
+void BuildFiberLines(const Table& edges, const FiberLineFrame& frame, DebugData& data,
                      std::vector<int32_t>& line_offsets) {
   line_offsets.assign(frame.point_count, -1);
   if (!FitsPoints(edges, frame)) return;
@@ -61,6 +63,18 @@ void DebugFiberLines(const EdgeConstraints& edges, const FiberLineFrame& frame, 
   }
   data.lines_.resize(written);
   if (too_short) ReportDebug("Debugger is skipping connections because the line length is too small.", "");
+}
+
+}  // namespace
+
+void DebugFiberLines(const EdgeConstraints& edges, const FiberLineFrame& frame, DebugData& data,
+                     std::vector<int32_t>& line_offsets) {
+  BuildFiberLines(edges, frame, data, line_offsets);
+}
+
+void DebugFiberLines(const MusclePatchesData& patches, const FiberLineFrame& frame, DebugData& data,
+                     std::vector<int32_t>& line_offsets) {
+  BuildFiberLines(patches, frame, data, line_offsets);
 }
 
 void UpdateVertexFiber(uint32_t vertex, const EdgeConstraints& edges, const FiberLineFrame& frame,

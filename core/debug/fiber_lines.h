@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "core/debug/debug_data.h"
+#include "core/activation/muscle_patches_data.h"
 #include "core/kernels/edge_constraints.h"
 
 namespace myo_core {
@@ -30,6 +31,10 @@ struct FiberLineFrame {
 // line, -1 without one. Logs "Debugger is skipping connections because the
 // line length is too small." at debug level when a line was too short.
 void DebugFiberLines(const EdgeConstraints& edges, const FiberLineFrame& frame, DebugData& data,
+                     std::vector<int32_t>& line_offsets);
+// The same lines from the fibers a shape solver projected from its muscle
+// patches.
+void DebugFiberLines(const MusclePatchesData& patches, const FiberLineFrame& frame, DebugData& data,
                      std::vector<int32_t>& line_offsets);
 
 // Rewrites the line of `vertex` after its fiber changed, by the rule of

@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "core/debug/shape_debug.h"
 #include "core/kernels/slide_collision_constraints.h"
 #include "core/log/logger.h"
 #include "core/shape/shape_init.h"
@@ -179,11 +180,11 @@ ShapeEvaluation ShapeDeformer::Evaluate(const ShapeFrameValues& frame, const std
     case ActivationDisplay::kLeave: break;
   }
 
-  DebugData& debug = s.debug_data_;
-  debug.enabled_ = frame.debug;
+  s.debug_data_.enabled_ = frame.debug;
   if (frame.debug) {
-    for (int k = 0; k < 3; ++k) debug.color_[k] = frame.debug_color[k];
-    debug.width_ = frame.debug_width;
+    const std::vector<float> shown(output.begin(), output.end());
+    UpdateShapeDebugData(s, shown, frame.debug_feature, frame.debug_color, frame.debug_width,
+                         frame.debug_muscle_fibers_scale);
   }
   return result;
 }

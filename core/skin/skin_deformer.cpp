@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "core/debug/skin_debug.h"
 #include "core/log/logger.h"
 #include "core/log/stream_text.h"
 #include "core/mesh/world_space.h"
@@ -79,6 +80,12 @@ SkinEvaluation SkinDeformer::Evaluate(const SkinFrameValues& frame, const std::v
   }
   BlendByEnvelope(s.positions_, input, frame.envelope, output);
   last_time_ = frame.current_time;
+
+  s.debug_data_.enabled_ = frame.debug;
+  if (frame.debug) {
+    const std::vector<float> shown(output.begin(), output.end());
+    UpdateSkinDebugData(s, shown, frame.debug_feature, frame.debug_color, frame.debug_width);
+  }
   return result;
 }
 

@@ -7,6 +7,7 @@
 #include <memory>
 #include <vector>
 
+#include "core/debug/debug_data.h"
 #include "core/kernels/distance_constraints.h"
 #include "core/kernels/shape_constraints.h"
 #include "core/kernels/uber_constraints.h"
@@ -38,6 +39,8 @@ struct SkinSolver : SolverData {
   int32_t sliding_constraints_mode_ = kSlidingFast;  // "slidingConstraintsMode"
   // 3N, the positions the sliding search reads while the rows move the points.
   std::vector<float> search_positions_;
+
+  DebugData debug_data_;  // what "debug" shows of the constraints
 };
 
 // One simulation step: attenuation, damping, prediction, the sliding points
