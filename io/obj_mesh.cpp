@@ -358,4 +358,22 @@ std::string ColoredObjText(const std::string& topology_text, const std::vector<f
   return text;
 }
 
+std::string ObjLinesText(const std::vector<float>& lines, const std::string& comment) {
+  const size_t count = lines.size() / 6;
+  std::string text = "# " + comment + "\n";
+  text.reserve(text.size() + count * 80);
+  char line[160];
+  for (size_t k = 0; k < 2 * count; ++k) {
+    const float* p = lines.data() + 3 * k;
+    std::snprintf(line, sizeof line, "v %.9g %.9g %.9g\n", static_cast<double>(p[0]), static_cast<double>(p[1]),
+                  static_cast<double>(p[2]));
+    text += line;
+  }
+  for (size_t k = 0; k < count; ++k) {
+    std::snprintf(line, sizeof line, "l %zu %zu\n", 2 * k + 1, 2 * k + 2);
+    text += line;
+  }
+  return text;
+}
+
 }  // namespace myo_io

@@ -31,4 +31,9 @@ std::string ObjText(const ObjMesh& topology, const std::vector<float>& points, c
 // floats per vertex (red, green, blue, alpha; alpha is not written).
 std::string ColoredObjText(const std::string& topology_text, const std::vector<float>& rgba);
 
+// Debug lines as OBJ line elements: `comment` as a comment line, then for
+// each six floats of `lines` (start x y z, end x y z) two `v` lines and one
+// `l a b` naming them (1-based). A trailing partial line is left out.
+std::string ObjLinesText(const std::vector<float>& lines, const std::string& comment);
+
 }  // namespace myo_io

@@ -73,6 +73,7 @@ bool NodeRunner::EvaluateMuscle(Deformer& deformer, double frame, bool with_volu
   const myo_core::MuscleEvaluation result = deformer.Evaluate(values, input_points_, host_, maps_, output_points_);
   figures_.stepped = result.stepped;
   TakeOutput(deformer.solver());
+  debug_on_ = values.debug;
   if constexpr (std::is_same_v<Deformer, myo_core::MuscleDeformer>) {
     const myo_core::VolumeConstraint& volume = *deformer.solver().volume_constraint_;
     if (volume.rest_volume_ != 0.0f && !deformer.solver().positions_.empty())
@@ -91,6 +92,7 @@ bool NodeRunner::EvaluateSkin(double frame, std::string& error) {
   const myo_core::SkinEvaluation result = skin_->Evaluate(values, input_points_, host_, maps_, output_points_);
   figures_.stepped = result.stepped;
   TakeOutput(skin_->solver());
+  debug_on_ = values.debug;
   if (!result.succeeded) {
     error = node_.name + " at frame " + std::to_string(static_cast<long long>(frame)) +
             ": the skin has no usable reference mesh";
@@ -109,6 +111,7 @@ bool NodeRunner::EvaluateShape(double frame) {
   const myo_core::ShapeEvaluation result = shape_->Evaluate(values, input_points_, host_, maps_, output_points_);
   figures_.stepped = result.stepped;
   TakeOutput(shape_->solver());
+  debug_on_ = values.debug;
   return true;
 }
 
@@ -184,6 +187,14 @@ void NodeRunner::EvaluateMerge(double frame, bool playing, SceneMeshes& meshes) 
   figures_.stepped = merge_->bound();
 }
 
+const myo_core::DebugData* NodeRunner::debug_data() const {
+  if (debug_on_ && muscle_) return &muscle_->solver().debug_data_;
+  if (debug_on_ && ribbon_) return &ribbon_->solver().debug_data_;
+  if (debug_on_ && skin_) return &skin_->solver().debug_data_;
+  if (debug_on_ && shape_) return &shape_->solver().debug_data_;
+  return nullptr;
+}
+
 double NodeRunner::OutputValue(const std::string& attribute) const {
   const auto it = outputs_.find(attribute);
   return it != outputs_.end() ? it->second : 0.0;
@@ -235,6 +246,7 @@ bool NodeRunner::Evaluate(double frame, bool playing, SceneMeshes& meshes, std::
   }
   output_points_.clear();
   figures_ = NodeFigures{};
+  debug_on_ = false;
   links_.output_value = output_values_;
   links_.world_mesh = [&meshes](const std::string& name) { return meshes.WorldMesh(name); };
   const auto begin = std::chrono::steady_clock::now();

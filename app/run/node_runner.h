@@ -65,6 +65,9 @@ class NodeRunner {
   // A shape node's "outActivation" after the last evaluation; empty for
   // other nodes and before a shape's first build.
   const std::vector<float>& out_activation() const { return host_.out_activation(); }
+  // The debug record of a simulation deformer's solver when its "debug" was
+  // on at the last evaluation; null otherwise and for other nodes.
+  const myo_core::DebugData* debug_data() const;
 
  private:
   template <class Deformer>
@@ -90,6 +93,7 @@ class NodeRunner {
   std::vector<double> input_points_;   // 3N, the input of this evaluation
   std::vector<double> output_points_;  // 3N
   NodeFigures figures_;
+  bool debug_on_ = false;  // "debug" of the last evaluation
   std::unique_ptr<myo_core::MuscleDeformer> muscle_;
   std::unique_ptr<myo_core::RibbonMuscleDeformer> ribbon_;
   std::unique_ptr<myo_core::SkinDeformer> skin_;

@@ -57,6 +57,14 @@ bool WritesActivation(const SceneNode& node) {
                      [](double value) { return value != 0.0; });
 }
 
+// Whether the node's "debug" is on at some frame: its debug lines may be written.
+bool WritesDebugLines(const SceneNode& node) {
+  const auto track = node.attributes.find("debug");
+  if (track == node.attributes.end()) return false;
+  return std::any_of(track->second.values.begin(), track->second.values.end(),
+                     [](double value) { return value != 0.0; });
+}
+
 // The colour of a compression: white at 0, towards red as the surface
 // squeezes (1 and above), towards blue as it stretches (-1 and below).
 void CompressionColor(float compression, float* rgba) {
@@ -153,12 +161,14 @@ class SceneRun {
       if (!node.type->deformer) continue;
       const bool objs = options_.format != OutputFormat::kPc2;
       const bool activations = WritesActivation(node);
+      const bool debug = WritesDebugLines(node);
       if (!objs) plan.files.push_back(node.name + ".pc2");
-      if (objs || activations) plan.folders.push_back(node.name);
+      if (objs || activations || debug) plan.folders.push_back(node.name);
       for (long long frame = static_cast<long long>(t.start); frame <= static_cast<long long>(t.end); ++frame) {
         if (objs) plan.files.push_back(node.name + "/" + FrameFileName(node.name, static_cast<double>(frame)));
         if (activations)
           plan.files.push_back(node.name + "/" + ActivationFileName(node.name, static_cast<double>(frame)));
+        if (debug) plan.files.push_back(node.name + "/" + DebugFileName(node.name, static_cast<double>(frame)));
       }
     }
     plan.files.push_back("figures.csv");
@@ -205,6 +215,7 @@ class SceneRun {
       if (runner.node().type->kind == NodeKind::kEdgeEvaluator && !WriteCompression(frame, runner, error)) return false;
       if (!runner.node().type->deformer) continue;
       if (WritesActivation(runner.node()) && !WriteActivation(frame, runner, error)) return false;
+      if (!WriteDebugLines(frame, runner, error)) return false;
       if (options_.format == OutputFormat::kPc2) {
         if (!caches_[i]->Append(runner.output().points, error)) return false;
         continue;
@@ -238,6 +249,16 @@ class SceneRun {
            myo_io::WriteFileAtomically((folder / CompressionFileName(name, frame)).string(),
                                        myo_io::MapFileText(values, name + " compression at frame " + FrameTag(frame)),
                                        error);
+  }
+
+  // The lines of the feature on display, when "debug" is on at this frame.
+  bool WriteDebugLines(double frame, const NodeRunner& runner, std::string& error) {
+    const myo_core::DebugData* data = runner.debug_data();
+    if (data == nullptr || !data->enabled_) return true;
+    const std::string& name = runner.node().name;
+    const std::string file = (fs::path(Path(name)) / DebugFileName(name, frame)).string();
+    const std::string text = myo_io::ObjLinesText(data->lines_, name + " debug lines at frame " + FrameTag(frame));
+    return myo_io::WriteFileAtomically(file, text, error);
   }
 
   bool WriteActivation(double frame, const NodeRunner& runner, std::string& error) {
@@ -335,6 +356,10 @@ class SceneRun {
 };
 
 }  // namespace
+
+std::string DebugFileName(const std::string& node, double frame) {
+  return node + ".debug." + FrameTag(frame) + ".obj";
+}
 
 std::string FrameFileName(const std::string& node, double frame) { return node + "." + FrameTag(frame) + ".obj"; }
 

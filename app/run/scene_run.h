@@ -43,6 +43,10 @@ std::string FrameFileName(const std::string& node, double frame);
 // A shape node's "outActivation" at a frame, as a map file:
 // "<node>.outActivation.<frame>.txt".
 std::string ActivationFileName(const std::string& node, double frame);
+
+// "<node>.debug.<frame>.obj": the debug lines of a node at a frame, as OBJ
+// line elements.
+std::string DebugFileName(const std::string& node, double frame);
 // An edge evaluator's "compression" at a frame, as a map file:
 // "<node>.compression.<frame>.txt"; its coloured deform mesh takes
 // FrameFileName.
