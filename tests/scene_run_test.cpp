@@ -505,3 +505,33 @@ TEST_F(SceneRunTest, AnEdgeEvaluatorWritesItsCompressionAsColouredFramesAndAMerg
 }
 
 }  // namespace
+
+namespace {
+
+TEST_F(SceneRunTest, ANodeWithDebugOnWritesItsLinesAsObjLineElementsPerFrame) {
+  scene_["nodes"][1]["attributes"]["debug"] = true;
+  scene_["nodes"][1]["attributes"]["debugFeature"] = "Muscle Fibers";
+  const myo_app::Scene scene = Read();
+  myo_app::RunOptions options;
+  options.output_directory = dir_.File("out");
+  std::string error;
+  ASSERT_EQ(myo_app::RunScene(scene, options, error), myo_app::RunResult::kDone) << error;
+  const std::string files = myo_test::ListFiles(dir_.File("out"));
+  EXPECT_NE(files.find("inner/inner.debug.0001.obj\n"), std::string::npos);
+  EXPECT_NE(files.find("inner/inner.debug.0006.obj\n"), std::string::npos);
+  EXPECT_EQ(files.find("inner/inner.debug.0000.obj\n"), std::string::npos);  // before the start: not written
+  EXPECT_EQ(files.find("outer.debug"), std::string::npos);                    // debug off
+
+  const std::string text = myo_test::ReadFile(dir_.File("out/inner/inner.debug.0006.obj"));
+  std::size_t vertices = 0, lines = 0;
+  std::istringstream in(text);
+  for (std::string line; std::getline(in, line);) {
+    if (line.rfind("v ", 0) == 0) ++vertices;
+    if (line.rfind("l ", 0) == 0) ++lines;
+  }
+  EXPECT_GT(lines, 0u);
+  EXPECT_EQ(vertices, 2 * lines);
+  EXPECT_NE(text.find("\nl 1 2\n"), std::string::npos);
+}
+
+}  // namespace
