@@ -143,10 +143,13 @@ TEST(MyoforgeCommand, ListingsAndUsage) {
   EXPECT_EQ(nodes.out.rfind("MyoMuscle ", 0), 0u);
   const auto skin = RunCommand(kBinary, "attributes MyoSkin");
   EXPECT_EQ(skin.exit_code, 0);
-  EXPECT_NE(skin.out.find("\nhardConstraints                     hc      float         1 "), std::string::npos)
+  EXPECT_NE(skin.out.find("\nhardConstraints                    hc     float        1 "), std::string::npos)
       << skin.out;
-  EXPECT_NE(skin.out.find("\nreferenceMatrix                     refm    float matrix  identity"), std::string::npos);
-  EXPECT_NE(skin.out.find("\nenvelope                            en      float         1                     0..1"),
+  EXPECT_NE(skin.out.find("\nreferenceMatrix                    refm   float matrix identity"), std::string::npos);
+  EXPECT_NE(skin.out.find("\nenvelope                           en     float        1                    0..1"),
+            std::string::npos);
+  EXPECT_NE(skin.out.find("0..1       - keyable\n    Value to control the interpolation between the simulated "
+                          "result and the input to the simulation.\n"),
             std::string::npos);
   // Every mistake on the command line: exit code 2 and one line.
   const std::vector<std::pair<std::string, std::string>> usage = {

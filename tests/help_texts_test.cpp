@@ -1,0 +1,141 @@
+#include "core/help/help_texts.h"
+
+#include <gtest/gtest.h>
+
+#include <set>
+#include <sstream>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "app/cli/listings.h"
+#include "app/scene/node_types.h"
+#include "core/help/attribute_help.h"
+#include "core/locators/locator_attributes.h"
+
+namespace {
+
+using myo_core::HelpText;
+using myo_core::HelpTextAt;
+using myo_core::HelpTextId;
+using myo_core::kHelpTextCount;
+
+// A user interface walks the catalogue by position: an entry dropped,
+// added or moved shifts every text after it.
+TEST(HelpTexts, CatalogueHasItsEntriesInOrder) {
+  EXPECT_EQ(kHelpTextCount, 130u);
+  EXPECT_STREQ(HelpTextAt(0), "Output acceleration activation after remapping.");
+  EXPECT_STREQ(HelpTextAt(kHelpTextCount - 1), "Toggles the writing of activations into a point attribute.");
+  EXPECT_EQ(HelpTextAt(kHelpTextCount), nullptr);
+  for (std::size_t i = 0; i < kHelpTextCount; ++i) {
+    ASSERT_NE(HelpTextAt(i), nullptr) << i;
+    EXPECT_EQ(HelpText(static_cast<HelpTextId>(i)), HelpTextAt(i)) << i;
+  }
+
+  EXPECT_EQ(static_cast<int>(HelpTextId::kMaterial), 66);
+  EXPECT_STREQ(HelpText(HelpTextId::kMaterial),
+               "Defines the solver stiffness: Fat 1e+3; Muscle 5e+3; Rubber 1e+6; Tendon 5e+7; Leather 1e+8; Wood "
+               "6e+9; Concrete 2.5e+10.");
+  EXPECT_EQ(static_cast<int>(HelpTextId::kSlidingConstraintsMode), 89);
+  EXPECT_STREQ(HelpText(HelpTextId::kActivationSmoothing), "Number of iterations for the activation smoothing algorithm.");
+  EXPECT_STREQ(HelpText(HelpTextId::kUseCustomStiffness),
+               "Toggles the use of a custom stiffness value. If enabled, the Material is ignored and the Stiffness "
+               "parameter is used instead.");
+  EXPECT_STREQ(HelpText(HelpTextId::kVelocityOutRemapped), "Output velocity activation after remapping.");
+}
+
+TEST(HelpTexts, TextsAreKeptByteForByte) {
+  // The activation mode is three paragraphs with a space before each break.
+  EXPECT_STREQ(HelpText(HelpTextId::kActivationMode),
+               "Mode to drive the muscle activations: \nMuscle Patches: an MyoForge Muscle Patches file (.mmp) and the "
+               "Deform Mesh input have to be provided to enable this option; \nPlug Values: the Activation Attribute "
+               "should be provided to enable this option; \nNo activation;");
+  // One text has no closing full stop; two entries share their words.
+  EXPECT_STREQ(HelpText(HelpTextId::kAccelerationRemap), "Allows custom remapping of the acceleration");
+  EXPECT_STREQ(HelpText(HelpTextId::kSlideCollisionAttribute), HelpText(HelpTextId::kSlideConstraintsAttribute));
+  std::set<std::string> distinct;
+  for (std::size_t i = 0; i < kHelpTextCount; ++i) {
+    const std::string text = HelpTextAt(i);
+    EXPECT_FALSE(text.empty()) << i;
+    EXPECT_EQ(text.find("  "), std::string::npos) << i;
+    distinct.insert(text);
+  }
+  EXPECT_EQ(distinct.size(), kHelpTextCount - 1);
+}
+
+// The attribute table of a node type by name: the runner's types and the
+// locators, which only the plug-in creates.
+const myo_core::AttributeInfo* FindAttributeOfType(const std::string& type_name, const std::string& attribute) {
+  if (const myo_app::NodeType* type = myo_app::FindNodeType(type_name))
+    return myo_app::FindNodeAttribute(*type, attribute);
+  for (auto kind : {myo_core::LocatorKind::kMarker, myo_core::LocatorKind::kDistance,
+                    myo_core::LocatorKind::kPosition, myo_core::LocatorKind::kRotation})
+    if (type_name == myo_core::LocatorTypeName(kind))
+      return myo_core::FindAttribute(myo_core::LocatorAttributes(kind), attribute);
+  ADD_FAILURE() << "unknown node type " << type_name;
+  return nullptr;
+}
+
+TEST(AttributeHelp, EveryBoundAttributeExistsOnItsNodeType) {
+  std::set<std::pair<std::string, std::string>> seen;
+  for (const myo_core::AttributeHelp& row : myo_core::AttributeHelpTable()) {
+    const myo_core::AttributeInfo* info = FindAttributeOfType(row.node_type, row.attribute);
+    ASSERT_NE(info, nullptr) << row.node_type << "." << row.attribute;
+    EXPECT_EQ(info->long_name, row.attribute) << "bound by its short name: " << row.node_type << "." << row.attribute;
+    EXPECT_TRUE(seen.insert({row.node_type, row.attribute}).second)
+        << "bound twice: " << row.node_type << "." << row.attribute;
+  }
+  EXPECT_GT(seen.size(), 150u);
+}
+
+TEST(AttributeHelp, LookupByNodeTypeAndLongName) {
+  EXPECT_STREQ(myo_core::FindAttributeHelp("MyoSkin", "hardConstraints"),
+               HelpText(HelpTextId::kHardConstraintsAttribute));
+  EXPECT_STREQ(myo_core::FindAttributeHelp("MyoSimshape", "activation"), HelpText(HelpTextId::kActivationAttribute));
+  EXPECT_STREQ(myo_core::FindAttributeHelp("MyoMuscle", "activation"), HelpText(HelpTextId::kActivation));
+  EXPECT_STREQ(myo_core::FindAttributeHelp("MyoSensorRotation", "startTime"), HelpText(HelpTextId::kStartTime));
+  EXPECT_STREQ(myo_core::FindAttributeHelp("MyoLocatorDistance", "scale"), HelpText(HelpTextId::kLocatorScale));
+  EXPECT_STREQ(myo_core::FindAttributeHelp("MyoRibbonMuscle", "envelope"), HelpText(HelpTextId::kEnvelope));
+  // Volume belongs to the closed muscle only.
+  EXPECT_EQ(myo_core::FindAttributeHelp("MyoRibbonMuscle", "volumeRatio"), nullptr);
+  EXPECT_EQ(myo_core::FindAttributeHelp("MyoSkin", "hc"), nullptr);
+  EXPECT_EQ(myo_core::FindAttributeHelp("MyoSkinMerge", "blend"), nullptr);
+  EXPECT_EQ(myo_core::FindAttributeHelp("MyoCloth", "enable"), nullptr);
+}
+
+std::vector<std::string> Lines(const std::string& text) {
+  std::vector<std::string> lines;
+  std::istringstream stream(text);
+  for (std::string line; std::getline(stream, line);) lines.push_back(line);
+  return lines;
+}
+
+TEST(AttributeListing, EveryLineFitsATerminalAndNothingIsLost) {
+  for (const myo_app::NodeType& type : myo_app::NodeTypes()) {
+    const std::string listing = myo_app::AttributeListing(type);
+    for (const std::string& line : Lines(listing)) EXPECT_LE(line.size(), 100u) << type.name << ": " << line;
+  }
+  // The material's seven fields are wrapped, not cut.
+  const std::string skin = myo_app::AttributeListing(*myo_app::FindNodeType("MyoSkin"));
+  for (const char* field : {"0=\"Fat\"", "3=\"Tendon\"", "6=\"Concrete\""})
+    EXPECT_NE(skin.find(field), std::string::npos) << field;
+}
+
+TEST(AttributeListing, HelpTextStandsUnderItsAttribute) {
+  const std::vector<std::string> skin = Lines(myo_app::AttributeListing(*myo_app::FindNodeType("MyoSkin")));
+  std::size_t at = 0;
+  while (at < skin.size() && skin[at].rfind("hardConstraints ", 0) != 0) ++at;
+  ASSERT_LT(at + 2, skin.size());
+  EXPECT_EQ(skin[at + 1],
+            "    Specifies the name of the per-point attribute to read the hard constraint values from. Expected");
+  EXPECT_EQ(skin[at + 2], "    range 0 to 1.");
+  EXPECT_EQ(skin[at + 3].rfind("hardConstraintsList ", 0), 0u) << skin[at + 3];
+
+  // Each paragraph of a text starts a line of its own.
+  const std::string shape = myo_app::AttributeListing(*myo_app::FindNodeType("MyoSimshape"));
+  EXPECT_NE(shape.find("\n    Mode to drive the muscle activations:\n    Muscle Patches: an MyoForge"), std::string::npos)
+      << shape;
+  EXPECT_NE(shape.find("\n    No activation;\n"), std::string::npos);
+}
+
+}  // namespace
