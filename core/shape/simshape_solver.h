@@ -23,17 +23,7 @@ namespace myo_core {
 // activations_) is the solver's own, so that the activation functions work on
 // it as MusclePatchesData.
 struct SimshapeSolver : SolverData, MusclePatchesData {
-  // Masses come from the area, with the space scale applied to masses and
-  // forces, as on the skin.
-  SimshapeSolver() {
-    point_mass_mode_ = 1;
-    space_scale_mode_ = 2;
-    mesh_dimension_ = 1;
-    global_mass_multiplier_ = 1.0f;
-    density_ = 1100.0f;
-    space_scale_ = 1.0f;
-    mesh_measure_ = 0.0f;
-  }
+  SimshapeSolver() { SetSurfaceMassDefaults(*this); }
 
   // Groups, in the order their rows stand in lambdas_ after assembly.
   std::unique_ptr<DistanceConstraints> distance_constraints_ = std::make_unique<DistanceConstraints>();

@@ -18,17 +18,7 @@
 namespace myo_core {
 
 struct SkinSolver : SolverData {
-  // Masses of a skin come from its area, with the space scale applied to
-  // both masses and forces.
-  SkinSolver() {
-    point_mass_mode_ = 1;
-    space_scale_mode_ = 2;
-    mesh_dimension_ = 1;
-    global_mass_multiplier_ = 1.0f;
-    density_ = 1100.0f;
-    space_scale_ = 1.0f;
-    mesh_measure_ = 0.0f;
-  }
+  SkinSolver() { SetSurfaceMassDefaults(*this); }
 
   // Groups, in the order their rows stand in lambdas_ after assembly.
   std::unique_ptr<DistanceConstraints> distance_constraints_ = std::make_unique<DistanceConstraints>();

@@ -41,4 +41,17 @@ struct SolverData {
   float mesh_measure_ = 0.0f;              // perimeter, area or volume at assembly
 };
 
+// The mass settings of a surface solver (skin, shape) before its first
+// frame: masses from the area, with the space scale applied to masses and
+// forces, density 1100.
+inline void SetSurfaceMassDefaults(SolverData& solver) {
+  solver.point_mass_mode_ = 1;
+  solver.space_scale_mode_ = 2;
+  solver.mesh_dimension_ = 1;
+  solver.global_mass_multiplier_ = 1.0f;
+  solver.density_ = 1100.0f;
+  solver.space_scale_ = 1.0f;
+  solver.mesh_measure_ = 0.0f;
+}
+
 }  // namespace myo_core
