@@ -26,29 +26,15 @@ class MyoMuscleFamilyNode : public MyoPaintableDeformer {
   MStatus deform(MDataBlock& block, MItGeometry& iterator, const MMatrix& local_to_world,
                  unsigned int multi_index) override;
 
-  void ProjectVertexFiber(uint32_t vertex, float direction[3]) override;
-  void UpdateVertexFiber(uint32_t vertex) override;
-  void ConsolidateWeights() override;
-  void ConsolidateFibers(bool flag) override;
-  MStringArray GetInfluencesNames() override;
-  MIntArray GetInfluencesIndices() override;
-  uint32_t GetNumPoints() override;
-  bool IsSolverEmpty() override;
-
  protected:
   static constexpr bool kWithVolume = std::is_same_v<Solver, myo_core::MuscleSolver>;
 
   // Creates the node's attributes from its table; called by initialize.
   static MStatus InitializeAttributes(const myo_core::AttributeTable& table);
 
-  const std::vector<myo_core::WeightMapInfo>& WeightMaps() const override;
   const myo_maya::NodeAttributes& Attributes() const override { return attributes_; }
-  const char* TypeName() const override;
-  std::vector<float>* LiveArray(int32_t type) override;
-  uint32_t SolverInfluences(myo_core::InfluenceKind kind) override;
 
  private:
-  void KeepVertexNeighbors();
   static void OnAttributeChanged(MNodeMessage::AttributeMessage message, MPlug& plug, MPlug& other, void* client);
 
   static myo_maya::NodeAttributes attributes_;

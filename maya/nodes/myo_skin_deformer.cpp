@@ -10,10 +10,10 @@
 
 #include "core/skin/skin_frame_reader.h"
 #include "core/log/logger.h"
-#include "core/paint/weight_normalization.h"
 #include "core/plugin/plugin_lifecycle.h"
 #include "core/plugin/registration_table.h"
 #include "core/skin/skin_attributes.h"
+#include "core/skin/skin_paintable_solver.h"
 #include "maya/plugin/data_block_attributes.h"
 #include "maya/plugin/maya_conversions.h"
 #include "maya/plugin/maya_deformer_host.h"
@@ -23,7 +23,9 @@
 const MTypeId MyoSkinDeformer::id(myo_core::kMyoSkinId);
 myo_maya::NodeAttributes MyoSkinDeformer::attributes_;
 
-MyoSkinDeformer::MyoSkinDeformer() = default;
+MyoSkinDeformer::MyoSkinDeformer() {
+  AttachPaintSolver(std::make_unique<myo_core::SkinPaintableSolver>(deformer_), myo_core::kWeightsHardConstraints);
+}
 
 MyoSkinDeformer::~MyoSkinDeformer() {
   if (attribute_changed_callback_ != 0) MMessage::removeCallback(attribute_changed_callback_);
@@ -73,65 +75,9 @@ MStatus MyoSkinDeformer::deform(MDataBlock& block, MItGeometry& iterator, const 
 
   myo_maya::FromFlatPoints(output, points);
   iterator.setAllPositions(points, MSpace::kObject);
-  if (result.decision.initialize) {
-    KeepVertexNeighbors();
-    display_weights_ = LiveArray(display_weight_);
-  }
+  if (result.decision.initialize) Paint().RefreshDisplayWeights();
   return MS::kSuccess;
 }
-
-void MyoSkinDeformer::KeepVertexNeighbors() {
-  const myo_core::SkinNodeState& node = deformer_.node();
-  vertex_neighbors_.assign(node.vertex_neighbor_counts_.size(), {});
-  for (size_t v = 0; v < vertex_neighbors_.size(); ++v) {
-    const auto first = node.vertex_neighbors_.begin() + node.vertex_neighbor_offsets_[v];
-    vertex_neighbors_[v].assign(first, first + node.vertex_neighbor_counts_[v]);
-  }
-}
-
-const std::vector<myo_core::WeightMapInfo>& MyoSkinDeformer::WeightMaps() const {
-  return myo_core::SkinWeightMaps();
-}
-
-const char* MyoSkinDeformer::TypeName() const { return myo_core::kMyoSkinTypeName; }
-
-std::vector<float>* MyoSkinDeformer::LiveArray(int32_t type) {
-  myo_core::SkinSolver& solver = deformer_.solver();
-  // The paint commands write these arrays in place.
-  myo_core::SkinNodeState& node = deformer_.node();
-  switch (type) {
-    case myo_core::kWeightsHardConstraints: return &solver.uber_constraints_->hard_weights_;
-    case myo_core::kWeightsSoftConstraints: return &solver.uber_constraints_->soft_weights_;
-    case myo_core::kWeightsSlideConstraints: return &solver.uber_constraints_->slide_weights_;
-    case myo_core::kWeightsCompressionResistance: return &node.compression_map_;
-    case myo_core::kWeightsStretchingResistance: return &node.stretching_map_;
-    case myo_core::kWeightsGlobalDamping: return &solver.damping_weights_;
-    case myo_core::kWeightsSlidingDistanceMultiplier: return &node.max_sliding_map_;
-    case myo_core::kWeightsMasses: return &node.masses_map_;
-    case myo_core::kWeightsShapePreservation: return &node.shape_map_;
-    default: return nullptr;
-  }
-}
-
-uint32_t MyoSkinDeformer::SolverInfluences(myo_core::InfluenceKind) { return 0; }
-
-void MyoSkinDeformer::ConsolidateWeights() {
-  myo_core::UberConstraints& uber = *deformer_.solver().uber_constraints_;
-  if (display_weight_ != myo_core::kWeightsHardConstraints && display_weight_ != myo_core::kWeightsSoftConstraints &&
-      display_weight_ != myo_core::kWeightsSlideConstraints) {
-    if (myo_core::FindWeightMap(WeightMaps(), display_weight_) == nullptr)
-      myo_core::ReportDebug(std::string("No implemented display_weight_ type provided in ") + TypeName() +
-                                "::ConsolidateWeights",
-                            "");
-    return;
-  }
-  myo_core::NormalizeUberWeights(uber.hard_weights_, uber.soft_weights_, uber.slide_weights_, GetNumPoints(),
-                                 display_weight_);
-}
-
-uint32_t MyoSkinDeformer::GetNumPoints() { return deformer_.solver().point_count_; }
-
-bool MyoSkinDeformer::IsSolverEmpty() { return deformer_.solver().positions_.empty(); }
 
 // The dialog on a large "maxSlidingDistance": only with a user interface,
 // only for a value set on that plug.

@@ -26,21 +26,12 @@ class MyoSkinDeformer : public MyoPaintableDeformer {
   MStatus deform(MDataBlock& block, MItGeometry& iterator, const MMatrix& local_to_world,
                  unsigned int multi_index) override;
 
-  void ConsolidateWeights() override;
-  uint32_t GetNumPoints() override;
-  bool IsSolverEmpty() override;
-
  protected:
-  const std::vector<myo_core::WeightMapInfo>& WeightMaps() const override;
   const myo_maya::NodeAttributes& Attributes() const override { return attributes_; }
-  const char* TypeName() const override;
-  std::vector<float>* LiveArray(int32_t type) override;
-  uint32_t SolverInfluences(myo_core::InfluenceKind kind) override;
 
  private:
   static void OnSlidingDistanceChanged(MNodeMessage::AttributeMessage message, MPlug& plug, MPlug& other,
                                        void* client);
-  void KeepVertexNeighbors();
 
   static myo_maya::NodeAttributes attributes_;
 
