@@ -372,7 +372,7 @@ TEST(PaintFinishTest, UndoOfAHardConstraintsStrokeRestoresAllThreeMaps) {
   EXPECT_EQ(run.record.Recorded(kWeightsSlideConstraints)[0], 0.0f);
 
   run.record.Undo();
-  ReloadPaintedWeights(run.context, run.deformer, run.display);
+  ReloadPaintedWeights(run.context, run.deformer, run.display, kWeightsHardConstraints);
   for (int32_t type : {kWeightsHardConstraints, kWeightsSoftConstraints})
     EXPECT_EQ(run.solver.Array(type), std::vector<float>(kPoints, 0.5f)) << type;
   EXPECT_EQ(run.solver.Array(kWeightsSlideConstraints), std::vector<float>(kPoints, 0.0f));
@@ -461,4 +461,22 @@ TEST(PaintableSolverTest, EveryMapOfAFamilyHasItsOwnLiveArray) {
   float direction[3] = {1.0f, 0.0f, 0.0f};
   muscle_maps.ProjectVertexFiber(0, direction);
   EXPECT_EQ(direction[0], 1.0f);
+}
+
+TEST(PaintFinishTest, UndoAfterAnotherMapWentOnDisplayReloadsTheStrokesMap) {
+  PaintRun run(SkinWeightMaps(), "MyoSkin");
+  run.record.Record(kWeightsMasses, 0, std::vector<float>(kPoints, 0.5f));
+  run.solver.Array(kWeightsMasses).assign(kPoints, 0.5f);
+  run.solver.Array(kWeightsGlobalDamping).assign(kPoints, 0.25f);
+  run.Select("Masses");
+  run.context.ui_value_ = 0.0f;
+  run.Stroke(0, {{3, 1.0}});
+  EXPECT_EQ(run.solver.Array(kWeightsMasses)[3], 0.0f);
+
+  run.Select("Global Damping");
+  run.record.Undo();
+  ReloadPaintedWeights(run.context, run.deformer, run.display, kWeightsMasses);
+  EXPECT_EQ(run.solver.Array(kWeightsMasses), std::vector<float>(kPoints, 0.5f));
+  EXPECT_EQ(run.deformer.DisplayWeight(), kWeightsGlobalDamping);
+  EXPECT_EQ(run.display.weights_, std::vector<float>(kPoints, 0.25f));
 }

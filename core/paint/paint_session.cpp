@@ -123,8 +123,12 @@ bool FloodPaint(PaintContext& context, PaintableDeformer& deformer, WeightsDispl
   BindArrays(context, deformer, display);
   std::vector<float>& target = *context.target_weights_;
   if (context.source_weights_ == nullptr ||
-      static_cast<size_t>(context.influence_offset_) + context.point_count_ > target.size())
+      static_cast<size_t>(context.influence_offset_) + context.point_count_ > target.size()) {
+    ReportError("Cannot flood influence " + std::to_string(context.current_influence_) + ": the weights on display hold " +
+                    std::to_string(target.size()) + " values for " + std::to_string(context.point_count_) + " points.",
+                "");
     return false;
+  }
   const std::vector<float>& source = *context.source_weights_;
   const VertexNeighborsView neighbors = deformer.Neighbors();
 
@@ -191,7 +195,17 @@ void ShowConsolidatedWeights(PaintContext& context, PaintableDeformer& deformer,
   CopyLiveToDisplay(context, deformer, display);
 }
 
-void ReloadPaintedWeights(PaintContext& context, PaintableDeformer& deformer, WeightsDisplay& display) {
+void ReloadPaintedWeights(PaintContext& context, PaintableDeformer& deformer, WeightsDisplay& display,
+                          int32_t stroke_weight) {
+  const int32_t shown = deformer.DisplayWeight();
+  if (stroke_weight != shown) {
+    // Another map went on display since the stroke: reload the stroke's map
+    // and leave the display as it is.
+    deformer.SetCurrentDisplayWeights(stroke_weight);
+    if (deformer.DisplayWeight() == stroke_weight) deformer.UpdateSolverWeights();
+    deformer.SetCurrentDisplayWeights(shown);
+    return;
+  }
   deformer.UpdateSolverWeights();
   CopyLiveToDisplay(context, deformer, display);
   display.FlipTrigger();

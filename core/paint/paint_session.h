@@ -76,9 +76,11 @@ bool FinishPaintStroke(PaintContext& context, PaintableDeformer& deformer, MapWr
 // shown.
 void ShowConsolidatedWeights(PaintContext& context, PaintableDeformer& deformer, WeightsDisplay& display);
 
-// After the host undid or redid a stroke's record: the record goes back into
-// the live arrays and the display.
-void ReloadPaintedWeights(PaintContext& context, PaintableDeformer& deformer, WeightsDisplay& display);
+// After the host undid or redid the record of a stroke on map
+// `stroke_weight`: the record goes back into the live arrays, and into the
+// display while that map is still on it.
+void ReloadPaintedWeights(PaintContext& context, PaintableDeformer& deformer, WeightsDisplay& display,
+                          int32_t stroke_weight);
 
 // The live value of `vertex` in the influence on display; false, with the
 // error, outside the points or the array.

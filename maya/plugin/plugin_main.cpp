@@ -22,6 +22,8 @@
 #include "core/plugin/plugin_lifecycle.h"
 #include "core/plugin/registration_table.h"
 #include "maya/commands/myo_learn_muscle_patches_command.h"
+#include "maya/commands/myo_paint_data_commands.h"
+#include "maya/commands/myo_paint_stroke_commands.h"
 #include "maya/nodes/myo_edge_evaluator.h"
 #include "maya/nodes/myo_locator_draw_overrides.h"
 #include "maya/nodes/myo_locator_nodes.h"
@@ -69,6 +71,19 @@ struct CommandClass {
 const CommandClass kCommandClasses[] = {
     {myo_core::kLearnMusclePatchesCommandName, MyoLearnMusclePatchesCommand::creator,
      MyoLearnMusclePatchesCommand::newSyntax},
+    {"MyoPaintInitializeCommand", myo_maya::MyoPaintInitializeCommand::creator,
+     myo_maya::MyoPaintInitializeCommand::newSyntax},
+    {"MyoPaintSetValueCommand", myo_maya::MyoPaintSetValueCommand::creator,
+     myo_maya::MyoPaintSetValueCommand::newSyntax},
+    {"MyoPaintGetValueCommand", myo_maya::MyoPaintGetValueCommand::creator,
+     myo_maya::MyoPaintGetValueCommand::newSyntax},
+    {"MyoPaintFinalizeCommand", myo_maya::MyoPaintFinalizeCommand::creator,
+     myo_maya::MyoPaintFinalizeCommand::newSyntax},
+    // Registered without a syntax: it reads no flags.
+    {"MyoPaintFloodCommand", myo_maya::MyoPaintFloodCommand::creator, nullptr},
+    {"MyoPaintDataCommand", myo_maya::MyoPaintDataCommand::creator, myo_maya::MyoPaintDataCommand::newSyntax},
+    {"MyoPaintGetWeightCommand", myo_maya::MyoPaintGetWeightCommand::creator,
+     myo_maya::MyoPaintGetWeightCommand::newSyntax},
 };
 
 const CommandClass* FindCommandClass(const std::string& name) {
