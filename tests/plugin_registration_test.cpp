@@ -16,8 +16,7 @@ using namespace myo_core;
 
 namespace {
 
-// A host registry that records what it is asked, fails where told, and
-// provides every class unless told otherwise.
+// A host registry that records what it is asked and fails where told.
 class FakePluginHost : public PluginHost {
  public:
   bool LaunchState(int32_t& value) override {
@@ -25,7 +24,6 @@ class FakePluginHost : public PluginHost {
     return state_known;
   }
   void RunPython(const std::string& script) override { scripts.push_back(script); }
-  bool Provides(const RegistrationStep& step) const override { return missing.count(step.name) == 0; }
   bool Register(const RegistrationStep& step) override {
     if (step.failure_name == fail_on) return false;
     registered.push_back(step.failure_name);
@@ -43,7 +41,6 @@ class FakePluginHost : public PluginHost {
   int32_t state = kLaunchInteractive;
   bool state_known = true;
   std::string fail_on;
-  std::set<std::string> missing;
   std::vector<std::string> scripts;
   std::vector<std::string> registered;
   std::vector<std::string> deregistered;
@@ -223,18 +220,4 @@ TEST_F(PluginLifecycleTest, AFailedDeregistrationStopsTheUnloadAndKeepsTheLogger
   EXPECT_EQ(host.deregistered.back(), "MyoSimshape");
   EXPECT_EQ(log_.Count("[MyoForge][Error] Error occurred deregistering MyoSkin"), 1u);
   EXPECT_NE(GetWorker(), nullptr);
-}
-
-TEST_F(PluginLifecycleTest, StepsOfMissingClassesAreSkippedInBothDirections) {
-  FakePluginHost host;
-  host.missing = {"MyoLocator", "MyoLocatorPosition", "MyoDebugLocator", "MyoSimshape", "MyoPaintFloodCommand"};
-  ASSERT_TRUE(LoadPlugin(host, "0"));
-  const std::vector<std::string> expected = {"MyoLocatorDistance", "MyoLocatorDistanceDrawOverride",
-                                             "MyoLocatorRotation", "MyoLocatorRotationDrawOverride"};
-  ASSERT_GE(host.registered.size(), 4u);
-  EXPECT_EQ(std::vector<std::string>(host.registered.begin(), host.registered.begin() + 4), expected);
-  EXPECT_EQ(host.registered.size(), 29u - 2 * 3 - 2);
-  // The first node this build has stands for "the load got as far as the nodes".
-  ASSERT_TRUE(UnloadPlugin(host));
-  EXPECT_EQ(host.deregistered, host.registered);
 }

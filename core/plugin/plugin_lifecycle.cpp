@@ -4,16 +4,6 @@
 
 namespace myo_core {
 
-namespace {
-
-const RegistrationStep* FirstProvidedNode(const PluginHost& host) {
-  for (const RegistrationStep& step : LoadOrder())
-    if (step.kind == RegistrationKind::kNode && host.Provides(step)) return &step;
-  return nullptr;
-}
-
-}  // namespace
-
 bool HasUserInterface(int32_t state) { return state == kLaunchInteractive || state == kLaunchBaseUi; }
 
 int32_t LoggerLevelFromEnvironment(const char* value) {
@@ -34,7 +24,6 @@ bool LoadPlugin(PluginHost& host, const char* logger_level) {
   if (HasUserInterface(state)) host.RunPython(kLoadMenuScript);
 
   for (const RegistrationStep& step : LoadOrder()) {
-    if (!host.Provides(step)) continue;
     if (!host.Register(step)) {
       LogError(failure + step.failure_name);
       return false;
@@ -52,11 +41,10 @@ bool UnloadPlugin(PluginHost& host) {
   }
   if (HasUserInterface(state)) host.RunPython(kUnloadMenuScript);
 
-  const RegistrationStep* first_node = FirstProvidedNode(host);
-  if (first_node == nullptr || !host.IsNodeRegistered(first_node->name)) return true;
+  // Without the first node the load never got as far as the nodes.
+  if (!host.IsNodeRegistered(LoadOrder().front().name)) return true;
 
   for (const RegistrationStep& step : LoadOrder()) {
-    if (!host.Provides(step)) continue;
     if (!host.Deregister(step)) {
       LogError(failure + step.failure_name);
       return false;

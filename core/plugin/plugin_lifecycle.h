@@ -2,8 +2,7 @@
 // The load and unload sequences of the plug-in, host-neutral: the host
 // answers through PluginHost (its launch state, its script interpreter and
 // its registry), and the sequences decide the order, the messages and where a
-// failure stops. Steps of the load order whose class this build does not
-// provide are skipped at load and at unload; the others keep their order.
+// failure stops.
 
 #include <cstdint>
 #include <string>
@@ -29,8 +28,6 @@ class PluginHost {
   virtual bool LaunchState(int32_t& state) = 0;
   // Runs a Python script; its outcome does not matter to the sequences.
   virtual void RunPython(const std::string& script) = 0;
-  // Whether this build has the class behind the step.
-  virtual bool Provides(const RegistrationStep& step) const = 0;
   // Registers or deregisters one step; false on failure.
   virtual bool Register(const RegistrationStep& step) = 0;
   virtual bool Deregister(const RegistrationStep& step) = 0;
@@ -48,14 +45,14 @@ int32_t LoggerLevelFromEnvironment(const char* value);
 // After the host installed its logger worker: level 1, then the level of
 // `logger_level` (the value of MYO_LOGGER_LEVEL, may be null); the launch
 // state (an error and false when unknown); the menu script with a user
-// interface; then every provided step of the load order. The first failed
+// interface; then every step of the load order. The first failed
 // step logs "Error occurred registering " + its name and stops the load with
 // false; what was registered stays.
 bool LoadPlugin(PluginHost& host, const char* logger_level);
 
 // The launch state (an error and false when unknown), the unload script with
-// a user interface, then, if the first provided node of the load order is
-// registered, every provided step deregistered in load order and the logger
+// a user interface, then, if the first node of the load order is registered,
+// every step deregistered in load order and the logger
 // worker dropped. A failed step logs "Error occurred deregistering " + its
 // name and stops with false, the logger left installed. When the first node
 // is not registered the load never got that far: true, nothing else done.

@@ -1,8 +1,7 @@
 // The plug-in's entry points. The order of registration, the messages and
 // where a failure stops live in core (core/plugin/plugin_lifecycle.h); this
 // file answers for Maya: the launch state, the menu scripts and the node
-// classes and draw overrides this build provides. Rows of the load order
-// whose class does not exist here are skipped.
+// classes, draw overrides and commands behind each row of the load order.
 
 #include <maya/MDrawRegistry.h>
 #include <maya/MFnPlugin.h>
@@ -140,16 +139,6 @@ class MayaPluginHost : public myo_core::PluginHost {
 
   void RunPython(const std::string& script) override {
     MGlobal::executePythonCommand(myo_maya::ToMString(script), false, false);
-  }
-
-  // Node, draw override and command steps whose classes this build has.
-  bool Provides(const myo_core::RegistrationStep& step) const override {
-    switch (step.kind) {
-      case myo_core::RegistrationKind::kNode: return FindNodeClass(step.name) != nullptr;
-      case myo_core::RegistrationKind::kDrawOverride: return FindDrawOverrideClass(step.name) != nullptr;
-      case myo_core::RegistrationKind::kCommand: return FindCommandClass(step.name) != nullptr;
-    }
-    return false;
   }
 
   bool Register(const myo_core::RegistrationStep& step) override {
