@@ -86,6 +86,7 @@ std::string TypeName(AttributeType type) {
     case AttributeType::kColor: return "color";
     case AttributeType::kString: return "string";
     case AttributeType::kRamp: return "ramp";
+    case AttributeType::kMessage: return "message";
   }
   return "unknown";
 }

@@ -384,6 +384,7 @@ class SceneReader {
       case AttributeType::kMatrix:
       case AttributeType::kFloatMatrix:
       case AttributeType::kMesh:
+      case AttributeType::kMessage:
         f.Fail("a " + TypeName(info.type) + " attribute takes a connection, not a value");
       case AttributeType::kCompound:
       case AttributeType::kColor:
