@@ -358,9 +358,12 @@ std::string ColoredObjText(const std::string& topology_text, const std::vector<f
   return text;
 }
 
-std::string ObjLinesText(const std::vector<float>& lines, const std::string& comment) {
+namespace {
+
+// The vertices and line elements of `lines`, the first vertex numbered
+// `first_vertex` (1-based).
+void AppendLines(const std::vector<float>& lines, size_t first_vertex, std::string& text) {
   const size_t count = lines.size() / 6;
-  std::string text = "# " + comment + "\n";
   text.reserve(text.size() + count * 80);
   char line[160];
   for (size_t k = 0; k < 2 * count; ++k) {
@@ -370,8 +373,27 @@ std::string ObjLinesText(const std::vector<float>& lines, const std::string& com
     text += line;
   }
   for (size_t k = 0; k < count; ++k) {
-    std::snprintf(line, sizeof line, "l %zu %zu\n", 2 * k + 1, 2 * k + 2);
+    std::snprintf(line, sizeof line, "l %zu %zu\n", first_vertex + 2 * k, first_vertex + 2 * k + 1);
     text += line;
+  }
+}
+
+}  // namespace
+
+std::string ObjLinesText(const std::vector<float>& lines, const std::string& comment) {
+  std::string text = "# " + comment + "\n";
+  AppendLines(lines, 1, text);
+  return text;
+}
+
+std::string ObjLineObjectsText(const std::vector<ObjLineObject>& objects, const std::string& comment) {
+  std::string text = "# " + comment + "\n";
+  size_t first_vertex = 1;
+  for (const ObjLineObject& object : objects) {
+    text += "o " + object.name + "\n";
+    if (object.lines == nullptr) continue;
+    AppendLines(*object.lines, first_vertex, text);
+    first_vertex += 2 * (object.lines->size() / 6);
   }
   return text;
 }

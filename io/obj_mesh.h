@@ -36,4 +36,12 @@ std::string ColoredObjText(const std::string& topology_text, const std::vector<f
 // `l a b` naming them (1-based). A trailing partial line is left out.
 std::string ObjLinesText(const std::vector<float>& lines, const std::string& comment);
 
+// Several named sets of lines in one OBJ: per set an "o <name>" object with
+// its vertices and its line elements, indices counted across the file.
+struct ObjLineObject {
+  std::string name;
+  const std::vector<float>* lines;  // 6 floats per line, as ObjLinesText
+};
+std::string ObjLineObjectsText(const std::vector<ObjLineObject>& objects, const std::string& comment);
+
 }  // namespace myo_io

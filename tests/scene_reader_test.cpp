@@ -210,7 +210,7 @@ TEST_F(SceneReaderTest, ConnectionsAndTheGraphAreChecked) {
   EXPECT_EQ(Read(), Path() + ": nodes[1].type: unknown node type \"MyoCloth\" (known: MyoMuscle, MyoRibbonMuscle, "
                              "MyoSkin, MyoSimshape, MyoSkinMerge, MyoEdgeEvaluator, MyoSensorDistance, MyoSensorPosition, "
                              "MyoSensorRotation, "
-                             "remapValue)");
+                             "remapValue, MyoDataNode, MyoDebugLocator)");
 }
 
 }  // namespace

@@ -28,6 +28,7 @@ std::string DefaultText(const AttributeInfo& info) {
     case AttributeType::kMatrix:
     case AttributeType::kFloatMatrix: return "identity";
     case AttributeType::kMesh:
+    case AttributeType::kMessage:
     case AttributeType::kCompound: return "-";
     case AttributeType::kBool: return info.Default() != 0.0 ? "true" : "false";
     case AttributeType::kColor: {

@@ -40,7 +40,9 @@ NodeRunner::NodeRunner(const Scene& scene, const SceneNode& node, OutputValues o
     case NodeKind::kSensorDistance:
     case NodeKind::kSensorPosition:
     case NodeKind::kSensorRotation:
-    case NodeKind::kRemapValue: break;
+    case NodeKind::kRemapValue:
+    case NodeKind::kDataNode:
+    case NodeKind::kDebugLocator: break;
     case NodeKind::kEdgeEvaluator: edges_ = std::make_unique<myo_core::EdgeEvaluator>(); break;
     case NodeKind::kSkinMerge:
       merge_ = std::make_unique<myo_core::SkinMerge>();
@@ -262,6 +264,9 @@ bool NodeRunner::Evaluate(double frame, bool playing, SceneMeshes& meshes, std::
     case NodeKind::kRemapValue: EvaluateRemapValue(frame); break;
     case NodeKind::kEdgeEvaluator: EvaluateEdges(frame, meshes); break;
     case NodeKind::kSkinMerge: EvaluateMerge(frame, playing, meshes); break;
+    // They only carry connections: the run writes what a debug locator shows.
+    case NodeKind::kDataNode:
+    case NodeKind::kDebugLocator: break;
   }
   figures_.evaluate_ms = std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - begin).count();
   return ok;

@@ -14,6 +14,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "app/run/debug_view.h"
 #include "app/run/node_runner.h"
 #include "app/run/output_folder.h"
 #include "app/run/scene_meshes.h"
@@ -157,6 +158,11 @@ class SceneRun {
           plan.files.push_back(node.name + "/" + CompressionFileName(node.name, static_cast<double>(frame)));
         }
       }
+      if (node.type->kind == NodeKind::kDebugLocator) {
+        plan.folders.push_back(node.name);
+        for (long long frame = static_cast<long long>(t.start); frame <= static_cast<long long>(t.end); ++frame)
+          plan.files.push_back(node.name + "/" + DebugFileName(node.name, static_cast<double>(frame)));
+      }
       values = values || !ValueOutputsOf(*node.type).empty();
       if (!node.type->deformer) continue;
       const bool objs = options_.format != OutputFormat::kPc2;
@@ -213,6 +219,7 @@ class SceneRun {
     for (std::size_t i = 0; i < runners_.size(); ++i) {
       const NodeRunner& runner = *runners_[i];
       if (runner.node().type->kind == NodeKind::kEdgeEvaluator && !WriteCompression(frame, runner, error)) return false;
+      if (runner.node().type->kind == NodeKind::kDebugLocator && !WriteDebugView(frame, runner, error)) return false;
       if (!runner.node().type->deformer) continue;
       if (WritesActivation(runner.node()) && !WriteActivation(frame, runner, error)) return false;
       if (!WriteDebugLines(frame, runner, error)) return false;
@@ -259,6 +266,18 @@ class SceneRun {
     const std::string file = (fs::path(Path(name)) / DebugFileName(name, frame)).string();
     const std::string text = myo_io::ObjLinesText(data->lines_, name + " debug lines at frame " + FrameTag(frame));
     return myo_io::WriteFileAtomically(file, text, error);
+  }
+
+  // A debug locator's lines of all its deformers whose "debug" is on.
+  bool WriteDebugView(double frame, const NodeRunner& runner, std::string& error) {
+    std::vector<DebugViewEntry> entries;
+    for (const std::string& deformer : DebugViewDeformers(scene_, runner.node())) {
+      const auto it = by_name_.find(deformer);
+      entries.push_back({deformer, it != by_name_.end() ? it->second->debug_data() : nullptr});
+    }
+    const std::string& name = runner.node().name;
+    const std::string file = (fs::path(Path(name)) / DebugFileName(name, frame)).string();
+    return myo_io::WriteFileAtomically(file, DebugViewText(name, FrameTag(frame), entries), error);
   }
 
   bool WriteActivation(double frame, const NodeRunner& runner, std::string& error) {
@@ -308,6 +327,18 @@ class SceneRun {
            Csv(f.max_speed) + "\n";
   }
 
+  // Where the summary says a node's results are.
+  std::string OutputOf(const SceneNode& node) const {
+    switch (node.type->kind) {
+      case NodeKind::kEdgeEvaluator: return node.name + "/" + node.name + ".####.obj";
+      case NodeKind::kDebugLocator: return node.name + "/" + node.name + ".debug.####.obj";
+      case NodeKind::kDataNode: return "";
+      default: break;
+    }
+    if (!node.type->deformer) return "values.csv";
+    return options_.format == OutputFormat::kPc2 ? node.name + ".pc2" : node.name + "/" + node.name + ".####.obj";
+  }
+
   nlohmann::json Summary(double seconds) const {
     const Timeline& t = scene_.timeline;
     nlohmann::json nodes = nlohmann::json::array();
@@ -322,10 +353,7 @@ class SceneRun {
           {"mean_evaluate_ms", totals.frames ? totals.evaluate_ms_sum / totals.frames : 0.0},
           {"max_evaluate_ms", totals.evaluate_ms_max},
           {"max_speed", totals.max_speed},
-          {"output", node.type->kind == NodeKind::kEdgeEvaluator ? node.name + "/" + node.name + ".####.obj"
-                     : !node.type->deformer ? std::string("values.csv")
-                     : options_.format == OutputFormat::kPc2 ? node.name + ".pc2"
-                                                             : node.name + "/" + node.name + ".####.obj"},
+          {"output", OutputOf(node)},
       };
       if (WritesActivation(node)) entry["out_activation"] = node.name + "/" + node.name + ".outActivation.####.txt";
       if (totals.min_volume_ratio) {

@@ -2,6 +2,7 @@
 
 #include "app/scene/remap_value.h"
 #include "core/attributes/attribute_builders.h"
+#include "core/debug/helper_node_attributes.h"
 #include "core/evaluator/edge_evaluator_attributes.h"
 #include "core/merge/skin_merge_attributes.h"
 #include "core/muscle/muscle_attributes.h"
@@ -38,6 +39,10 @@ const std::vector<NodeType>& NodeTypes() {
        "angle at a middle position between two others, with its velocity and acceleration", false},
       {myo_core::kRemapValueTypeName, NodeKind::kRemapValue, &RemapValueAttributes(),
        "the host's value remap: an input range through a curve to an output range", false},
+      {myo_core::kMyoDataNodeTypeName, NodeKind::kDataNode, &myo_core::DataNodeAttributes(),
+       "gathers deformers (their message on \"inputs\") for a debug view", false},
+      {myo_core::kMyoDebugLocatorTypeName, NodeKind::kDebugLocator, &myo_core::DebugLocatorAttributes(),
+       "writes the debug lines of a data node's deformers together, one OBJ per frame", false},
   };
   return types;
 }
@@ -46,6 +51,11 @@ const NodeType* FindNodeType(const std::string& name) {
   for (const NodeType& type : NodeTypes())
     if (type.name == name) return &type;
   return nullptr;
+}
+
+bool HasDebugLines(const NodeType& type) {
+  return type.kind == NodeKind::kMuscle || type.kind == NodeKind::kRibbonMuscle || type.kind == NodeKind::kSkin ||
+         type.kind == NodeKind::kShape;
 }
 
 const AttributeTable& DeformerAttributes() {
@@ -86,6 +96,7 @@ std::string TypeName(AttributeType type) {
     case AttributeType::kColor: return "color";
     case AttributeType::kString: return "string";
     case AttributeType::kRamp: return "ramp";
+    case AttributeType::kMessage: return "message";
   }
   return "unknown";
 }

@@ -11,7 +11,7 @@
 namespace myo_app {
 
 enum class NodeKind { kMuscle, kRibbonMuscle, kSkin, kShape, kSensorDistance, kSensorPosition, kSensorRotation, kRemapValue,
-                      kEdgeEvaluator, kSkinMerge };
+                      kEdgeEvaluator, kSkinMerge, kDataNode, kDebugLocator };
 
 struct NodeType {
   std::string name;  // the Maya type name
@@ -25,6 +25,10 @@ struct NodeType {
 
 const std::vector<NodeType>& NodeTypes();
 const NodeType* FindNodeType(const std::string& name);
+
+// Whether a node of this type has a solver whose constraints "debug" shows,
+// and so may feed a "MyoDataNode".
+bool HasDebugLines(const NodeType& type);
 
 // The attributes every deformer inherits: "envelope".
 const myo_core::AttributeTable& DeformerAttributes();

@@ -384,6 +384,7 @@ class SceneReader {
       case AttributeType::kMatrix:
       case AttributeType::kFloatMatrix:
       case AttributeType::kMesh:
+      case AttributeType::kMessage:
         f.Fail("a " + TypeName(info.type) + " attribute takes a connection, not a value");
       case AttributeType::kCompound:
       case AttributeType::kColor:
@@ -481,6 +482,13 @@ class SceneReader {
         node.connections.push_back(std::move(connection));
         continue;
       }
+      if (target->type == AttributeType::kMessage) {
+        ReadMessageSource(connection, node, f);
+        const std::string key = connection.attribute + "[" + std::to_string(connection.index) + "]";
+        if (!plugs.insert(key).second) f.Fail("the plug is connected twice");
+        node.connections.push_back(std::move(connection));
+        continue;
+      }
       const std::string key = connection.list + "[" + std::to_string(connection.index) + "]." + connection.attribute;
       if (!plugs.insert(key).second) f.Fail("the plug is connected twice");
       const AttributeInfo* info = FindNodeAttribute(*node.type, connection.attribute);
@@ -504,6 +512,18 @@ class SceneReader {
     c.plug = plug;
     std::string attribute = plug;
     const std::size_t open = plug.find('[');
+    if (open != std::string::npos && plug.back() == ']' && plug.find("].") == std::string::npos) {
+      // "list[index]": an element of a list of messages.
+      const AttributeInfo* list = FindNodeAttribute(type, plug.substr(0, open));
+      const std::string digits = plug.substr(open + 1, plug.size() - open - 2);
+      if (list == nullptr || list->type != AttributeType::kMessage || !list->Has(myo_core::kArray))
+        f.Fail(Quote(plug.substr(0, open)) + " is not a list of messages of " + type.name);
+      if (digits.empty() || digits.find_first_not_of("0123456789") != std::string::npos || digits.size() > 9)
+        f.Fail("expected a plug \"" + list->long_name + "[index]\"");
+      c.attribute = list->long_name;
+      c.index = static_cast<uint32_t>(std::stoul(digits));
+      return c;
+    }
     if (open != std::string::npos) {
       const std::size_t close = plug.find("].", open);
       if (close == std::string::npos || close == open + 1) f.Fail("expected a plug \"list[index].attribute\"");
@@ -524,9 +544,11 @@ class SceneReader {
     const AttributeInfo* info = FindNodeAttribute(type, attribute);
     if (info == nullptr) f.Fail("unknown attribute of " + type.name);
     c.attribute = info->long_name;
-    if (!info->IsMatrix() && info->type != AttributeType::kMesh && !IsValueAttribute(*info) &&
-        !IsPositionAttribute(*info, type))
-      f.Fail("only matrix, mesh, position and single value attributes take connections here");
+    if (info->type == AttributeType::kMessage && info->Has(myo_core::kArray))
+      f.Fail("needs an index: connect \"" + info->long_name + "[0]\"");
+    if (!info->IsMatrix() && info->type != AttributeType::kMesh && info->type != AttributeType::kMessage &&
+        !IsValueAttribute(*info) && !IsPositionAttribute(*info, type))
+      f.Fail("only matrix, mesh, message, position and single value attributes take connections here");
     if (c.list.empty()) {
       for (const AttributeInfo& parent : *type.attributes)
         if (parent.Has(myo_core::kArray) && std::find(parent.children.begin(), parent.children.end(),
@@ -641,6 +663,19 @@ class SceneReader {
              Quote(name));
     c.source = name;
     c.vertex = static_cast<int64_t>(vertex);
+  }
+
+  // The message of another node: a simulation deformer into a data node's
+  // "inputs", a data node into a debug locator's "data".
+  void ReadMessageSource(const SceneConnection& c, const SceneNode& node, const Field& f) const {
+    const SceneNode* source = scene_.FindNode(c.source);
+    if (source == nullptr) f.Fail(Quote(c.source) + " is not a node of the scene");
+    if (source == &node) f.Fail("a node cannot take its own output");
+    if (node.type->kind == NodeKind::kDataNode && !HasDebugLines(*source->type))
+      f.Fail("takes the message of a MyoMuscle, MyoRibbonMuscle, MyoSkin or MyoSimshape, and " + Quote(c.source) +
+             " is a " + source->type->name);
+    if (node.type->kind == NodeKind::kDebugLocator && source->type->kind != NodeKind::kDataNode)
+      f.Fail("takes the message of a MyoDataNode, and " + Quote(c.source) + " is a " + source->type->name);
   }
 
   // "node.attribute": a single value output of another node.

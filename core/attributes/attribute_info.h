@@ -24,6 +24,7 @@ enum class AttributeType {
   kColor,     // compound of three floats used as a colour
   kString,    // text
   kRamp,      // a curve ramp: entries of position, value and interpolation
+  kMessage,   // a message: carries a connection, no value
 };
 
 // Attribute flags beyond Maya's defaults.

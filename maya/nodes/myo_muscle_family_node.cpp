@@ -15,6 +15,7 @@
 #include "core/plugin/plugin_lifecycle.h"
 #include "core/plugin/registration_table.h"
 #include "maya/plugin/data_block_attributes.h"
+#include "maya/plugin/debug_link.h"
 #include "maya/plugin/maya_conversions.h"
 #include "maya/plugin/maya_deformer_host.h"
 #include "maya/plugin/maya_map_port.h"
@@ -83,7 +84,10 @@ MStatus MyoMuscleFamilyNode<Solver>::deform(MDataBlock& block, MItGeometry& iter
 
   myo_maya::FromFlatPoints(output, points);
   iterator.setAllPositions(points, MSpace::kObject);
-  if (result.decision.initialize) Paint().RefreshDisplayWeights();
+  if (result.decision.initialize) {
+    myo_maya::RegisterDebugData(thisMObject(), &deformer_.solver().debug_data_);
+    Paint().RefreshDisplayWeights();
+  }
   return MS::kSuccess;
 }
 

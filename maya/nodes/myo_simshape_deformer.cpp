@@ -23,6 +23,7 @@
 #include "core/shape/shape_attributes.h"
 #include "core/shape/shape_frame_reader.h"
 #include "maya/plugin/data_block_attributes.h"
+#include "maya/plugin/debug_link.h"
 #include "maya/plugin/helper_cleanup.h"
 #include "maya/plugin/maya_conversions.h"
 #include "maya/plugin/maya_map_port.h"
@@ -145,7 +146,8 @@ MStatus MyoSimshapeDeformer::deform(MDataBlock& block, MItGeometry& iterator, co
   myo_maya::MayaShapeHost host(thisMObject(), block, multi_index, attributes_, points.length(), color_buffers_);
   myo_maya::MayaMapPort maps(thisMObject(), &block, attributes_);
   std::vector<double> output;  // 3N
-  deformer_.Evaluate(frame, input, host, maps, output);
+  const myo_core::ShapeEvaluation result = deformer_.Evaluate(frame, input, host, maps, output);
+  if (result.decision.initialize) myo_maya::RegisterDebugData(thisMObject(), &deformer_.solver().debug_data_);
 
   myo_maya::FromFlatPoints(output, points);
   iterator.setAllPositions(points, MSpace::kObject);

@@ -15,6 +15,7 @@
 #include "core/skin/skin_attributes.h"
 #include "core/skin/skin_paintable_solver.h"
 #include "maya/plugin/data_block_attributes.h"
+#include "maya/plugin/debug_link.h"
 #include "maya/plugin/maya_conversions.h"
 #include "maya/plugin/maya_deformer_host.h"
 #include "maya/plugin/maya_map_port.h"
@@ -75,7 +76,10 @@ MStatus MyoSkinDeformer::deform(MDataBlock& block, MItGeometry& iterator, const 
 
   myo_maya::FromFlatPoints(output, points);
   iterator.setAllPositions(points, MSpace::kObject);
-  if (result.decision.initialize) Paint().RefreshDisplayWeights();
+  if (result.decision.initialize) {
+    myo_maya::RegisterDebugData(thisMObject(), &deformer_.solver().debug_data_);
+    Paint().RefreshDisplayWeights();
+  }
   return MS::kSuccess;
 }
 

@@ -11,6 +11,7 @@
 #include <set>
 
 #include "core/plugin/registration_table.h"
+#include "maya/plugin/debug_link.h"
 #include "maya/plugin/maya_conversions.h"
 
 namespace myo_maya {
@@ -54,6 +55,8 @@ const std::vector<std::string>& DeformerHelperTypes() {
 }
 
 void OnNodeAboutToDelete(MObject& node, MDGModifier& modifier, void* client_data) {
+  // The data node must stop pointing at the solver before the solver goes.
+  UnregisterDebugData(node);
   const auto* helper_types = static_cast<const std::vector<std::string>*>(client_data);
   if (helper_types == nullptr) return;
   MFnDependencyNode deleted(node);

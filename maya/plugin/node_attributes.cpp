@@ -4,6 +4,7 @@
 #include <maya/MFnCompoundAttribute.h>
 #include <maya/MFnEnumAttribute.h>
 #include <maya/MFnMatrixAttribute.h>
+#include <maya/MFnMessageAttribute.h>
 #include <maya/MFnNumericAttribute.h>
 #include <maya/MFnNumericData.h>
 #include <maya/MFnStringData.h>
@@ -123,6 +124,11 @@ MStatus NodeAttributes::CreateOne(const AttributeInfo& info) {
     case AttributeType::kRamp:
       attribute = MRampAttribute::createCurveRamp(long_name, short_name, &status);
       break;
+    case AttributeType::kMessage: {
+      MFnMessageAttribute fn;
+      attribute = fn.create(long_name, short_name, &status);
+      break;
+    }
     case AttributeType::kCompound: {
       if (IsFloat3(info)) {
         // Three floats make a numeric compound, read and connected as one

@@ -23,6 +23,9 @@
 #include "maya/commands/myo_learn_muscle_patches_command.h"
 #include "maya/commands/myo_paint_data_commands.h"
 #include "maya/commands/myo_paint_stroke_commands.h"
+#include "maya/nodes/myo_data_node.h"
+#include "maya/nodes/myo_debug_locator.h"
+#include "maya/nodes/myo_debug_locator_draw_override.h"
 #include "maya/nodes/myo_edge_evaluator.h"
 #include "maya/nodes/myo_locator_draw_overrides.h"
 #include "maya/nodes/myo_locator_nodes.h"
@@ -32,6 +35,7 @@
 #include "maya/nodes/myo_simshape_deformer.h"
 #include "maya/nodes/myo_skin_deformer.h"
 #include "maya/nodes/myo_skin_merge_deformer.h"
+#include "maya/nodes/myo_weights_display_node.h"
 #include "maya/plugin/maya_conversions.h"
 #include "maya/plugin/maya_logger_worker.h"
 
@@ -52,6 +56,9 @@ const NodeClass kNodeClasses[] = {
     {myo_core::kMyoSensorDistanceTypeName, MyoSensorDistance::creator, MyoSensorDistance::initialize},
     {myo_core::kMyoSensorPositionTypeName, MyoSensorPosition::creator, MyoSensorPosition::initialize},
     {myo_core::kMyoSensorRotationTypeName, MyoSensorRotation::creator, MyoSensorRotation::initialize},
+    {myo_core::kMyoWeightsDisplayNodeTypeName, MyoWeightsDisplayNode::creator, MyoWeightsDisplayNode::initialize},
+    {myo_core::kMyoDebugLocatorTypeName, MyoDebugLocator::creator, MyoDebugLocator::initialize},
+    {myo_core::kMyoDataNodeTypeName, MyoDataNode::creator, MyoDataNode::initialize},
     {myo_core::kMyoRibbonMuscleTypeName, MyoRibbonMuscleDeformer::creator, MyoRibbonMuscleDeformer::initialize},
     {myo_core::kMyoMuscleTypeName, MyoMuscleDeformer::creator, MyoMuscleDeformer::initialize},
     {myo_core::kMyoSimshapeTypeName, MyoSimshapeDeformer::creator, MyoSimshapeDeformer::initialize},
@@ -102,6 +109,7 @@ const DrawOverrideClass kDrawOverrideClasses[] = {
     {myo_core::kMyoLocatorPositionTypeName, MyoLocatorPositionDrawOverride::Creator},
     {myo_core::kMyoLocatorDistanceTypeName, MyoLocatorDistanceDrawOverride::Creator},
     {myo_core::kMyoLocatorRotationTypeName, MyoLocatorRotationDrawOverride::Creator},
+    {myo_core::kMyoDebugLocatorTypeName, MyoDebugLocatorDrawOverride::Creator},
 };
 
 const DrawOverrideClass* FindDrawOverrideClass(const std::string& node_type) {
