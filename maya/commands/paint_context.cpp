@@ -2,10 +2,12 @@
 
 #include <maya/MFnDependencyNode.h>
 #include <maya/MItDependencyGraph.h>
+#include <maya/MPlug.h>
 
 #include "core/log/logger.h"
 #include "core/plugin/registration_table.h"
 #include "maya/nodes/myo_paintable_deformer.h"
+#include "maya/nodes/myo_weights_display_node.h"
 #include "maya/plugin/maya_conversions.h"
 
 namespace myo_maya {
@@ -26,6 +28,37 @@ MyoPaintableDeformer* GetPaintableDeformer(const MObject& object, const std::str
   MFnDependencyNode fn(object, &status);
   if (!status || ToStdString(fn.typeName()) != type_name) return nullptr;
   return dynamic_cast<MyoPaintableDeformer*>(fn.userNode());
+}
+
+namespace {
+
+// The display node's copy of the map and its "trigger", which the commands
+// flip to have Maya colour the mesh again.
+class DisplayNodeWeights : public myo_core::WeightsDisplay {
+ public:
+  DisplayNodeWeights(const MObject& node, MyoWeightsDisplayNode& display) : node_(node), display_(display) {}
+
+  std::vector<float>& Weights() override { return display_.weights(); }
+  void SetShowFibers(bool show) override { display_.show_fibers() = show; }
+  void FlipTrigger() override {
+    MPlug trigger(node_, MyoWeightsDisplayNode::attributes()["trigger"]);
+    trigger.setBool(!trigger.asBool());
+  }
+
+ private:
+  MObject node_;
+  MyoWeightsDisplayNode& display_;
+};
+
+}  // namespace
+
+std::unique_ptr<myo_core::WeightsDisplay> OpenWeightsDisplay(const MObject& node) {
+  MStatus status;
+  MFnDependencyNode fn(node, &status);
+  if (!status || fn.typeId() != MyoWeightsDisplayNode::id) return nullptr;
+  auto* display = dynamic_cast<MyoWeightsDisplayNode*>(fn.userNode());
+  if (display == nullptr) return nullptr;
+  return std::make_unique<DisplayNodeWeights>(node, *display);
 }
 
 MObject FindInGraph(const MObject& start, const std::string& type_name) {
