@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <map>
+#include <mutex>
 #include <string>
 #include <utility>
 #include <vector>
@@ -49,8 +50,13 @@ class FakeSolver : public PaintableSolver {
   uint32_t PointCount() override { return kPoints; }
   bool IsEmpty() override { return false; }
   VertexNeighborsView Neighbors() override { return {&offsets_, &counts_, &neighbors_}; }
+  // Called from the parallel loop of a flood: each call writes only its
+  // vertex's entries; the record of calls is shared.
   void ProjectVertexFiber(uint32_t vertex, float direction[3]) override {
-    projected_.push_back(vertex);
+    {
+      std::lock_guard<std::mutex> lock(projected_mutex_);
+      projected_.push_back(vertex);
+    }
     for (int k = 0; k < 3; ++k) arrays_[kWeightsFibers][3 * vertex + k] = 2.0f * direction[k];
   }
   void SetConsolidateFibers(bool flag) override { consolidate_fibers_ = flag; }
@@ -58,6 +64,7 @@ class FakeSolver : public PaintableSolver {
   std::vector<float>& Array(int32_t type) { return arrays_.at(type); }
 
   std::vector<uint32_t> projected_;
+  std::mutex projected_mutex_;
   bool consolidate_fibers_ = false;
 
  private:
