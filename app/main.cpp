@@ -17,6 +17,7 @@
 #include "app/cli/exit_codes.h"
 #include "app/cli/learn_command.h"
 #include "app/cli/listings.h"
+#include "app/cli/run_report.h"
 #include "app/cli/progress_bar.h"
 #include "app/run/output_folder.h"
 #include "app/run/scene_run.h"
@@ -109,6 +110,8 @@ int Main(int argc, char** argv) {
                   "Threads for the parallel passes, 1 to " + std::to_string(kMaxThreads) + " (default: all cores)")
       ->check(ThreadCount());
   run->add_flag("--no-progress", no_progress, "Do not draw the progress bar");
+  bool no_viewer = false;
+  run->add_flag("--no-viewer", no_viewer, "Do not write viewer.html, the page that plays the run in a browser");
   run->footer(RunFooter());
 
   std::string validate_path;
@@ -188,6 +191,7 @@ int Main(int argc, char** argv) {
   options.output_directory = output.empty() ? DefaultOutput(path) : output;
   options.format = format == "pc2" ? myo_app::OutputFormat::kPc2 : myo_app::OutputFormat::kObj;
   options.interrupted = &g_interrupted;
+  options.viewer = !no_viewer;
   myo_app::ProgressBar bar(std::filesystem::path(path).filename().string(),
                            !quiet && !no_progress && myo_app::StandardErrorIsTerminal());
   options.progress = [&bar](std::size_t done, std::size_t total) { bar.Update(done, total); };
@@ -205,6 +209,7 @@ int Main(int argc, char** argv) {
     std::cout << "Wrote " << (scene.timeline.end - scene.timeline.start + 1) << " frames of " << scene.nodes.size()
               << " nodes to " << options.output_directory << " (summary.json, figures.csv"
               << (values ? ", values.csv" : "") << ")" << std::endl;
+    std::cout << myo_app::RunReport(options.output_directory) << std::flush;
   }
   return myo_app::kExitSuccess;
 }

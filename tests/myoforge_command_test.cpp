@@ -32,8 +32,12 @@ TEST(MyoforgeCommand, ForearmRunsWritesEveryFrameAndRepeatsBitForBit) {
   EXPECT_EQ(first.out, "");
   const auto second = RunCommand(kBinary, "run '" + kForearm + "' -t 2 -o '" + two.path() + "'");
   ASSERT_EQ(second.exit_code, 0) << second.err;
-  EXPECT_EQ(second.out,
-            "Wrote 96 frames of 5 nodes to " + two.path() + " (summary.json, figures.csv, values.csv)\n");
+  // What was written, then the run in short and where its page is.
+  const std::string wrote = "Wrote 96 frames of 5 nodes to " + two.path() + " (summary.json, figures.csv, values.csv)\n";
+  EXPECT_EQ(second.out.rfind(wrote + "Simulated 108 frames (96 written) of 5 nodes in ", 0), 0u) << second.out;
+  EXPECT_NE(second.out.find("\nVolume ratio: biceps "), std::string::npos) << second.out;
+  EXPECT_NE(second.out.find("\nViewer: " + two.path() + "/viewer.html (open it in a browser)\n"), std::string::npos)
+      << second.out;
   EXPECT_EQ(second.err, "");  // no progress bar when standard error is not a terminal
 
   const std::string files = ListFiles(one.path());
