@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cstdio>
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
@@ -18,6 +19,7 @@
 #include "app/cli/learn_command.h"
 #include "app/cli/listings.h"
 #include "app/cli/run_report.h"
+#include "app/cli/snapshot_command.h"
 #include "app/cli/progress_bar.h"
 #include "app/run/output_folder.h"
 #include "app/run/scene_run.h"
@@ -63,6 +65,20 @@ CLI::Validator ThreadCount() {
         return "expected a whole number from " + range + ", not " + myo_io::Quoted(text);
       },
       "INT in " + range);
+}
+
+// "--size": WIDTHxHEIGHT, each from 64 to 4096 pixels.
+CLI::Validator SnapshotSize() {
+  return CLI::Validator(
+      [](std::string& text) {
+        int width = 0, height = 0;
+        char rest = 0;
+        if (std::sscanf(text.c_str(), "%dx%d%c", &width, &height, &rest) == 2 && width >= 64 && width <= 4096 &&
+            height >= 64 && height <= 4096)
+          return std::string();
+        return "expected WIDTHxHEIGHT, each from 64 to 4096 pixels, not " + myo_io::Quoted(text);
+      },
+      "WIDTHxHEIGHT");
 }
 
 int Fail(int code, const std::string& message) {
@@ -114,6 +130,22 @@ int Main(int argc, char** argv) {
   run->add_flag("--no-viewer", no_viewer, "Do not write viewer.html, the page that plays the run in a browser");
   run->footer(RunFooter());
 
+  myo_app::SnapshotOptions snapshot_options;
+  std::string snapshot_size = "480x360";
+  CLI::App* snapshot = app.add_subcommand("snapshot", "Draw chosen frames of a run into one PNG with headless Chromium");
+  snapshot->add_option("folder", snapshot_options.run_folder, "The run's output folder (it holds viewer.html)")
+      ->required();
+  snapshot->add_option("--frames", snapshot_options.frames, "Frames to draw, as 1,24,48 (default: four spread evenly)")
+      ->delimiter(',');
+  snapshot->add_option("-o,--output", snapshot_options.output, "The PNG to write (default: FOLDER/snapshot.png)");
+  snapshot->add_option("--columns", snapshot_options.columns, "Pictures per row (default: about square)")
+      ->check(CLI::Range(1, 16));
+  snapshot->add_option("--size", snapshot_size, "Size of one picture in pixels, WIDTHxHEIGHT (default 480x360)")
+      ->check(SnapshotSize());
+  snapshot->add_option("--color", snapshot_options.colors,
+                       "Colour a mesh by a channel, as skin:compression (names as in the viewer's panel)")
+      ->delimiter(',');
+
   std::string validate_path;
   CLI::App* validate = app.add_subcommand("validate", "Check a scene, its meshes and maps without simulating");
   validate->add_option("scene", validate_path, "Scene file (JSON)")->required();
@@ -158,6 +190,14 @@ int Main(int argc, char** argv) {
     if (type == nullptr)
       return Fail(myo_app::kExitUsage, "unknown node type \"" + node_type + "\" (see myoforge nodes)");
     std::cout << myo_app::AttributeListing(*type);
+    return myo_app::kExitSuccess;
+  }
+
+  if (snapshot->parsed()) {
+    std::sscanf(snapshot_size.c_str(), "%dx%d", &snapshot_options.width, &snapshot_options.height);
+    const myo_app::SnapshotOutcome outcome = myo_app::RunSnapshot(snapshot_options);
+    if (outcome.exit_code != myo_app::kExitSuccess) return Fail(outcome.exit_code, outcome.error);
+    if (!quiet) std::cout << "Wrote " << outcome.output << std::endl;
     return myo_app::kExitSuccess;
   }
 

@@ -134,8 +134,14 @@ bool ViewerWriter::AddFrame(double frame, const std::vector<std::unique_ptr<Node
     if (node.type->kind == NodeKind::kEdgeEvaluator) {
       const int target = ObjectIndex(ConnectedSource(node, "deformMesh"));
       const std::vector<float>& values = runner->compression();
+      // "compression", named after its evaluator when several measure one mesh.
+      std::size_t measuring = 0;
+      for (const auto& other : runners)
+        measuring += other->node().type->kind == NodeKind::kEdgeEvaluator &&
+                     ConnectedSource(other->node(), "deformMesh") == ConnectedSource(node, "deformMesh");
+      const std::string name = measuring > 1 ? "compression (" + node.name + ")" : std::string("compression");
       if (target >= 0 && values.size() == objects_[target].mesh->data.PointCount())
-        channels[std::to_string(target)]["compression (" + node.name + ")"] = Base64Of(values);
+        channels[std::to_string(target)][name] = Base64Of(values);
       continue;
     }
     const int index = ObjectIndex(node.name);
