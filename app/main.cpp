@@ -19,6 +19,7 @@
 #include "app/cli/learn_command.h"
 #include "app/cli/listings.h"
 #include "app/cli/run_report.h"
+#include "app/scene/name_suggestion.h"
 #include "app/cli/snapshot_command.h"
 #include "app/cli/progress_bar.h"
 #include "app/run/output_folder.h"
@@ -153,7 +154,11 @@ int Main(int argc, char** argv) {
   CLI::App* nodes = app.add_subcommand("nodes", "List the node types");
   std::string node_type;
   CLI::App* attributes = app.add_subcommand("attributes", "List the attributes of a node type");
-  attributes->add_option("type", node_type, "Node type, as in \"myoforge nodes\"")->required();
+  attributes->add_option("type", node_type, "Node type, as in \"myoforge nodes\" (any letter case)")->required();
+  bool wide = false;
+  std::string only_attribute;
+  attributes->add_flag("--wide", wide, "A table, one line per attribute, no line broken (wider than 80 columns)");
+  attributes->add_option("--attribute", only_attribute, "Only this attribute (long or short name)");
 
   myo_app::LearnOptions learn_options;
   bool learn_no_progress = false;
@@ -186,10 +191,18 @@ int Main(int argc, char** argv) {
     return myo_app::kExitSuccess;
   }
   if (attributes->parsed()) {
-    const myo_app::NodeType* type = myo_app::FindNodeType(node_type);
-    if (type == nullptr)
-      return Fail(myo_app::kExitUsage, "unknown node type \"" + node_type + "\" (see myoforge nodes)");
-    std::cout << myo_app::AttributeListing(*type);
+    const myo_app::NodeType* type = myo_app::FindNodeTypeAnyCase(node_type);
+    if (type == nullptr) return Fail(myo_app::kExitUsage, myo_app::UnknownNodeTypeMessage(node_type));
+    if (only_attribute.empty()) {
+      std::cout << myo_app::AttributeListing(*type, wide);
+      return myo_app::kExitSuccess;
+    }
+    const myo_core::AttributeInfo* info = myo_app::FindNodeAttribute(*type, only_attribute);
+    if (info == nullptr)
+      return Fail(myo_app::kExitUsage, "unknown attribute " + myo_io::Quoted(only_attribute) + " of " + type->name +
+                                           " (see myoforge attributes " + type->name + ")" +
+                                           myo_app::DidYouMean(only_attribute, myo_app::AttributeNames(*type)));
+    std::cout << myo_app::AttributeEntry(*type, *info, wide);
     return myo_app::kExitSuccess;
   }
 
