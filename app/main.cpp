@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cstdio>
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
@@ -17,6 +18,9 @@
 #include "app/cli/exit_codes.h"
 #include "app/cli/learn_command.h"
 #include "app/cli/listings.h"
+#include "app/cli/run_report.h"
+#include "app/scene/name_suggestion.h"
+#include "app/cli/snapshot_command.h"
 #include "app/cli/progress_bar.h"
 #include "app/run/output_folder.h"
 #include "app/run/scene_run.h"
@@ -64,6 +68,20 @@ CLI::Validator ThreadCount() {
       "INT in " + range);
 }
 
+// "--size": WIDTHxHEIGHT, each from 64 to 4096 pixels.
+CLI::Validator SnapshotSize() {
+  return CLI::Validator(
+      [](std::string& text) {
+        int width = 0, height = 0;
+        char rest = 0;
+        if (std::sscanf(text.c_str(), "%dx%d%c", &width, &height, &rest) == 2 && width >= 64 && width <= 4096 &&
+            height >= 64 && height <= 4096)
+          return std::string();
+        return "expected WIDTHxHEIGHT, each from 64 to 4096 pixels, not " + myo_io::Quoted(text);
+      },
+      "WIDTHxHEIGHT");
+}
+
 int Fail(int code, const std::string& message) {
   std::cerr << "myoforge: " << myo_app::OneLine(message) << std::endl;
   return code;
@@ -109,7 +127,25 @@ int Main(int argc, char** argv) {
                   "Threads for the parallel passes, 1 to " + std::to_string(kMaxThreads) + " (default: all cores)")
       ->check(ThreadCount());
   run->add_flag("--no-progress", no_progress, "Do not draw the progress bar");
+  bool no_viewer = false;
+  run->add_flag("--no-viewer", no_viewer, "Do not write viewer.html, the page that plays the run in a browser");
   run->footer(RunFooter());
+
+  myo_app::SnapshotOptions snapshot_options;
+  std::string snapshot_size = "480x360";
+  CLI::App* snapshot = app.add_subcommand("snapshot", "Draw chosen frames of a run into one PNG with headless Chromium");
+  snapshot->add_option("folder", snapshot_options.run_folder, "The run's output folder (it holds viewer.html)")
+      ->required();
+  snapshot->add_option("--frames", snapshot_options.frames, "Frames to draw, as 1,24,48 (default: four spread evenly)")
+      ->delimiter(',');
+  snapshot->add_option("-o,--output", snapshot_options.output, "The PNG to write (default: FOLDER/snapshot.png)");
+  snapshot->add_option("--columns", snapshot_options.columns, "Pictures per row (default: about square)")
+      ->check(CLI::Range(1, 16));
+  snapshot->add_option("--size", snapshot_size, "Size of one picture in pixels, WIDTHxHEIGHT (default 480x360)")
+      ->check(SnapshotSize());
+  snapshot->add_option("--color", snapshot_options.colors,
+                       "Colour a mesh by a channel, as skin:compression (names as in the viewer's panel)")
+      ->delimiter(',');
 
   std::string validate_path;
   CLI::App* validate = app.add_subcommand("validate", "Check a scene, its meshes and maps without simulating");
@@ -118,7 +154,11 @@ int Main(int argc, char** argv) {
   CLI::App* nodes = app.add_subcommand("nodes", "List the node types");
   std::string node_type;
   CLI::App* attributes = app.add_subcommand("attributes", "List the attributes of a node type");
-  attributes->add_option("type", node_type, "Node type, as in \"myoforge nodes\"")->required();
+  attributes->add_option("type", node_type, "Node type, as in \"myoforge nodes\" (any letter case)")->required();
+  bool wide = false;
+  std::string only_attribute;
+  attributes->add_flag("--wide", wide, "A table, one line per attribute, no line broken (wider than 80 columns)");
+  attributes->add_option("--attribute", only_attribute, "Only this attribute (long or short name)");
 
   myo_app::LearnOptions learn_options;
   bool learn_no_progress = false;
@@ -151,10 +191,26 @@ int Main(int argc, char** argv) {
     return myo_app::kExitSuccess;
   }
   if (attributes->parsed()) {
-    const myo_app::NodeType* type = myo_app::FindNodeType(node_type);
-    if (type == nullptr)
-      return Fail(myo_app::kExitUsage, "unknown node type \"" + node_type + "\" (see myoforge nodes)");
-    std::cout << myo_app::AttributeListing(*type);
+    const myo_app::NodeType* type = myo_app::FindNodeTypeAnyCase(node_type);
+    if (type == nullptr) return Fail(myo_app::kExitUsage, myo_app::UnknownNodeTypeMessage(node_type));
+    if (only_attribute.empty()) {
+      std::cout << myo_app::AttributeListing(*type, wide);
+      return myo_app::kExitSuccess;
+    }
+    const myo_core::AttributeInfo* info = myo_app::FindNodeAttribute(*type, only_attribute);
+    if (info == nullptr)
+      return Fail(myo_app::kExitUsage, "unknown attribute " + myo_io::Quoted(only_attribute) + " of " + type->name +
+                                           " (see myoforge attributes " + type->name + ")" +
+                                           myo_app::DidYouMean(only_attribute, myo_app::AttributeNames(*type)));
+    std::cout << myo_app::AttributeEntry(*type, *info, wide);
+    return myo_app::kExitSuccess;
+  }
+
+  if (snapshot->parsed()) {
+    std::sscanf(snapshot_size.c_str(), "%dx%d", &snapshot_options.width, &snapshot_options.height);
+    const myo_app::SnapshotOutcome outcome = myo_app::RunSnapshot(snapshot_options);
+    if (outcome.exit_code != myo_app::kExitSuccess) return Fail(outcome.exit_code, outcome.error);
+    if (!quiet) std::cout << "Wrote " << outcome.output << std::endl;
     return myo_app::kExitSuccess;
   }
 
@@ -188,6 +244,7 @@ int Main(int argc, char** argv) {
   options.output_directory = output.empty() ? DefaultOutput(path) : output;
   options.format = format == "pc2" ? myo_app::OutputFormat::kPc2 : myo_app::OutputFormat::kObj;
   options.interrupted = &g_interrupted;
+  options.viewer = !no_viewer;
   myo_app::ProgressBar bar(std::filesystem::path(path).filename().string(),
                            !quiet && !no_progress && myo_app::StandardErrorIsTerminal());
   options.progress = [&bar](std::size_t done, std::size_t total) { bar.Update(done, total); };
@@ -205,6 +262,7 @@ int Main(int argc, char** argv) {
     std::cout << "Wrote " << (scene.timeline.end - scene.timeline.start + 1) << " frames of " << scene.nodes.size()
               << " nodes to " << options.output_directory << " (summary.json, figures.csv"
               << (values ? ", values.csv" : "") << ")" << std::endl;
+    std::cout << myo_app::RunReport(options.output_directory) << std::flush;
   }
   return myo_app::kExitSuccess;
 }

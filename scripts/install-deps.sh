@@ -3,7 +3,7 @@
 # as arguments (scripts/fuzz.sh adds its compiler), only those missing.
 set -euo pipefail
 packages=(build-essential cmake ninja-build libgtest-dev libgmock-dev libbenchmark-dev libomp-dev
-          libtinyobjloader-dev nlohmann-json3-dev libcli11-dev "$@")
+          libtinyobjloader-dev nlohmann-json3-dev libcli11-dev libjs-three "$@")
 missing=()
 for p in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")

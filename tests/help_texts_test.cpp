@@ -113,29 +113,50 @@ std::vector<std::string> Lines(const std::string& text) {
 TEST(AttributeListing, EveryLineFitsATerminalAndNothingIsLost) {
   for (const myo_app::NodeType& type : myo_app::NodeTypes()) {
     const std::string listing = myo_app::AttributeListing(type);
-    for (const std::string& line : Lines(listing)) EXPECT_LE(line.size(), 100u) << type.name << ": " << line;
+    for (const std::string& line : Lines(listing)) EXPECT_LE(line.size(), 80u) << type.name << ": " << line;
+    // Every attribute starts a line of its own in both forms.
+    const std::string wide = myo_app::AttributeListing(type, true);
+    for (const myo_core::AttributeInfo& info : *type.attributes) {
+      EXPECT_NE(("\n" + listing).find("\n" + info.long_name + " (" + info.short_name + "): "), std::string::npos)
+          << type.name << "." << info.long_name;
+      EXPECT_NE(wide.find("\n" + info.long_name + " "), std::string::npos) << type.name << "." << info.long_name;
+    }
   }
-  // The material's seven fields are wrapped, not cut.
-  const std::string skin = myo_app::AttributeListing(*myo_app::FindNodeType("MyoSkin"));
+  // The material's seven fields are wrapped, not cut; the wide form keeps
+  // them on the attribute's line.
+  const myo_app::NodeType& skin_type = *myo_app::FindNodeType("MyoSkin");
+  const std::string skin = myo_app::AttributeListing(skin_type);
   for (const char* field : {"0=\"Fat\"", "3=\"Tendon\"", "6=\"Concrete\""})
     EXPECT_NE(skin.find(field), std::string::npos) << field;
+  EXPECT_NE(skin.find("\nmaterial (mat): enum, default 4 \"Leather\", keyable, fields: 0=\"Fat\" 1=\"Muscle\"\n"
+                      "        2=\"Rubber\" 3=\"Tendon\""),
+            std::string::npos);
+  const std::string wide = myo_app::AttributeListing(skin_type, true);
+  EXPECT_NE(wide.find("keyable fields: 0=\"Fat\" 1=\"Muscle\" 2=\"Rubber\" 3=\"Tendon\" 4=\"Leather\" 5=\"Wood\" "
+                      "6=\"Concrete\"\n"),
+            std::string::npos);
 }
 
 TEST(AttributeListing, HelpTextStandsUnderItsAttribute) {
   const std::vector<std::string> skin = Lines(myo_app::AttributeListing(*myo_app::FindNodeType("MyoSkin")));
   std::size_t at = 0;
-  while (at < skin.size() && skin[at].rfind("hardConstraints ", 0) != 0) ++at;
-  ASSERT_LT(at + 2, skin.size());
-  EXPECT_EQ(skin[at + 1],
-            "    Specifies the name of the per-point attribute to read the hard constraint values from. Expected");
-  EXPECT_EQ(skin[at + 2], "    range 0 to 1.");
-  EXPECT_EQ(skin[at + 3].rfind("hardConstraintsList ", 0), 0u) << skin[at + 3];
+  while (at < skin.size() && skin[at].rfind("hardConstraints (hc)", 0) != 0) ++at;
+  ASSERT_LT(at + 3, skin.size());
+  EXPECT_EQ(skin[at], "hardConstraints (hc): float, default 1, array");
+  EXPECT_EQ(skin[at + 1], "    Specifies the name of the per-point attribute to read the hard constraint");
+  EXPECT_EQ(skin[at + 2], "    values from. Expected range 0 to 1.");
+  EXPECT_EQ(skin[at + 3].rfind("hardConstraintsList (hcl): ", 0), 0u) << skin[at + 3];
 
   // Each paragraph of a text starts a line of its own.
   const std::string shape = myo_app::AttributeListing(*myo_app::FindNodeType("MyoSimshape"));
   EXPECT_NE(shape.find("\n    Mode to drive the muscle activations:\n    Muscle Patches: an MyoForge"), std::string::npos)
       << shape;
   EXPECT_NE(shape.find("\n    No activation;\n"), std::string::npos);
+  // The wide form breaks no paragraph.
+  const std::string wide = myo_app::AttributeListing(*myo_app::FindNodeType("MyoSkin"), true);
+  EXPECT_NE(wide.find("\n    Specifies the name of the per-point attribute to read the hard constraint values from. "
+                      "Expected range 0 to 1.\n"),
+            std::string::npos);
 }
 
 }  // namespace

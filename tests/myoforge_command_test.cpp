@@ -32,8 +32,12 @@ TEST(MyoforgeCommand, ForearmRunsWritesEveryFrameAndRepeatsBitForBit) {
   EXPECT_EQ(first.out, "");
   const auto second = RunCommand(kBinary, "run '" + kForearm + "' -t 2 -o '" + two.path() + "'");
   ASSERT_EQ(second.exit_code, 0) << second.err;
-  EXPECT_EQ(second.out,
-            "Wrote 96 frames of 5 nodes to " + two.path() + " (summary.json, figures.csv, values.csv)\n");
+  // What was written, then the run in short and where its page is.
+  const std::string wrote = "Wrote 96 frames of 5 nodes to " + two.path() + " (summary.json, figures.csv, values.csv)\n";
+  EXPECT_EQ(second.out.rfind(wrote + "Simulated 108 frames (96 written) of 5 nodes in ", 0), 0u) << second.out;
+  EXPECT_NE(second.out.find("\nVolume ratio: biceps "), std::string::npos) << second.out;
+  EXPECT_NE(second.out.find("\nViewer: " + two.path() + "/viewer.html (open it in a browser)\n"), std::string::npos)
+      << second.out;
   EXPECT_EQ(second.err, "");  // no progress bar when standard error is not a terminal
 
   const std::string files = ListFiles(one.path());
@@ -143,17 +147,31 @@ TEST(MyoforgeCommand, ListingsAndUsage) {
   EXPECT_EQ(nodes.out.rfind("MyoMuscle ", 0), 0u);
   const auto skin = RunCommand(kBinary, "attributes MyoSkin");
   EXPECT_EQ(skin.exit_code, 0);
-  EXPECT_NE(skin.out.find("\nhardConstraints                    hc     float        1 "), std::string::npos)
-      << skin.out;
-  EXPECT_NE(skin.out.find("\nreferenceMatrix                    refm   float matrix identity"), std::string::npos);
-  EXPECT_NE(skin.out.find("\nenvelope                           en     float        1                    0..1"),
+  EXPECT_NE(skin.out.find("\nhardConstraints (hc): float, default 1, array\n"), std::string::npos) << skin.out;
+  EXPECT_NE(skin.out.find("\nenvelope (en): float, default 1, limits 0..1, keyable\n    Value to control the "
+                          "interpolation between the simulated result and the\n    input to the simulation.\n"),
             std::string::npos);
-  EXPECT_NE(skin.out.find("0..1       - keyable\n    Value to control the interpolation between the simulated "
-                          "result and the input to the simulation.\n"),
+  // Any letter case; --wide for the table; --attribute for one.
+  EXPECT_EQ(RunCommand(kBinary, "attributes myoskin").out, skin.out);
+  const auto wide = RunCommand(kBinary, "attributes MyoSkin --wide");
+  EXPECT_NE(wide.out.find("\nhardConstraints                    hc     float        1 "), std::string::npos)
+      << wide.out;
+  EXPECT_NE(wide.out.find("\nenvelope                           en     float        1                    0..1"),
             std::string::npos);
+  const auto one = RunCommand(kBinary, "attributes MyoMuscle --attribute s");
+  EXPECT_EQ(one.exit_code, 0);
+  EXPECT_EQ(one.out, "stiffness (s): float, default 100000, limits 0.., soft limits ..1e+12, keyable\n"
+                     "    Sets the custom stiffness value.\n");
   // Every mistake on the command line: exit code 2 and one line.
   const std::vector<std::pair<std::string, std::string>> usage = {
       {"attributes MyoCloth", "myoforge: unknown node type \"MyoCloth\" (see myoforge nodes)\n"},
+      {"attributes MyoMusle", "myoforge: unknown node type \"MyoMusle\" (see myoforge nodes); did you mean \"MyoMuscle\"?\n"},
+      {"attributes MyoMuscle --attribute stifness",
+       "myoforge: unknown attribute \"stifness\" of MyoMuscle (see myoforge attributes MyoMuscle); did you mean "
+       "\"stiffness\"?\n"},
+      {"snapshot", "myoforge: folder is required (see myoforge --help)\n"},
+      {"snapshot out --size 10x10",
+       "myoforge: --size: expected WIDTHxHEIGHT, each from 64 to 4096 pixels, not \"10x10\" (see myoforge --help)\n"},
       {"", "myoforge: A subcommand is required (see myoforge --help)\n"},
       {"run", "myoforge: scene is required (see myoforge --help)\n"},
       {"run x.json --threads 0",

@@ -116,8 +116,11 @@ TEST_F(SceneReaderTest, AttributesAreCheckedAgainstTheNodeTable) {
   const std::string node = Path() + ": nodes[1].attributes.";
   scene_["nodes"][1]["attributes"].erase("it");
   scene_["nodes"][1]["attributes"]["stiffnes"] = 1;
-  EXPECT_EQ(Read(), node + "stiffnes: unknown attribute of MyoMuscle");
+  EXPECT_EQ(Read(), node + "stiffnes: unknown attribute of MyoMuscle; did you mean \"stiffness\"?");
   scene_["nodes"][1]["attributes"].erase("stiffnes");
+  scene_["nodes"][1]["attributes"]["qwerty"] = 1;
+  EXPECT_EQ(Read(), node + "qwerty: unknown attribute of MyoMuscle");
+  scene_["nodes"][1]["attributes"].erase("qwerty");
 
   scene_["nodes"][1]["attributes"]["iterations"] = 0;
   EXPECT_EQ(Read(), node + "iterations: 0 is below the minimum 1");
@@ -211,6 +214,12 @@ TEST_F(SceneReaderTest, ConnectionsAndTheGraphAreChecked) {
                              "MyoSkin, MyoSimshape, MyoSkinMerge, MyoEdgeEvaluator, MyoSensorDistance, MyoSensorPosition, "
                              "MyoSensorRotation, "
                              "remapValue, MyoDataNode, MyoDebugLocator)");
+  scene_["nodes"][1]["type"] = "myoMusle";
+  const std::string read = Read();
+  EXPECT_EQ(read.substr(read.size() - 27), "; did you mean \"MyoMuscle\"?") << read;
+  scene_["nodes"][1]["type"] = "MyoMuscle";
+  scene_["nodes"][1]["atributes"] = json::object();
+  EXPECT_EQ(Read(), Path() + ": nodes[1].atributes: unknown key; did you mean \"attributes\"?");
 }
 
 }  // namespace

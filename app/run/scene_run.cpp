@@ -19,6 +19,7 @@
 #include "app/run/output_folder.h"
 #include "app/run/scene_meshes.h"
 #include "app/run/scene_merge_host.h"
+#include "app/viewer/viewer_writer.h"
 #include "core/log/logger.h"
 #include "io/atomic_file.h"
 #include "io/map_file.h"
@@ -99,6 +100,7 @@ class SceneRun {
       runners_.push_back(std::make_unique<NodeRunner>(scene_, node, values));
     for (std::size_t i = 0; i < runners_.size(); ++i) by_name_[scene_.nodes[i].name] = runners_[i].get();
     if (!OpenOutputs(error)) return RunResult::kFailed;
+    OpenViewer();
 
     const Timeline& t = scene_.timeline;
     const std::size_t total = static_cast<std::size_t>(t.end - t.preroll) + 1;
@@ -121,6 +123,7 @@ class SceneRun {
       }
       if (frame >= t.start && !values_csv.empty()) RecordValues(frame, values_csv);
       if (frame >= t.start && !WriteFrame(frame, error)) return RunResult::kFailed;
+      if (frame >= t.start && viewer_ && !viewer_->AddFrame(frame, runners_, error)) return RunResult::kFailed;
       if (options_.progress) options_.progress(++done, total);
     }
     if (!CommitOutputs(error)) return RunResult::kFailed;
@@ -130,6 +133,7 @@ class SceneRun {
     const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
     if (!myo_io::WriteFileAtomically(Path("summary.json"), Summary(seconds).dump(2, ' ', false, nlohmann::json::error_handler_t::replace) + "\n", error))
       return RunResult::kFailed;
+    if (viewer_ && !viewer_->Commit(error)) return RunResult::kFailed;
     return RunResult::kDone;
   }
 
@@ -141,6 +145,16 @@ class SceneRun {
       const auto it = by_name_.find(name);
       return it != by_name_.end() ? &it->second->output() : nullptr;
     };
+  }
+
+  // The page is a help, not a result: without three.js the run goes on.
+  void OpenViewer() {
+    if (!options_.viewer) return;
+    viewer_ = std::make_unique<ViewerWriter>();
+    std::string reason;
+    if (viewer_->Open(Path("viewer.html"), scene_, reason)) return;
+    myo_core::LogWarning(reason);
+    viewer_.reset();
   }
 
   bool Interrupted() const { return options_.interrupted != nullptr && options_.interrupted->load(); }
@@ -180,6 +194,7 @@ class SceneRun {
     plan.files.push_back("figures.csv");
     if (values) plan.files.push_back("values.csv");
     plan.files.push_back("summary.json");
+    if (options_.viewer) plan.files.push_back("viewer.html");
     return plan;
   }
 
@@ -381,6 +396,7 @@ class SceneRun {
   std::map<std::string, const NodeRunner*> by_name_;
   std::vector<std::unique_ptr<myo_io::PointCacheWriter>> caches_;
   std::map<std::string, NodeTotals> totals_;
+  std::unique_ptr<ViewerWriter> viewer_;
 };
 
 }  // namespace

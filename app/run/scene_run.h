@@ -18,6 +18,8 @@ enum class OutputFormat { kObj, kPc2 };
 struct RunOptions {
   std::string output_directory;
   OutputFormat format = OutputFormat::kObj;
+  // Also write viewer.html, the page that plays the run in a browser.
+  bool viewer = true;
   // Called after each frame with the frames done and the total.
   std::function<void(std::size_t, std::size_t)> progress;
   // Set from a signal handler: the run stops after the frame in progress.
@@ -32,7 +34,9 @@ enum class RunResult { kDone, kFailed, kInterrupted };
 // - <node>/<node>.outActivation.<frame>.txt for a shape node that writes
 //   its activations;
 // - figures.csv: one row per node and written frame;
-// - summary.json: the run as a whole.
+// - summary.json: the run as a whole;
+// - viewer.html when asked for and three.js is at hand (a missing three.js
+//   is a warning, not a failure).
 // Every file is written atomically. On a failure `error` names it.
 RunResult RunScene(const Scene& scene, const RunOptions& options, std::string& error);
 

@@ -12,6 +12,7 @@
 
 #include "app/scene/json_document.h"
 #include "app/scene/map_limits.h"
+#include "app/scene/name_suggestion.h"
 #include "app/scene/scene_field.h"
 #include "app/scene/scene_names.h"
 #include "app/scene/scene_numbers.h"
@@ -57,7 +58,8 @@ void ExpectArray(const json& value, const Field& field) {
 void RejectUnknownKeys(const json& object, std::initializer_list<const char*> known, const Field& field) {
   for (const auto& item : object.items()) {
     if (std::none_of(known.begin(), known.end(), [&](const char* k) { return item.key() == k; }))
-      field[item.key()].Fail("unknown key");
+      field[item.key()].Fail("unknown key" +
+                             DidYouMean(item.key(), std::vector<std::string>(known.begin(), known.end())));
   }
 }
 
@@ -302,7 +304,9 @@ class SceneReader {
     if (node.type == nullptr) {
       std::string known;
       for (const NodeType& t : NodeTypes()) known += (known.empty() ? "" : ", ") + t.name;
-      f["type"].Fail("unknown node type " + Quote(type) + " (known: " + known + ")");
+      std::vector<std::string> names;
+      for (const NodeType& t : NodeTypes()) names.push_back(t.name);
+      f["type"].Fail("unknown node type " + Quote(type) + " (known: " + known + ")" + DidYouMean(type, names));
     }
     if (!node.type->deformer) {
       if (value.contains("input")) f["input"].Fail("a " + node.type->name + " deforms no mesh and takes no input");
@@ -333,7 +337,8 @@ class SceneReader {
     for (const auto& item : object.items()) {
       const Field f = field[item.key()];
       const AttributeInfo* info = FindNodeAttribute(*node.type, item.key());
-      if (info == nullptr) f.Fail("unknown attribute of " + node.type->name);
+      if (info == nullptr)
+        f.Fail("unknown attribute of " + node.type->name + DidYouMean(item.key(), AttributeNames(*node.type)));
       if (node.attributes.count(info->long_name) != 0 || node.texts.count(info->long_name) != 0 ||
           node.ramps.count(info->long_name) != 0)
         f.Fail("\"" + info->long_name + "\" is set twice (by its long and its short name)");
@@ -542,7 +547,7 @@ class SceneReader {
         f.Fail(Quote(attribute) + " is not an attribute of " + c.list);
     }
     const AttributeInfo* info = FindNodeAttribute(type, attribute);
-    if (info == nullptr) f.Fail("unknown attribute of " + type.name);
+    if (info == nullptr) f.Fail("unknown attribute of " + type.name + DidYouMean(attribute, AttributeNames(type)));
     c.attribute = info->long_name;
     if (info->type == AttributeType::kMessage && info->Has(myo_core::kArray))
       f.Fail("needs an index: connect \"" + info->long_name + "[0]\"");
