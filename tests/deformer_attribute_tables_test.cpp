@@ -9,8 +9,12 @@
 #include <string>
 #include <vector>
 
+#include <set>
+
 #include "core/muscle/muscle_attributes.h"
+#include "core/muscle/muscle_frame.h"
 #include "core/skin/skin_attributes.h"
+#include "core/skin/skin_frame.h"
 
 using namespace myo_core;
 
@@ -247,12 +251,64 @@ TEST(DeformerAttributeTablesTest, SkinTableIsTheDocumentedList) {
   ExpectTable(SkinAttributes(), SkinRows());
 }
 
-TEST(DeformerAttributeTablesTest, CompoundsCanBeBuiltFromTheirChildren) {
-  for (const AttributeTable* table : {&MuscleAttributes(), &RibbonMuscleAttributes(), &SkinAttributes()})
+TEST(DeformerAttributeTablesTest, CompoundsCanBeBuiltFromTheirChildrenAndNamesAreUnique) {
+  for (const AttributeTable* table : {&MuscleAttributes(), &RibbonMuscleAttributes(), &SkinAttributes()}) {
     ExpectCompoundsAreWellFormed(*table);
+    std::set<std::string> names;
+    for (const AttributeInfo& info : *table) {
+      EXPECT_TRUE(names.insert(info.long_name).second) << info.long_name;
+      EXPECT_TRUE(names.insert(info.short_name).second) << info.short_name;
+    }
+  }
+  EXPECT_EQ(FindAttribute(MuscleAttributes(), "stretm")->long_name, "stretchingMultiplier");
+  EXPECT_EQ(FindAttribute(MuscleAttributes(), "nothing"), nullptr);
 }
 
-TEST(DeformerAttributeTablesTest, PerVertexMapsAreArraysAndMatricesStored) {
+// The frame values a node starts from must be the defaults a new node shows.
+TEST(DeformerAttributeTablesTest, FrameValueDefaultsAreTheTableDefaults) {
+  const MuscleFrameValues muscle;
+  auto m = [](const char* name) { return FindAttribute(MuscleAttributes(), name)->Default(); };
+  EXPECT_EQ(muscle.enable, m("enable") != 0.0);
+  EXPECT_EQ(muscle.iterations, m("iterations"));
+  EXPECT_EQ(muscle.material, m("material"));
+  EXPECT_EQ(muscle.point_mass_mode, m("pointMassMode"));
+  EXPECT_FLOAT_EQ(muscle.density, m("density"));
+  EXPECT_EQ(muscle.space_scale_mode, m("spaceScaleMode"));
+  EXPECT_EQ(muscle.gravity_direction[1], m("gravityDirectionY"));
+  EXPECT_EQ(muscle.stiffness, m("stiffness"));
+  EXPECT_EQ(muscle.stiffness_shape_preservation, m("stiffnessShapePreservation"));
+  EXPECT_FLOAT_EQ(muscle.global_damping_multiplier, m("globalDampingMultiplier"));
+  EXPECT_EQ(muscle.attenuation_velocity_factor, m("attenuationVelocityFactor"));
+  EXPECT_EQ(muscle.hard_attachments, m("hardAttachments") != 0.0);
+  EXPECT_EQ(muscle.debug_fibers_scale, m("debugFibersScale"));
+  EXPECT_EQ(muscle.max_sliding_distance, m("maxSlidingDistance"));
+
+  const SkinFrameValues skin;
+  auto s = [](const char* name) { return FindAttribute(SkinAttributes(), name)->Default(); };
+  EXPECT_EQ(skin.iterations, s("iterations"));
+  EXPECT_EQ(skin.material, s("material"));
+  EXPECT_EQ(skin.space_scale_mode, s("spaceScaleMode"));
+  EXPECT_FLOAT_EQ(skin.density, s("density"));
+}
+
+TEST(DeformerAttributeTablesTest, FlagsAndEnumFieldsTheHostNeeds) {
+  std::set<std::string> affecting;
+  for (const AttributeInfo& info : MuscleAttributes())
+    if (info.Has(kAffectsOutput)) affecting.insert(info.long_name);
+  EXPECT_EQ(affecting, (std::set<std::string>{
+                           "currentTime", "tendons", "tendonsList", "fibers", "fibersList", "attachmentConstraints",
+                           "attachmentConstraintsList", "slideOnSegmentConstraints", "slideOnSegmentConstraintsList",
+                           "attachmentToGeoConstraints", "slideOnGeometryConstraints", "targets", "enable", "debug",
+                           "debugFeature", "debugWidth", "debugColor", "debugFibersScale"}));
+  const AttributeInfo* material = FindAttribute(MuscleAttributes(), "mat");
+  ASSERT_EQ(material->fields.size(), 7u);
+  EXPECT_EQ(material->fields[1].name, "Muscle");
+  const AttributeInfo* muscle_feature = FindAttribute(MuscleAttributes(), "debugFeature");
+  ASSERT_EQ(muscle_feature->fields.size(), 6u);
+  EXPECT_EQ(muscle_feature->fields[4].name, "Slide On Segment");
+  EXPECT_EQ(muscle_feature->fields[4].value, 9);
+  EXPECT_TRUE(FindAttribute(MuscleAttributes(), "dbc")->Has(kUsedAsColor));
+
   for (const AttributeTable* table : {&MuscleAttributes(), &SkinAttributes()}) {
     for (const AttributeInfo& info : *table) {
       if (!info.array_of.empty()) {
@@ -273,9 +329,13 @@ TEST(DeformerAttributeTablesTest, PerVertexMapsAreArraysAndMatricesStored) {
                            "slideConstraints", "softConstraints", "debug", "debugFeature", "debugWidth",
                            "debugColor"})
     EXPECT_TRUE(FindAttribute(skin, name)->Has(kAffectsOutput)) << name;
+  int skin_affecting = 0;
+  for (const AttributeInfo& info : skin) skin_affecting += info.Has(kAffectsOutput) ? 1 : 0;
+  EXPECT_EQ(skin_affecting, 11);
   const AttributeInfo* feature = FindAttribute(skin, "debugFeature");
   ASSERT_EQ(feature->fields.size(), 5u);
   EXPECT_EQ(feature->fields[3].name, "Sliding Surface On Target");
   EXPECT_EQ(feature->fields[3].value, 10);
+  EXPECT_EQ(feature->fields.back().name, "Soft Constraints");
   EXPECT_EQ(FindAttribute(skin, "dbc")->defaults, (std::vector<double>{1.0, 0.0, 0.0}));
 }

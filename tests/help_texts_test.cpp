@@ -37,11 +37,6 @@ TEST(HelpTexts, CatalogueHasItsEntriesInOrder) {
                "Defines the solver stiffness: Fat 1e+3; Muscle 5e+3; Rubber 1e+6; Tendon 5e+7; Leather 1e+8; Wood "
                "6e+9; Concrete 2.5e+10.");
   EXPECT_EQ(static_cast<int>(HelpTextId::kSlidingConstraintsMode), 89);
-  EXPECT_STREQ(HelpText(HelpTextId::kActivationSmoothing), "Number of iterations for the activation smoothing algorithm.");
-  EXPECT_STREQ(HelpText(HelpTextId::kUseCustomStiffness),
-               "Toggles the use of a custom stiffness value. If enabled, the Material is ignored and the Stiffness "
-               "parameter is used instead.");
-  EXPECT_STREQ(HelpText(HelpTextId::kVelocityOutRemapped), "Output velocity activation after remapping.");
 }
 
 TEST(HelpTexts, TextsAreKeptByteForByte) {

@@ -119,21 +119,9 @@ class JiggleExample : public ::testing::Test {
   std::vector<std::array<double, 3>> hips_;
 };
 
-TEST_F(JiggleExample, TheColliderHoldsTheBellyAndWithoutItTheBellyGoesThrough) {
-  Run(2, "on");
-  const double held = LeastGap();
-  EXPECT_GT(held, 0.0) << "a belly point went into the torso";
-  // It jiggles: points leave their animated place by centimetres as the body
-  // lunges, and settle within a millimetre once it stands still.
-  EXPECT_GT(LargestDeviation(0, 30), 2.0);
-  EXPECT_LT(LargestDeviation(110, 120), 0.1);
-
-  scene_["nodes"][0]["attributes"]["computeCollisions"] = false;
-  Run(2, "off");
-  EXPECT_LT(LeastGap(), -1.0) << "without collisions the belly should sink into the torso";
-}
-
-TEST_F(JiggleExample, ThreadCountsGiveTheSameBytesAndALongRunStaysFinite) {
+// One long run per thread count, compared byte for byte; the checks of the
+// collider and the jiggle read the two-thread run.
+TEST_F(JiggleExample, TheColliderHoldsTheBellyThreadCountsGiveTheSameBytesAndALongRunStaysFinite) {
   scene_["timeline"]["end"] = 500;
   Run(1, "one");
   const std::vector<std::string> one = frames_;
@@ -141,11 +129,22 @@ TEST_F(JiggleExample, ThreadCountsGiveTheSameBytesAndALongRunStaysFinite) {
   for (const std::string& frame : one)
     for (double value : ObjPoints(frame)) ASSERT_TRUE(std::isfinite(value));
   EXPECT_LT(LargestDeviation(400, 500), 0.01);
-  for (int threads : {2, 3}) {
+  for (int threads : {3, 2}) {
     Run(threads, "t" + std::to_string(threads));
     ASSERT_EQ(frames_.size(), one.size());
     for (std::size_t f = 0; f < one.size(); ++f) ASSERT_EQ(frames_[f], one[f]) << threads << " threads, frame " << f;
   }
+
+  EXPECT_GT(LeastGap(), 0.0) << "a belly point went into the torso";
+  // It jiggles: points leave their animated place by centimetres as the body
+  // lunges, and settle within a millimetre once it stands still.
+  EXPECT_GT(LargestDeviation(0, 30), 2.0);
+  EXPECT_LT(LargestDeviation(110, 120), 0.1);
+
+  scene_["timeline"]["end"] = 120;
+  scene_["nodes"][0]["attributes"]["computeCollisions"] = false;
+  Run(2, "off");
+  EXPECT_LT(LeastGap(), -1.0) << "without collisions the belly should sink into the torso";
 }
 
 }  // namespace

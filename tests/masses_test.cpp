@@ -81,12 +81,7 @@ TEST(EvaluateMasses, SpaceScaleMultipliesMassesByTheMeasureItFills) {
   const SpaceScaleCase cases[] = {
       {kSpaceScaleMasses, kMeshPerimeter, 20.0f},
       {kSpaceScaleMasses, kMeshArea, 200.0f},
-      {kSpaceScaleMasses, kMeshVolume, 2000.0f},
-      {kSpaceScaleMassesAndForces, kMeshPerimeter, 20.0f},
-      {kSpaceScaleMassesAndForces, kMeshArea, 200.0f},
       {kSpaceScaleMassesAndForces, kMeshVolume, 2000.0f},
-      {kSpaceScaleForces, kMeshPerimeter, 2.0f},
-      {kSpaceScaleForces, kMeshArea, 2.0f},
       {kSpaceScaleForces, kMeshVolume, 2.0f},
   };
   const std::vector<float> painted = {1.0f, 4.0f, 0.25f};
@@ -150,7 +145,7 @@ TEST(EvaluateMasses, MeasureLabelFollowsTheDimension) {
   EXPECT_EQ(lines[6], "[MyoForge][Debug] Total mass (g):  1.25");
 }
 
-TEST(EvaluateMasses, EmptyPaintedMassesLeaveMassesUntouched) {
+TEST(EvaluateMasses, EmptyPaintOrMassesOfAnotherSizeLeaveMassesUntouched) {
   LogCapture capture;
   const std::vector<float> before = {7.0f, 8.0f};
   std::vector<float> masses = before;
@@ -162,15 +157,9 @@ TEST(EvaluateMasses, EmptyPaintedMassesLeaveMassesUntouched) {
   EXPECT_EQ(masses, before);
   EXPECT_EQ(capture.lines(), std::vector<std::string>{
                                  "[MyoForge][Warning] Empty masses list. Bypassing mass evaluation."});
-}
-
-TEST(EvaluateMasses, MassesOfAnotherSizeStayUntouched) {
-  const std::vector<float> painted = {1.0f, 1.0f, 1.0f};
-  const std::vector<float> before = {5.0f, 6.0f};
   for (const int32_t mode : {kPointMassByDensity, kPointMassByUniformValue}) {
-    std::vector<float> masses = before;
     EvaluateMasses(mode, kSpaceScaleForces, kMeshVolume, 1.0f, 3.0f, 1.0f, 1.0f, false, false,
-                   painted, masses);
+                   {1.0f, 1.0f, 1.0f}, masses);
     EXPECT_EQ(masses, before);
   }
 }

@@ -7,7 +7,6 @@
 
 #include "core/maps/map_store.h"
 #include "core/mesh/closest_point_query.h"
-#include "core/skin/skin_attributes.h"
 #include "core/skin/skin_deformer.h"
 #include "scenes/muscle_meshes.h"
 #include "support/log_capture.h"
@@ -151,24 +150,6 @@ TEST(SkinDeformerTest, TheStartRebuildsFromThePrerollPose) {
   t.frame.enable = false;
   t.At(12);
   EXPECT_EQ(t.deformer.last_time(), 11 * kFrame);
-}
-
-TEST(SkinDeformerTest, AttributeTableDefaultsAndOutputs) {
-  const AttributeTable& table = SkinAttributes();
-  EXPECT_EQ(FindAttribute(table, "it")->Default(), 3.0);
-  EXPECT_EQ(FindAttribute(table, "mat")->Default(), 4.0);
-  EXPECT_EQ(FindAttribute(table, "ssm")->Default(), 2.0);
-  EXPECT_EQ(FindAttribute(table, "hc")->Default(), 1.0);
-  EXPECT_FLOAT_EQ(FindAttribute(table, "d")->Default(), 1100.0f);
-  const SkinFrameValues frame;
-  EXPECT_EQ(frame.iterations, 3);
-  EXPECT_EQ(frame.material, 4);
-  EXPECT_EQ(frame.space_scale_mode, 2);
-  EXPECT_EQ(frame.density, 1100.0f);
-  int affecting = 0;
-  for (const AttributeInfo& info : table) affecting += info.Has(kAffectsOutput) ? 1 : 0;
-  EXPECT_EQ(affecting, 11);
-  EXPECT_EQ(FindAttribute(table, "dbgf")->fields.back().name, "Soft Constraints");
 }
 
 TEST(SkinDeformerTest, SkinOverAMovingBodyFollowsSlidesAndStaysFinite) {
