@@ -76,7 +76,7 @@ class FakeSolver : public PaintableSolver {
 
 // The host's record of the maps with an undo journal, as a batch of plug
 // changes would keep it: one entry per (map, list element).
-class FakeRecord : public MapStore, public MapWriter {
+class FakeRecord : public MapRecord, public MapWriter {
  public:
   explicit FakeRecord(uint32_t influences) {
     for (uint32_t k = 0; k < influences; ++k) connected_.push_back(static_cast<int32_t>(2 * k + 1));

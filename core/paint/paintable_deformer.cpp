@@ -31,7 +31,7 @@ uint32_t VertexNeighborsView::Count(uint32_t vertex) const {
   return static_cast<uint32_t>(count);
 }
 
-PaintableDeformer::PaintableDeformer(PaintableSolver& solver, MapStore& store, int32_t display_weight)
+PaintableDeformer::PaintableDeformer(PaintableSolver& solver, MapRecord& store, int32_t display_weight)
     : solver_(solver), store_(store), display_weight_(display_weight) {}
 
 bool PaintableDeformer::HasMap(int32_t weights_type) const {

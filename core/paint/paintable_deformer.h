@@ -48,9 +48,9 @@ class PaintableSolver {
 };
 
 // Where the host records the maps (the deformer's plugs in Maya).
-class MapStore {
+class MapRecord {
  public:
-  virtual ~MapStore() = default;
+  virtual ~MapRecord() = default;
   // Logical indices of the influences of `kind` whose inputs are all there.
   virtual std::vector<int32_t> ConnectedInfluences(InfluenceKind kind) = 0;
   // `out` is made `total` long; [offset, offset + count) takes element
@@ -78,7 +78,7 @@ class MapWriter {
 
 class PaintableDeformer {
  public:
-  PaintableDeformer(PaintableSolver& solver, MapStore& store, int32_t display_weight);
+  PaintableDeformer(PaintableSolver& solver, MapRecord& store, int32_t display_weight);
 
   // Points the display at the live array of `weights_type`.
   void SetCurrentDisplayWeights(int32_t weights_type);
@@ -122,7 +122,7 @@ class PaintableDeformer {
   void WriteMap(const WeightMapInfo& map, uint32_t influences, MapWriter& writer);
 
   PaintableSolver& solver_;
-  MapStore& store_;
+  MapRecord& store_;
   int32_t display_weight_;
   std::vector<float>* display_weights_ = nullptr;
 };

@@ -32,9 +32,9 @@ const char* InfluenceList(InfluenceKind kind) {
 
 // The record of the maps: the node's list attributes, read outside
 // evaluation through plugs.
-class MyoPaintableDeformer::PlugMapStore : public myo_core::MapStore {
+class MyoPaintableDeformer::PlugMapRecord : public myo_core::MapRecord {
  public:
-  explicit PlugMapStore(MyoPaintableDeformer& node) : node_(node) {}
+  explicit PlugMapRecord(MyoPaintableDeformer& node) : node_(node) {}
 
   std::vector<int32_t> ConnectedInfluences(InfluenceKind kind) override {
     const myo_maya::NodeAttributes& attributes = node_.Attributes();
@@ -75,7 +75,7 @@ class MyoPaintableDeformer::PlugMapStore : public myo_core::MapStore {
   MyoPaintableDeformer& node_;
 };
 
-MyoPaintableDeformer::MyoPaintableDeformer() : store_(std::make_unique<PlugMapStore>(*this)) {}
+MyoPaintableDeformer::MyoPaintableDeformer() : store_(std::make_unique<PlugMapRecord>(*this)) {}
 
 MyoPaintableDeformer::~MyoPaintableDeformer() {
   if (about_to_delete_callback_ != 0) MMessage::removeCallback(about_to_delete_callback_);

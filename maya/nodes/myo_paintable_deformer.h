@@ -62,9 +62,9 @@ class MyoPaintableDeformer : public MPxDeformerNode {
   virtual const myo_maya::NodeAttributes& Attributes() const = 0;
 
  private:
-  class PlugMapStore;
+  class PlugMapRecord;
 
-  std::unique_ptr<PlugMapStore> store_;  // the maps' record in this node's plugs
+  std::unique_ptr<PlugMapRecord> store_;  // the maps' record in this node's plugs
   std::unique_ptr<myo_core::PaintableSolver> paint_solver_;
   std::unique_ptr<myo_core::PaintableDeformer> paint_;
   MCallbackId about_to_delete_callback_ = 0;
