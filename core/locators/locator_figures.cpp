@@ -25,33 +25,6 @@ Point3 Normal(const Point3& a) {
 // the two do not fight in depth.
 constexpr double kOutlineGrowth = 1.1;
 
-FigureBox Box(const Point3& center, const Point3& up, const Point3& right, double sx, double sy, double sz,
-              bool filled, const Rgba& color) {
-  FigureBox box;
-  box.center = center;
-  box.up = up;
-  box.right = right;
-  box.scale_x = sx;
-  box.scale_y = sy;
-  box.scale_z = sz;
-  box.filled = filled;
-  box.color = color;
-  return box;
-}
-
-FigureArc Arc(const Point3& center, const Point3& start, const Point3& end, const Point3& normal, double radius,
-              bool filled, const Rgba& color) {
-  FigureArc arc;
-  arc.center = center;
-  arc.start = start;
-  arc.end = end;
-  arc.normal = normal;
-  arc.radius = radius;
-  arc.filled = filled;
-  arc.color = color;
-  return arc;
-}
-
 }  // namespace
 
 void FigureBounds::Expand(const Point3& p) {
@@ -119,9 +92,9 @@ LocatorFigure DistanceFigure(const Point3& start, const Point3& end, float scale
   LocatorFigure figure;
   figure.lines.push_back({start, end, status_color});
   if (IsSelected(status))
-    figure.boxes.push_back(Box(center, up, right, w * kOutlineGrowth, w * kOutlineGrowth, h * kOutlineGrowth, false,
-                               status_color));
-  figure.boxes.push_back(Box(center, up, right, w, w, h, true, ActivationColor(activation)));
+    figure.boxes.push_back(
+        FigureBox{center, up, right, w * kOutlineGrowth, w * kOutlineGrowth, h * kOutlineGrowth, false, status_color});
+  figure.boxes.push_back(FigureBox{center, up, right, w, w, h, true, ActivationColor(activation)});
   return figure;
 }
 
@@ -131,8 +104,8 @@ LocatorFigure PositionFigure(const Point3& position, float scale, float activati
   const double outline = w * kOutlineGrowth;
   LocatorFigure figure;
   if (IsSelected(status))
-    figure.boxes.push_back(Box(position, up, right, outline, outline, outline, false, StatusColor(status)));
-  figure.boxes.push_back(Box(position, up, right, w, w, w, true, ActivationColor(activation)));
+    figure.boxes.push_back(FigureBox{position, up, right, outline, outline, outline, false, StatusColor(status)});
+  figure.boxes.push_back(FigureBox{position, up, right, w, w, w, true, ActivationColor(activation)});
   return figure;
 }
 
@@ -158,8 +131,8 @@ LocatorFigure RotationFigure(const Point3& start, const Point3& mid, const Point
   LocatorFigure figure;
   figure.lines.push_back({start, mid, status_color});
   figure.lines.push_back({end, mid, status_color});
-  if (IsSelected(status)) figure.arcs.push_back(Arc(mid, a, b, m, radius * kOutlineGrowth, false, status_color));
-  figure.arcs.push_back(Arc(mid, a, b, m, radius, true, ActivationColor(activation)));
+  if (IsSelected(status)) figure.arcs.push_back(FigureArc{mid, a, b, m, radius * kOutlineGrowth, false, status_color});
+  figure.arcs.push_back(FigureArc{mid, a, b, m, radius, true, ActivationColor(activation)});
   return figure;
 }
 
