@@ -4,19 +4,13 @@
 
 #include <algorithm>
 #include <cmath>
-#include <sstream>
+#include <string>
 
 #include "core/log/logger.h"
 
 namespace myo_core {
 
 namespace {
-
-std::string Text(int64_t value) {
-  std::ostringstream stream;
-  stream << value;
-  return stream.str();
-}
 
 double Distance(const double* a, const double* b) {
   const double dx = a[0] - b[0];
@@ -82,8 +76,8 @@ EdgeEvaluation EdgeEvaluator::Evaluate(const EdgeEvaluatorFrame& frame, EdgeEval
 
   const int64_t count = deform.PointCount();
   if (count != vertex_count_) {
-    Fail("Number of vertices at deform mesh (" + Text(count) + ") has changed since initialization (" +
-         Text(vertex_count_) + ").");
+    Fail("Number of vertices at deform mesh (" + std::to_string(count) + ") has changed since initialization (" +
+         std::to_string(vertex_count_) + ").");
     return EdgeEvaluation::kFailed;
   }
   ComputeCompression(deform.points.data(), RampCurve(frame.compression_remap));
@@ -95,12 +89,12 @@ bool EdgeEvaluator::Initialize(const MeshData& rest, const MeshData& deform) {
   const int64_t rest_count = rest.PointCount();
   const int64_t deform_count = deform.PointCount();
   if (rest_count != deform_count)
-    return Fail("Number of vertices between deform mesh (" + Text(deform_count) + ") and rest mesh (" +
-                Text(rest_count) + ") do not match.");
+    return Fail("Number of vertices between deform mesh (" + std::to_string(deform_count) + ") and rest mesh (" +
+                std::to_string(rest_count) + ") do not match.");
   if (!HasConsistentConnectivity(rest) || !HasConsistentConnectivity(deform)) {
     valid_ = false;
     return Fail(std::string("The ") + (HasConsistentConnectivity(rest) ? "deform" : "rest") +
-                " mesh's connected vertices do not fit its " + Text(rest_count) + " vertices.");
+                " mesh's connected vertices do not fit its " + std::to_string(rest_count) + " vertices.");
   }
 
   const int32_t n = static_cast<int32_t>(rest_count);
@@ -117,8 +111,8 @@ bool EdgeEvaluator::Initialize(const MeshData& rest, const MeshData& deform) {
     if (rest_edges != deform_edges) {
       // The cache is half rebuilt: nothing may be evaluated from it.
       valid_ = false;
-      return Fail("Number of connected edges do not match between the deformed mesh (" + Text(deform_edges) +
-                  ") and the rest mesh (" + Text(rest_edges) + ") for the vertex (" + Text(i) + ")");
+      return Fail("Number of connected edges do not match between the deformed mesh (" + std::to_string(deform_edges) +
+                  ") and the rest mesh (" + std::to_string(rest_edges) + ") for the vertex (" + std::to_string(i) + ")");
     }
     neighbour_offsets_[i] = static_cast<int32_t>(neighbours_.size());
     neighbour_counts_[i] = rest_edges;
@@ -126,7 +120,7 @@ bool EdgeEvaluator::Initialize(const MeshData& rest, const MeshData& deform) {
       const int32_t neighbour = rest.vertex_connected[rest_begin + k];
       if (neighbour != deform.vertex_connected[deform_begin + k]) {
         valid_ = false;
-        return Fail("Connected vertices indices do not match between meshes at vertex (" + Text(i) + ")");
+        return Fail("Connected vertices indices do not match between meshes at vertex (" + std::to_string(i) + ")");
       }
       neighbours_.push_back(neighbour);
     }

@@ -1,19 +1,13 @@
 #include "core/merge/skin_merge.h"
 
 #include <algorithm>
-#include <sstream>
+#include <string>
 
 #include "core/log/logger.h"
 
 namespace myo_core {
 
 namespace {
-
-std::string Text(uint64_t value) {
-  std::ostringstream stream;
-  stream << value;
-  return stream.str();
-}
 
 void ClampUnit(std::vector<float>& values) {
   for (float& value : values) value = std::min(std::max(value, 0.0f), 1.0f);
@@ -59,7 +53,7 @@ void SkinMerge::Evaluate(const SkinMergeFrame& frame, const std::vector<double>&
   const size_t n = input.size() / 3;
   if (n != data_.point_count_) {
     if (!host.IsPlaying())
-      LogWarning("The deformed mesh has " + Text(n) + " points, but " + Text(data_.point_count_) +
+      LogWarning("The deformed mesh has " + std::to_string(n) + " points, but " + std::to_string(data_.point_count_) +
                  " were bound at the initialization time. The input passes through.");
     return;
   }

@@ -32,6 +32,16 @@ void DifferenceForward(float value, float dt, float previous_value, float& previ
   out.rates_written = true;
 }
 
+// Writes a scalar sensor's value and its rates, and remembers the value and
+// the time for the next evaluation.
+void TakeScalar(ScalarSensorState& state, const SensorClock& clock, float value, float dt, SensorOutputs& out) {
+  out.value = value;
+  out.value_written = true;
+  DifferenceForward(value, dt, state.previous_value_, state.previous_velocity_, out);
+  state.previous_value_ = value;
+  state.previous_time_ = clock.current_time;
+}
+
 }  // namespace
 
 void ApplySensorOutputs(const SensorOutputs& outputs, SensorOutputValues& held) {
@@ -48,11 +58,7 @@ SensorOutputs EvaluateDistanceSensor(ScalarSensorState& state, const SensorClock
   if (ResetAtStart(clock, state.previous_time_, state.previous_velocity_, out)) state.previous_value_ = 0.0f;
   const float dt = (clock.current_time - state.previous_time_) * clock.time_scale;
   const float distance = Length(end - start) / space_scale;
-  out.value = distance;
-  out.value_written = true;
-  DifferenceForward(distance, dt, state.previous_value_, state.previous_velocity_, out);
-  state.previous_value_ = distance;
-  state.previous_time_ = clock.current_time;
+  TakeScalar(state, clock, distance, dt, out);
   return out;
 }
 
@@ -85,11 +91,7 @@ SensorOutputs EvaluateRotationSensor(ScalarSensorState& state, const SensorClock
   // Rounding can take the dot product of two unit vectors past 1.
   const float cosine = std::min(1.0f, std::max(-1.0f, Dot(u, w)));
   const float angle = std::acos(cosine);
-  out.value = angle;
-  out.value_written = true;
-  DifferenceForward(angle, dt, state.previous_value_, state.previous_velocity_, out);
-  state.previous_value_ = angle;
-  state.previous_time_ = clock.current_time;
+  TakeScalar(state, clock, angle, dt, out);
   return out;
 }
 
