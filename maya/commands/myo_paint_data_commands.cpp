@@ -52,6 +52,21 @@ MyoPaintableDeformer* ContextDeformer(MayaPaintContext& context) {
   return GetPaintableDeformer(context.deformer_.object(), context.core.deformer_type_);
 }
 
+// -weight NAME, or else -currentInfluence N: the map or influence shown.
+MStatus SelectMap(const MArgDatabase& parser, myo_core::PaintableDeformer& paint, myo_core::WeightsDisplay& display) {
+  MayaPaintContext& context = ThePaintContext();
+  if (parser.isFlagSet(kWeightShort)) {
+    const std::string weight = ToStdString(FlagString(parser, kWeightShort));
+    return myo_core::SelectPaintWeights(context.core, paint, display, weight) ? MS::kSuccess : MS::kFailure;
+  }
+  if (parser.isFlagSet(kCurrentInfluenceShort)) {
+    int influence = 0;
+    parser.getFlagArgument(kCurrentInfluenceShort, 0, influence);
+    myo_core::SelectPaintInfluence(context.core, paint, display, influence);
+  }
+  return MS::kSuccess;
+}
+
 }  // namespace
 
 void* MyoPaintDataCommand::creator() { return new MyoPaintDataCommand(); }
@@ -117,17 +132,7 @@ MStatus MyoPaintDataCommand::SelectDeformer(const MString& name, const MArgDatab
   context.deformer_ = MObjectHandle(deformer);
   context.display_node_ = MObjectHandle(display);
 
-  myo_core::PaintableDeformer& paint = paintable->Paint();
-  if (parser.isFlagSet(kWeightShort)) {
-    const std::string weight = ToStdString(FlagString(parser, kWeightShort));
-    return myo_core::SelectPaintWeights(context.core, paint, *weights, weight) ? MS::kSuccess : MS::kFailure;
-  }
-  if (parser.isFlagSet(kCurrentInfluenceShort)) {
-    int influence = 0;
-    parser.getFlagArgument(kCurrentInfluenceShort, 0, influence);
-    myo_core::SelectPaintInfluence(context.core, paint, *weights, influence);
-  }
-  return MS::kSuccess;
+  return SelectMap(parser, paintable->Paint(), *weights);
 }
 
 MStatus MyoPaintDataCommand::Edit(const MArgDatabase& parser) {
@@ -139,16 +144,8 @@ MStatus MyoPaintDataCommand::Edit(const MArgDatabase& parser) {
     // A new map or influence of the deformer already in use.
     PaintNodes nodes;
     if (!FindPaintNodes(context, nodes)) return MS::kFailure;
-    myo_core::PaintableDeformer& paint = nodes.deformer->Paint();
-    if (parser.isFlagSet(kWeightShort)) {
-      if (!myo_core::SelectPaintWeights(context.core, paint, *nodes.display,
-                                        ToStdString(FlagString(parser, kWeightShort))))
-        return MS::kFailure;
-    } else {
-      int influence = 0;
-      parser.getFlagArgument(kCurrentInfluenceShort, 0, influence);
-      myo_core::SelectPaintInfluence(context.core, paint, *nodes.display, influence);
-    }
+    const MStatus status = SelectMap(parser, nodes.deformer->Paint(), *nodes.display);
+    if (!status) return status;
   }
   if (parser.isFlagSet(kDeformerTypeShort) &&
       !myo_core::SetPaintDeformerType(context.core, ToStdString(FlagString(parser, kDeformerTypeShort))))

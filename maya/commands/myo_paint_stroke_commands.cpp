@@ -121,13 +121,13 @@ MStatus MyoPaintGetValueCommand::doIt(const MArgList& args) {
   const int vertex = args.asInt(1, &status);
   if (!status) return status;
   MayaPaintContext& context = ThePaintContext();
-  PaintNodes nodes;
   // Without its nodes the context's arrays may be gone: nothing to answer.
   if (!context.deformer_.isValid() || !context.display_node_.isValid()) return MS::kSuccess;
-  nodes.deformer = GetPaintableDeformer(context.deformer_.object(), context.core.deformer_type_);
-  if (nodes.deformer == nullptr) return MS::kSuccess;
+  MyoPaintableDeformer* deformer = GetPaintableDeformer(context.deformer_.object(), context.core.deformer_type_);
+  if (deformer == nullptr) return MS::kSuccess;
+  context.core.source_weights_ = deformer->Paint().DisplayWeights();  // a rebuilt solver has moved it
   const myo_core::PaintBaseValue base =
-      myo_core::GetPaintBaseValue(context.core, nodes.deformer->Paint().DisplayWeight(), vertex);
+      myo_core::GetPaintBaseValue(context.core, deformer->Paint().DisplayWeight(), vertex);
   if (!base.present) return MS::kSuccess;
   if (base.fibers) {
     setResult(MDoubleArray(base.fiber, 3));
