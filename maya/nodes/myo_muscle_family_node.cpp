@@ -20,6 +20,7 @@
 #include "maya/plugin/maya_deformer_host.h"
 #include "maya/plugin/maya_map_port.h"
 #include "maya/plugin/node_helpers.h"
+#include "maya/plugin/sliding_distance_callback.h"
 
 using myo_maya::NodeAttributes;
 
@@ -96,18 +97,8 @@ MStatus MyoMuscleFamilyNode<Solver>::deform(MDataBlock& block, MItGeometry& iter
 template <class Solver>
 void MyoMuscleFamilyNode<Solver>::OnAttributeChanged(MNodeMessage::AttributeMessage message, MPlug& plug, MPlug&,
                                                      void*) {
-  if ((message & MNodeMessage::kAttributeSet) == 0) return;
-  MStatus status;
-  const MGlobal::MMayaState state = MGlobal::mayaState(&status);
-  if (!status || !myo_core::HasUserInterface(static_cast<int32_t>(state))) return;
-  if (plug.partialName() != "msld") return;
-  MFnDependencyNode fn(plug.node());
-  auto* node = dynamic_cast<MyoMuscleFamilyNode<Solver>*>(fn.userNode());
-  if (node == nullptr) {
-    myo_core::ReportWarning(
-        "Wrong node obtained when attempting to get max sliding distance information from callback.", "");
-    return;
-  }
+  auto* node = myo_maya::NodeOfSlidingDistanceSet<MyoMuscleFamilyNode<Solver>>(message, plug, "msld");
+  if (node == nullptr) return;
   node->warn_sliding_distance_ = myo_maya::ConfirmAttributeWarning(
       node->deformer_.node().largest_target_size_, false, node->warn_sliding_distance_, plug);
 }

@@ -28,6 +28,7 @@
 #include "maya/plugin/maya_conversions.h"
 #include "maya/plugin/maya_map_port.h"
 #include "maya/plugin/node_helpers.h"
+#include "maya/plugin/sliding_distance_callback.h"
 
 const MTypeId MyoSimshapeDeformer::id(myo_core::kMyoSimshapeId);
 myo_maya::NodeAttributes MyoSimshapeDeformer::attributes_;
@@ -163,18 +164,8 @@ MStatus MyoSimshapeDeformer::deform(MDataBlock& block, MItGeometry& iterator, co
 // value set on that plug.
 void MyoSimshapeDeformer::OnCollisionDistanceChanged(MNodeMessage::AttributeMessage message, MPlug& plug, MPlug&,
                                                      void*) {
-  if ((message & MNodeMessage::kAttributeSet) == 0) return;
-  MStatus status;
-  const MGlobal::MMayaState state = MGlobal::mayaState(&status);
-  if (!status || !myo_core::HasUserInterface(static_cast<int32_t>(state))) return;
-  if (plug.partialName() != "mcsld") return;
-  MFnDependencyNode fn(plug.node());
-  auto* node = dynamic_cast<MyoSimshapeDeformer*>(fn.userNode());
-  if (node == nullptr) {
-    myo_core::ReportWarning(
-        "Wrong node obtained when attempting to get max sliding distance information from callback.", "");
-    return;
-  }
+  auto* node = myo_maya::NodeOfSlidingDistanceSet<MyoSimshapeDeformer>(message, plug, "mcsld");
+  if (node == nullptr) return;
   if (!node->warn_sliding_distance_) return;
   const bool no_collider = !node->deformer_.has_collider() && !node->deformer_.solver().positions_.empty();
   node->warn_sliding_distance_ = myo_maya::ConfirmAttributeWarning(node->deformer_.mesh_diagonal(), no_collider,

@@ -20,6 +20,7 @@
 #include "maya/plugin/maya_deformer_host.h"
 #include "maya/plugin/maya_map_port.h"
 #include "maya/plugin/node_helpers.h"
+#include "maya/plugin/sliding_distance_callback.h"
 
 const MTypeId MyoSkinDeformer::id(myo_core::kMyoSkinId);
 myo_maya::NodeAttributes MyoSkinDeformer::attributes_;
@@ -87,18 +88,8 @@ MStatus MyoSkinDeformer::deform(MDataBlock& block, MItGeometry& iterator, const 
 // only for a value set on that plug.
 void MyoSkinDeformer::OnSlidingDistanceChanged(MNodeMessage::AttributeMessage message, MPlug& plug, MPlug&,
                                                void*) {
-  if ((message & MNodeMessage::kAttributeSet) == 0) return;
-  MStatus status;
-  const MGlobal::MMayaState state = MGlobal::mayaState(&status);
-  if (!status || !myo_core::HasUserInterface(static_cast<int32_t>(state))) return;
-  if (plug.partialName() != "msld") return;
-  MFnDependencyNode fn(plug.node());
-  auto* node = dynamic_cast<MyoSkinDeformer*>(fn.userNode());
-  if (node == nullptr) {
-    myo_core::ReportWarning(
-        "Wrong node obtained when attempting to get max sliding distance information from callback.", "");
-    return;
-  }
+  auto* node = myo_maya::NodeOfSlidingDistanceSet<MyoSkinDeformer>(message, plug, "msld");
+  if (node == nullptr) return;
   node->warn_sliding_distance_ =
       myo_maya::ConfirmAttributeWarning(node->deformer_.mesh_diagonal(), false, node->warn_sliding_distance_, plug);
 }
