@@ -62,24 +62,12 @@ class MayaEdgeInputs : public myo_core::EdgeEvaluatorInputs {
 void* MyoEdgeEvaluator::creator() { return new MyoEdgeEvaluator(); }
 
 MStatus MyoEdgeEvaluator::initialize() {
-  std::vector<MObject> affecting;
-  MStatus status = attributes_.Create(
+  return attributes_.Create(
       myo_core::EdgeEvaluatorAttributes(), [](const MObject& attribute) { return addAttribute(attribute); },
-      [&affecting](const MObject& when_changes, const MObject&) {
-        affecting.push_back(when_changes);
-        return MStatus(MS::kSuccess);
+      [](const MObject& when_changes, const MObject& is_affected) {
+        return attributeAffects(when_changes, is_affected);
       },
-      MObject::kNullObj);
-  if (!status) return status;
-  for (const MObject& when_changes : affecting) {
-    status = attributeAffects(when_changes, attributes_["compression"]);
-    if (!status) {
-      myo_core::LogError("Could not make the attribute " +
-                         myo_maya::ToStdString(MFnAttribute(when_changes).name()) + " affect compression.");
-      return status;
-    }
-  }
-  return MS::kSuccess;
+      "compression");
 }
 
 void MyoEdgeEvaluator::postConstructor() {

@@ -95,23 +95,13 @@ class MayaSkinMergeHost : public myo_core::SkinMergeHost {
 void* MyoSkinMergeDeformer::creator() { return new MyoSkinMergeDeformer(); }
 
 MStatus MyoSkinMergeDeformer::initialize() {
-  std::vector<MObject> affecting;
   MStatus status = attributes_.Create(
       myo_core::SkinMergeAttributes(), [](const MObject& attribute) { return addAttribute(attribute); },
-      [&affecting](const MObject& when_changes, const MObject&) {
-        affecting.push_back(when_changes);
-        return MStatus(MS::kSuccess);
+      [](const MObject& when_changes, const MObject& is_affected) {
+        return attributeAffects(when_changes, is_affected);
       },
       outputGeom);
   if (!status) return status;
-  for (const MObject& when_changes : affecting) {
-    status = attributeAffects(when_changes, outputGeom);
-    if (!status) {
-      myo_core::LogError("Could not make the attribute " +
-                         myo_maya::ToStdString(MFnAttribute(when_changes).name()) + " affect the output geometry.");
-      return status;
-    }
-  }
   const std::string paintable =
       myo_core::MakePaintableScript(myo_core::kMyoSkinMergeTypeName, myo_core::SkinMergePaintableMaps());
   MGlobal::executeCommandOnIdle(myo_maya::ToMString(paintable), false);

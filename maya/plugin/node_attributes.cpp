@@ -170,6 +170,16 @@ MStatus NodeAttributes::CreateOne(const AttributeInfo& info) {
 
 MStatus NodeAttributes::Create(const myo_core::AttributeTable& table, const AddFunction& add,
                                const AffectsFunction& affects, const MObject& output) {
+  return CreateAndAffect(table, add, affects, [&output] { return output; });
+}
+
+MStatus NodeAttributes::Create(const myo_core::AttributeTable& table, const AddFunction& add,
+                               const AffectsFunction& affects, const std::string& output_long_name) {
+  return CreateAndAffect(table, add, affects, [this, &output_long_name] { return (*this)[output_long_name]; });
+}
+
+MStatus NodeAttributes::CreateAndAffect(const myo_core::AttributeTable& table, const AddFunction& add,
+                                        const AffectsFunction& affects, const std::function<MObject()>& output_of) {
   table_ = &table;
   attributes_.clear();
   std::set<std::string> children;
@@ -189,11 +199,12 @@ MStatus NodeAttributes::Create(const myo_core::AttributeTable& table, const AddF
       return status;
     }
   }
+  const MObject output = output_of();
   for (const AttributeInfo& info : table) {
     if (!info.Has(myo_core::kAffectsOutput)) continue;
     MStatus status = affects(attributes_[info.long_name], output);
     if (!status) {
-      myo_core::LogError("Could not make the attribute " + info.long_name + " affect the output geometry.");
+      myo_core::LogError("Could not make the attribute " + info.long_name + " affect the output.");
       return status;
     }
   }

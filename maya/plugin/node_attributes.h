@@ -29,6 +29,9 @@ class NodeAttributes {
   // with one error line naming the attribute.
   MStatus Create(const myo_core::AttributeTable& table, const AddFunction& add, const AffectsFunction& affects,
                  const MObject& output);
+  // The same where the output is an attribute of the table itself.
+  MStatus Create(const myo_core::AttributeTable& table, const AddFunction& add, const AffectsFunction& affects,
+                 const std::string& output_long_name);
 
   // The attribute by long name; a null object when the table has none.
   const MObject& operator[](const std::string& long_name) const;
@@ -36,6 +39,9 @@ class NodeAttributes {
 
  private:
   MStatus CreateOne(const myo_core::AttributeInfo& info);
+  // Creates and adds the attributes; then `output()` names what they affect.
+  MStatus CreateAndAffect(const myo_core::AttributeTable& table, const AddFunction& add,
+                          const AffectsFunction& affects, const std::function<MObject()>& output);
   // A compound of exactly three plain floats.
   bool IsFloat3(const myo_core::AttributeInfo& info) const;
 
