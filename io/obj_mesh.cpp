@@ -4,10 +4,10 @@
 
 #include <cmath>
 #include <cstdio>
-#include <fstream>
 #include <set>
 #include <sstream>
 
+#include "io/file_text.h"
 #include "io/number_text.h"
 
 namespace myo_io {
@@ -233,18 +233,11 @@ std::string FaceError(const std::string& path, std::size_t line, const char* wha
 }  // namespace
 
 bool ReadObjMesh(const std::string& path, ObjMesh& mesh, std::string& error) {
-  std::ifstream in(path, std::ios::binary);
-  if (!in) {
+  std::string text;
+  if (!ReadFileText(path, text)) {
     error = path + ": cannot be read";
     return false;
   }
-  std::ostringstream buffer;
-  buffer << in.rdbuf();
-  if (in.bad()) {
-    error = path + ": cannot be read";
-    return false;
-  }
-  const std::string text = buffer.str();
   const std::vector<ObjLine> lines = SplitLines(text);
   ObjOutline outline;
   if (!CheckObjText(path, lines, outline, error)) return false;

@@ -4,12 +4,11 @@
 #include <cmath>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <set>
-#include <sstream>
 
 #include <nlohmann/json.hpp>
 
+#include "io/file_text.h"
 #include "app/scene/json_document.h"
 #include "app/scene/map_limits.h"
 #include "app/scene/name_suggestion.h"
@@ -33,11 +32,9 @@ constexpr double kMaxIndex = 999999999.0;
 std::string ReadText(const std::string& path, const std::string& what) {
   std::error_code error;
   if (std::filesystem::is_directory(path, error)) throw SceneFault{path + ": cannot read " + what + ": it is a folder"};
-  std::ifstream in(path, std::ios::binary);
-  if (!in) throw SceneFault{path + ": cannot open " + what};
-  std::ostringstream text;
-  text << in.rdbuf();
-  return text.str();
+  std::string text;
+  if (!myo_io::ReadFileText(path, text)) throw SceneFault{path + ": cannot open " + what};
+  return text;
 }
 
 const json& Require(const json& object, const char* key, const Field& field) {

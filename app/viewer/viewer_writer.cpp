@@ -6,6 +6,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "io/file_text.h"
 #include "app/run/scene_merge_host.h"
 #include "app/viewer/page_encoding.h"
 #include "app/viewer/viewer_script.h"
@@ -16,15 +17,6 @@ namespace {
 
 const char* const kThreeJsFiles[] = {"/usr/share/javascript/three/three.min.js",
                                      "/usr/share/javascript/three/three.js"};
-
-bool ReadWholeFile(const std::string& path, std::string& text) {
-  std::ifstream in(path, std::ios::binary);
-  if (!in) return false;
-  std::ostringstream buffer;
-  buffer << in.rdbuf();
-  text = buffer.str();
-  return static_cast<bool>(in) || in.eof();
-}
 
 // JSON text safe inside a <script> element: "<" only occurs in strings,
 // where \u003c reads the same.
@@ -69,7 +61,7 @@ bool ViewerWriter::Open(const std::string& path, const Scene& scene, std::string
   scene_ = &scene;
   const std::string three_path = FindThreeJs();
   std::string three;
-  if (three_path.empty() || !ReadWholeFile(three_path, three) || three.empty()) {
+  if (three_path.empty() || !myo_io::ReadFileText(three_path, three) || three.empty()) {
     reason = "viewer.html not written: three.js not found (looked for " + std::string(kThreeJsFiles[0]) +
              "); install it with \"apt-get install libjs-three\", or pass --no-viewer";
     return false;
