@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -11,30 +12,12 @@
 #include <nlohmann/json.hpp>
 
 #include "app/run/debug_view.h"
-#include "app/run/scene_run.h"
-#include "app/scene/scene_reader.h"
 #include "io/obj_mesh.h"
-#include "scenes/muscle_meshes.h"
-#include "support/command_runner.h"
+#include "support/spindle_scene.h"
 
 namespace {
 
 using nlohmann::json;
-
-std::string SpindleObj() {
-  const myo_core::PolygonMesh mesh = myo_scenes::MakeSpindle(12, 8, 10.0f, 1.0f);
-  std::string text;
-  for (std::size_t i = 0; i < mesh.points.size(); i += 3)
-    text += "v " + std::to_string(mesh.points[i]) + " " + std::to_string(mesh.points[i + 1]) + " " +
-            std::to_string(mesh.points[i + 2]) + "\n";
-  std::size_t corner = 0;
-  for (int32_t count : mesh.vertex_counts) {
-    text += "f";
-    for (int32_t k = 0; k < count; ++k) text += " " + std::to_string(mesh.vertices[corner++] + 1);
-    text += "\n";
-  }
-  return text;
-}
 
 // The lines of `text` that start with `prefix`, between "o <object>" and the
 // next object (the whole file for an empty `object`).
@@ -49,11 +32,10 @@ std::vector<std::string> Lines(const std::string& text, const std::string& prefi
   return out;
 }
 
-class DebugViewTest : public ::testing::Test {
+class DebugViewTest : public myo_test::SpindleSceneTest {
  protected:
-  DebugViewTest() {
-    dir_.Write("spindle.obj", SpindleObj());
-    scene_ = json::parse(R"({
+  DebugViewTest()
+      : SpindleSceneTest(R"({
       "timeline": {"preroll": -1, "start": 2, "end": 4, "fps": 24},
       "transforms": [{"name": "bone", "keys": [{"frame": 1}, {"frame": 4, "translate": [0, 2, 0]}]}],
       "meshes": [{"name": "mesh", "file": "spindle.obj"}, {"name": "other", "file": "spindle.obj"}],
@@ -65,34 +47,7 @@ class DebugViewTest : public ::testing::Test {
                  "connections": {"attenuationMatrix": "bone"}},
                 {"name": "second", "type": "MyoMuscle", "input": "other",
                  "attributes": {"gravity": 9.8, "debug": true, "debugFeature": "Muscle Fibers", "debugFibersScale": 2}}]
-    })");
-  }
-
-  bool Read(myo_app::Scene& scene, std::string& error) {
-    dir_.Write("scene.json", scene_.dump());
-    return myo_app::ReadScene(dir_.File("scene.json"), scene, error);
-  }
-
-  // The reader's message for the scene, which must be refused.
-  std::string Refusal() {
-    myo_app::Scene scene;
-    std::string error;
-    EXPECT_FALSE(Read(scene, error));
-    return error;
-  }
-
-  std::string Run() {
-    myo_app::Scene scene;
-    std::string error;
-    EXPECT_TRUE(Read(scene, error)) << error;
-    myo_app::RunOptions options;
-    options.output_directory = dir_.File("out");
-    EXPECT_EQ(myo_app::RunScene(scene, options, error), myo_app::RunResult::kDone) << error;
-    return myo_test::ListFiles(dir_.File("out"));
-  }
-
-  myo_test::TemporaryDirectory dir_;
-  json scene_;
+    })") {}
 };
 
 TEST_F(DebugViewTest, ALocatorWritesEveryConnectedDeformersLinesAsOneObjectEach) {
@@ -102,15 +57,14 @@ TEST_F(DebugViewTest, ALocatorWritesEveryConnectedDeformersLinesAsOneObjectEach)
   EXPECT_EQ(files.find("view/view.debug.0001.obj\n"), std::string::npos);  // before the start
   EXPECT_EQ(files.find("gather/"), std::string::npos);                     // a data node writes nothing
 
-  const std::string text = myo_test::ReadFile(dir_.File("out/view/view.debug.0004.obj"));
+  const std::string text = Output("view/view.debug.0004.obj");
   EXPECT_EQ(text.rfind("# view debug lines at frame 0004\n", 0), 0u);
   // By input index, a deformer connected twice shown once.
   EXPECT_EQ(Lines(text, "o "), std::vector<std::string>({"o first", "o second"}));
 
   // Each object holds exactly the lines of its deformer's own debug file.
   for (const char* node : {"first", "second"}) {
-    const std::string own =
-        myo_test::ReadFile(dir_.File(std::string("out/") + node + "/" + node + ".debug.0004.obj"));
+    const std::string own = Output(std::string(node) + "/" + node + ".debug.0004.obj");
     EXPECT_FALSE(Lines(own, "v ").empty()) << node;
     EXPECT_EQ(Lines(text, "v ", node), Lines(own, "v ")) << node;
     EXPECT_EQ(Lines(text, "l ", node).size(), Lines(own, "l ").size()) << node;
@@ -121,60 +75,42 @@ TEST_F(DebugViewTest, ALocatorWritesEveryConnectedDeformersLinesAsOneObjectEach)
             "l " + std::to_string(first_vertices + 1) + " " + std::to_string(first_vertices + 2));
   EXPECT_EQ(Lines(text, "v ").size(), 2 * Lines(text, "l ").size());
 
-  const json summary = json::parse(myo_test::ReadFile(dir_.File("out/summary.json")));
-  for (const json& node : summary["nodes"])
-    if (node["name"] == "view") {
-      EXPECT_EQ(node["output"], "view/view.debug.####.obj");
-    }
+  for (const json& node : json::parse(Output("summary.json"))["nodes"])
+    EXPECT_TRUE(node["name"] != "view" || node["output"] == "view/view.debug.####.obj") << node;
 }
 
 TEST_F(DebugViewTest, DeformersWithDebugOffOrNoDataNodeLeaveTheirObjectsOut) {
   scene_["nodes"][3]["attributes"]["debug"] = false;
   Run();
-  std::string text = myo_test::ReadFile(dir_.File("out/view/view.debug.0003.obj"));
-  EXPECT_EQ(Lines(text, "o "), std::vector<std::string>({"o first"}));
+  EXPECT_EQ(Lines(Output("view/view.debug.0003.obj"), "o "), std::vector<std::string>({"o first"}));
 
   // A locator without a data node writes a file with its comment alone.
   scene_["nodes"][0].erase("connections");
   Run();
-  text = myo_test::ReadFile(dir_.File("out/view/view.debug.0003.obj"));
-  EXPECT_EQ(text, "# view debug lines at frame 0003\n");
+  EXPECT_EQ(Output("view/view.debug.0003.obj"), "# view debug lines at frame 0003\n");
 }
 
 TEST_F(DebugViewTest, TheReaderRefusesWiringThatShowsNothing) {
+  using Change = std::function<void(json&)>;
+  const std::vector<std::pair<Change, std::string>> cases = {
+      {[](json& n) { n[1]["connections"]["inputs[1]"] = "mesh"; }, "\"mesh\" is not a node of the scene"},
+      {[](json& n) { n[1]["connections"]["inputs[1]"] = "view"; },
+       "takes the message of a MyoMuscle, MyoRibbonMuscle, MyoSkin or MyoSimshape, and \"view\" is a MyoDebugLocator"},
+      {[](json& n) { n[0]["connections"]["data"] = "first"; },
+       "takes the message of a MyoDataNode, and \"first\" is a MyoMuscle"},
+      {[](json& n) { n[1]["connections"] = {{"inputs", "first"}}; }, "needs an index: connect \"inputs[0]\""},
+      {[](json& n) { n[1]["connections"] = {{"inputs[x]", "first"}}; }, "expected a plug \"inputs[index]\""},
+      {[](json& n) { n[0]["connections"] = {{"data[0]", "gather"}}; },
+       "\"data\" is not a list of messages of MyoDebugLocator"},
+      {[](json& n) { n[1]["attributes"] = {{"inputs", 1}}; }, "a message attribute takes a connection, not a value"},
+      {[](json& n) { n[1]["input"] = "mesh"; }, "deforms no mesh and takes no input"},
+  };
   const json original = scene_;
-  scene_["nodes"][1]["connections"]["inputs[1]"] = "mesh";
-  EXPECT_NE(Refusal().find("\"mesh\" is not a node of the scene"), std::string::npos);
-
-  scene_ = original;
-  scene_["nodes"][1]["connections"]["inputs[1]"] = "view";
-  EXPECT_NE(Refusal().find("takes the message of a MyoMuscle, MyoRibbonMuscle, MyoSkin or MyoSimshape, and "
-                           "\"view\" is a MyoDebugLocator"),
-            std::string::npos);
-
-  scene_ = original;
-  scene_["nodes"][0]["connections"]["data"] = "first";
-  EXPECT_NE(Refusal().find("takes the message of a MyoDataNode, and \"first\" is a MyoMuscle"), std::string::npos);
-
-  scene_ = original;
-  scene_["nodes"][1]["connections"] = {{"inputs", "first"}};
-  EXPECT_NE(Refusal().find("needs an index: connect \"inputs[0]\""), std::string::npos);
-
-  scene_ = original;
-  scene_["nodes"][1]["connections"] = {{"inputs[x]", "first"}};
-  EXPECT_NE(Refusal().find("expected a plug \"inputs[index]\""), std::string::npos);
-
-  scene_ = original;
-  scene_["nodes"][0]["connections"] = {{"data[0]", "gather"}};
-  EXPECT_NE(Refusal().find("\"data\" is not a list of messages of MyoDebugLocator"), std::string::npos);
-
-  scene_ = original;
-  scene_["nodes"][1]["attributes"] = {{"inputs", 1}};
-  EXPECT_NE(Refusal().find("a message attribute takes a connection, not a value"), std::string::npos);
-
-  scene_ = original;
-  scene_["nodes"][1]["input"] = "mesh";
-  EXPECT_NE(Refusal().find("deforms no mesh and takes no input"), std::string::npos);
+  for (const auto& [change, message] : cases) {
+    change(scene_["nodes"]);
+    EXPECT_NE(Refusal().find(message), std::string::npos) << message;
+    scene_ = original;
+  }
 }
 
 TEST(ObjLineObjects, NamesEachObjectAndCountsVerticesAcrossThem) {

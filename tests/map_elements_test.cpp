@@ -70,7 +70,6 @@ TEST(MapElementsTest, AnInfluenceBlockFillsOnlyItsRange) {
   std::vector<float> kept = {1.0f, 2.0f};
   ReadNumericElements(elements, 2, 3, 4, 0.25f, kept);
   EXPECT_EQ(kept, (std::vector<float>{1.0f, 2.0f}));
-  EXPECT_FALSE(PrepareMapRange(2, 3, 4, 0.0f, kept));
 }
 
 TEST(MapElementsTest, UnsupportedTypesLogAndKeepTheDefaults) {

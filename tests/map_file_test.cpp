@@ -24,7 +24,6 @@ TEST(MapFileTest, ReadsNumbersAndRefusesTextAndOverflowByLine) {
       {"0 inf\n", ": line 1: \"inf\" is not a number"},
       {"0x1p3\n", ": line 1: \"0x1p3\" is not a number"},
       {"1\n\n1e39\n", ": line 3: \"1e39\" is outside the range of a 32-bit float"},
-      {"-1e300\n", ": line 1: \"-1e300\" is outside the range of a 32-bit float"},
       {"1e-2147483648\n", ": line 1: \"1e-2147483648\" is not a number"},
   };
   for (const auto& [text, message] : cases) {

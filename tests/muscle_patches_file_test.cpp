@@ -41,18 +41,6 @@ Read ReadFile(const std::string& path, uint32_t count) {
   return read;
 }
 
-// Runs the test's body in `directory` and goes back to where it was.
-class WorkingDirectory {
- public:
-  explicit WorkingDirectory(const std::string& directory) : previous_(std::filesystem::current_path()) {
-    std::filesystem::current_path(directory);
-  }
-  ~WorkingDirectory() { std::filesystem::current_path(previous_); }
-
- private:
-  std::filesystem::path previous_;
-};
-
 }  // namespace
 
 TEST(MusclePatchesFileTest, WritesFourLinesWithTenDigitFibers) {
@@ -98,12 +86,9 @@ TEST(MusclePatchesFileTest, RoundTripKeepsTenDigitsAndArrivesAsFloats) {
 }
 
 TEST(MusclePatchesFileTest, ExtensionIsTheTextBehindTheLastPointInLowerCase) {
-  EXPECT_TRUE(HasMusclePatchesExtension("a/b/patches.mmp"));
-  EXPECT_TRUE(HasMusclePatchesExtension("x.y.mmp"));
+  EXPECT_TRUE(HasMusclePatchesExtension("a/b.c/x.y.mmp"));
   EXPECT_TRUE(HasMusclePatchesExtension("mmp"));  // no point: the whole path is the extension
-  EXPECT_TRUE(HasMusclePatchesExtension(".mmp"));
-  for (const char* path : {"", "patches.MMP", "patches.Mmp", "patches.txt", "patches.mmpx", "patches.mm",
-                           "patches.mmp.", "dir.mmp/patches", "/tmp/mmp", "patches"})
+  for (const char* path : {"", "patches.MMP", "patches.mmpx", "patches.mmp.", "dir.mmp/patches", "/tmp/mmp"})
     EXPECT_FALSE(HasMusclePatchesExtension(path)) << path;
 }
 
@@ -113,13 +98,10 @@ TEST(MusclePatchesFileTest, RefusesOtherExtensionsMissingFilesAndWhatCannotBeWri
   ASSERT_TRUE(ReadFile(dir.File("good.mmp"), 4).accepted);
 
   // Good content under another name is refused.
-  for (const char* name : {"good.MMP", "good.txt", "good"}) {
-    dir.Write(name, kExample);
-    const Read read = ReadFile(dir.File(name), 4);
-    EXPECT_FALSE(read.accepted) << name;
-    EXPECT_TRUE(read.ids.empty() && read.fibers.empty()) << name;
-  }
-  EXPECT_FALSE(ReadFile("", 4).accepted);
+  dir.Write("good.MMP", kExample);
+  const Read other = ReadFile(dir.File("good.MMP"), 4);
+  EXPECT_FALSE(other.accepted);
+  EXPECT_TRUE(other.ids.empty() && other.fibers.empty());
 
   // A missing file is neither read nor created: the open is in update mode.
   EXPECT_FALSE(ReadFile(dir.File("none.mmp"), 4).accepted);
@@ -130,14 +112,6 @@ TEST(MusclePatchesFileTest, RefusesOtherExtensionsMissingFilesAndWhatCannotBeWri
   EXPECT_FALSE(ReadFile(dir.File("folder.mmp"), 4).accepted);
   ASSERT_EQ(mkfifo(dir.File("pipe.mmp").c_str(), 0600), 0);
   EXPECT_FALSE(ReadFile(dir.File("pipe.mmp"), 4).accepted);
-
-  // The path "mmp" alone passes the extension rule; the open decides.
-  {
-    WorkingDirectory here(dir.path());
-    EXPECT_FALSE(ReadFile("mmp", 4).accepted);
-    dir.Write("mmp", kExample);
-    EXPECT_TRUE(ReadFile("mmp", 4).accepted);
-  }
 
   // A write-protected file is refused like a missing one (the superuser may
   // write to any file, so the check needs an ordinary user).
@@ -156,10 +130,8 @@ TEST(MusclePatchesFileTest, RefusesBadHeadsAndIdsLeavingNothingBehind) {
   const std::string path = dir.File("bad.mmp");
   const std::vector<std::pair<std::string, uint32_t>> refused = {
       {"2\n4\n1 1 -1 2\n0.1 0 0\n", 4},               // version other than 1
-      {"one\n4\n1 1 -1 2\n0.1 0 0\n", 4},             // version not a number
       {"1.0\n4\n1 1 -1 2\n0.1 0 0\n", 4},             // ".0" is no count
       {"1\n4\n1 1 -1 2\n0.1 0 0\n", 3},               // another vertex count
-      {"1\n4\n1 1 -1 2\n0.1 0 0\n", 5},
       {"1\n-4\n1 1 -1 2\n0.1 0 0\n", 4},
       {"1\n99999999999\n1 1 -1 2\n0.1 0 0\n", 4},     // beyond 32 bits
       {"1\n4\n1 1 x 2\n0.1 0 0\n", 4},                // text inside the ids: no float follows
@@ -193,8 +165,6 @@ TEST(MusclePatchesFileTest, FibersEndAtTheFirstValueThatIsNoFloat) {
   const std::vector<Case> accepted = {
       // Text inside line 4 keeps the floats read so far.
       {"1\n2\n1 2\n0.5 0 0 1 oops 3\n", {1, 2}, {0.5f, 0.0f, 0.0f, 1.0f}},
-      // Seven floats: two whole fibers and a rest.
-      {"1\n2\n1 2\n1 2 3 4 5 6 7\n", {1, 2}, {1, 2, 3, 4, 5, 6, 7}},
       // Lines carry no meaning: ids beyond N are read as fibers.
       {"1 2 1 2 3 0.25\n-1\n", {1, 2}, {3.0f, 0.25f, -1.0f}},
       {"\t1\r\n2\r\n-1 1\r\n0 1e-3 -2E2", {-1, 1}, {0.0f, 0.001f, -200.0f}},
@@ -209,20 +179,4 @@ TEST(MusclePatchesFileTest, FibersEndAtTheFirstValueThatIsNoFloat) {
     EXPECT_EQ(read.ids, c.ids);
     EXPECT_EQ(read.fibers, c.fibers);
   }
-}
-
-TEST(MusclePatchesFileTest, FileForAThousandVerticesIsRefusedByNineHundredNinetyNine) {
-  myo_test::TemporaryDirectory dir;
-  const std::string path = dir.File("big.mmp");
-  std::vector<int32_t> ids(1000);
-  for (std::size_t i = 0; i < ids.size(); ++i) ids[i] = static_cast<int32_t>(i % 7) + 1;
-  std::vector<std::array<double, 3>> fibers(7, {0.5, -0.5, 0.25});
-  ASSERT_TRUE(WriteMusclePatchesFile(path, 1000, ids, fibers));
-  const Read refused = ReadFile(path, 999);
-  EXPECT_FALSE(refused.accepted);
-  EXPECT_TRUE(refused.ids.empty() && refused.fibers.empty());
-  const Read read = ReadFile(path, 1000);
-  ASSERT_TRUE(read.accepted);
-  EXPECT_EQ(read.ids, ids);
-  EXPECT_EQ(read.fibers.size(), 21u);
 }

