@@ -10,25 +10,23 @@
 #include <cmath>
 #include <vector>
 
-#include "core/maps/map_store.h"
 #include "core/muscle/muscle_deformer.h"
 #include "core/skin/skin_deformer.h"
 #include "scenes/muscle_meshes.h"
+#include "support/solver_runs.h"
 #include "support/test_geometry.h"
-#include "support/test_host.h"
 
 using namespace myo_core;
 
 namespace {
 
-constexpr float kFrame = 1.0f / 24.0f;
-
 // Preroll, start, a scrub back before the preroll and a jump forward, so that
 // the time line rebuilds more than once.
 const std::vector<float> kTimeLine = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 0, 3, 4, 5, 9, 10, 11, 12};
 
-// The mesh moved and swollen with the frame: new points, same topology.
-MeshData Moved(const MeshData& mesh, float frame) {
+// The mesh moved and swollen with the frame (new points, same topology),
+// with the world space of a host that places it by `matrix`.
+MeshData Moved(const MeshData& mesh, float frame, const Matrix& matrix) {
   MeshData moved = mesh;
   const float scale = 1.0f + 0.01f * std::sin(0.3f * frame);
   for (size_t i = 0; i < moved.points.size(); i += 3) {
@@ -36,13 +34,7 @@ MeshData Moved(const MeshData& mesh, float frame) {
     moved.points[i + 1] = moved.points[i + 1] * scale;
     moved.points[i + 2] = moved.points[i + 2] * scale - 0.02f * frame;
   }
-  return moved;
-}
-
-// The mesh moved for the frame, with the world space of a host that places
-// it by `matrix`.
-MeshData MovedAndPlaced(const MeshData& mesh, float frame, const Matrix& matrix) {
-  return myo_test::Placed(Moved(mesh, frame), matrix);
+  return myo_test::Placed(moved, matrix);
 }
 
 // What a host hands when asked for points only: object and world space,
@@ -75,86 +67,77 @@ class FeedingHost : public myo_test::TestHost {
   MeshData handed_;
 };
 
+// The same deformer twice over kTimeLine, fed whole meshes and fed what it
+// asks for; `connect(f, host)` hands a host the moving meshes of frame f.
+template <class Deformer, class FrameValues>
+struct FedAndWhole {
+  explicit FedAndWhole(const MeshData& mesh) : whole(mesh), fed(mesh) {}
+  void Paint(const char* list, const char* element, const std::vector<float>& values) {
+    whole.maps.SetAll(list, element, 0, values);
+    fed.maps.SetAll(list, element, 0, values);
+  }
+  template <class Connect>
+  void Run(Connect connect) {
+    whole.frame.preroll_start_time = 3 * myo_test::kFrame;
+    whole.frame.start_time = 5 * myo_test::kFrame;
+    whole.frame.gravity = 980.0f;
+    fed.frame = whole.frame;
+    int builds = 0, steps = 0;
+    for (float f : kTimeLine) {
+      SCOPED_TRACE(f);
+      connect(f, whole.host);
+      connect(f, fed.host);
+      const int whole_reads = fed.host.whole_reads;
+      const auto a = whole.At(f);
+      fed.At(f);
+      EXPECT_EQ(fed.host.whole_reads - whole_reads, a.decision.initialize ? 1 : 0);
+      builds += a.decision.initialize ? 1 : 0;
+      steps += a.stepped ? 1 : 0;
+      ASSERT_EQ(fed.output, whole.output);
+    }
+    EXPECT_GE(builds, 3);
+    EXPECT_GE(steps, 10);
+  }
+  myo_test::TimeLine<Deformer, FrameValues> whole;
+  myo_test::TimeLine<Deformer, FrameValues, FeedingHost> fed;
+};
+
 }  // namespace
 
 TEST(FrozenTopologyFramesTest, SkinNeedsOnlyTheReferencePointsBetweenBuilds) {
   const MeshData body = myo_test::BuildMesh(myo_scenes::MakeSpindle(10, 10, 10.0f, 2.0f));
-  const MeshData skin = myo_test::BuildMesh(myo_scenes::MakeSpindle(10, 10, 11.0f, 2.5f));
-  const std::vector<double> input(skin.points.begin(), skin.points.end());
-  myo_test::TestHost whole_host(skin);
-  FeedingHost fed_host(skin);
-  MapStore maps;
-  maps.SetAll("slideConstraintsList", "slideConstraints", 0, std::vector<float>(skin.PointCount(), 0.5f));
-  maps.SetAll("hardConstraintsList", "hardConstraints", 0, std::vector<float>(skin.PointCount(), 0.5f));
-  SkinDeformer whole, fed;
-  SkinFrameValues frame;
-  frame.preroll_start_time = 3 * kFrame;
-  frame.start_time = 5 * kFrame;
-  frame.gravity = 980.0f;
-  frame.max_sliding_distance = 1.0f;
-
-  int builds = 0, steps = 0;
-  for (float f : kTimeLine) {
-    SCOPED_TRACE(f);
-    frame.current_time = f * kFrame;
-    const MeshData reference = MovedAndPlaced(body, f, IdentityMatrix());
-    whole_host.reference = fed_host.reference = &reference;
-    const int whole_reads = fed_host.whole_reads;
-
-    std::vector<double> whole_output, fed_output;
-    const SkinEvaluation a = whole.Evaluate(frame, input, whole_host, maps, whole_output);
-    const SkinEvaluation b = fed.Evaluate(frame, input, fed_host, maps, fed_output);
-    ASSERT_TRUE(a.succeeded && b.succeeded);
-    EXPECT_EQ(fed_host.whole_reads - whole_reads, a.decision.initialize ? 1 : 0);
-    builds += a.decision.initialize ? 1 : 0;
-    steps += a.stepped ? 1 : 0;
-    ASSERT_EQ(fed_output, whole_output);
-  }
-  EXPECT_GE(builds, 3);
-  EXPECT_GE(steps, 10);
+  FedAndWhole<SkinDeformer, SkinFrameValues> run(myo_test::BuildMesh(myo_scenes::MakeSpindle(10, 10, 11.0f, 2.5f)));
+  const uint32_t n = run.whole.mesh.PointCount();
+  run.Paint("slideConstraintsList", "slideConstraints", std::vector<float>(n, 0.5f));
+  run.Paint("hardConstraintsList", "hardConstraints", std::vector<float>(n, 0.5f));
+  run.whole.frame.max_sliding_distance = 1.0f;
+  MeshData reference;
+  run.Run([&](float f, myo_test::TestHost& host) {
+    reference = Moved(body, f, IdentityMatrix());
+    host.reference = &reference;
+  });
 }
 
 TEST(FrozenTopologyFramesTest, MuscleNeedsOnlyTheTargetPointsBetweenBuilds) {
-  const MeshData muscle = myo_test::BuildMesh(myo_scenes::MakeSpindle(12, 10, 20.0f, 3.0f));
   const MeshData floor = myo_test::BuildMesh(myo_scenes::MakeGrid(10, 6, 40.0f, 20.0f));
+  FedAndWhole<MuscleDeformer, MuscleFrameValues> run(
+      myo_test::BuildMesh(myo_scenes::MakeSpindle(12, 10, 20.0f, 3.0f)));
+  const MeshData& muscle = run.whole.mesh;
   const uint32_t n = muscle.PointCount();
-  const std::vector<double> input(muscle.points.begin(), muscle.points.end());
-  myo_test::TestHost whole_host(muscle);
-  FeedingHost fed_host(muscle);
-  MapStore maps;
   std::vector<float> glued(n, 0.0f), slide(n, 0.0f);
   for (uint32_t i = 0; i < n; ++i) {
     const float x = muscle.points[3 * i];
     if (std::fabs(x) > 8.0f) glued[i] = 1.0f;
     if (std::fabs(x) < 5.0f) slide[i] = 1.0f;
   }
-  maps.SetAll("targets", "attachmentToGeoConstraints", 0, glued);
-  maps.SetAll("targets", "slideOnGeometryConstraints", 0, slide);
-  MuscleDeformer whole, fed;
-  MuscleFrameValues frame;
-  frame.preroll_start_time = 3 * kFrame;
-  frame.start_time = 5 * kFrame;
-  frame.gravity = 980.0f;
-  frame.max_sliding_distance = 5.0f;
+  run.Paint("targets", "attachmentToGeoConstraints", glued);
+  run.Paint("targets", "slideOnGeometryConstraints", slide);
+  run.whole.frame.max_sliding_distance = 5.0f;
   const Matrix floor_matrix = TranslationMatrix(0.0f, -4.0f, 0.0f);
-
-  int builds = 0, steps = 0;
-  for (float f : kTimeLine) {
-    SCOPED_TRACE(f);
-    frame.current_time = f * kFrame;
-    const MeshData target = MovedAndPlaced(floor, f, floor_matrix);
-    whole_host.targets = fed_host.targets = {TargetInput{"floor", 0, &target, floor_matrix}};
-    const int whole_reads = fed_host.whole_reads;
-
-    std::vector<double> whole_output, fed_output;
-    const MuscleEvaluation a = whole.Evaluate(frame, input, whole_host, maps, whole_output);
-    fed.Evaluate(frame, input, fed_host, maps, fed_output);
-    EXPECT_EQ(fed_host.whole_reads - whole_reads, a.decision.initialize ? 1 : 0);
-    builds += a.decision.initialize ? 1 : 0;
-    steps += a.stepped ? 1 : 0;
-    ASSERT_EQ(whole.solver().targets_.size(), 1u);
-    ASSERT_EQ(fed_output, whole_output);
-  }
-  EXPECT_GE(builds, 3);
-  EXPECT_GE(steps, 10);
+  MeshData target;
+  run.Run([&](float f, myo_test::TestHost& host) {
+    target = Moved(floor, f, floor_matrix);
+    host.targets = {TargetInput{"floor", 0, &target, floor_matrix}};
+  });
+  EXPECT_EQ(run.whole.solver().targets_.size(), 1u);
 }

@@ -14,6 +14,7 @@
 #include "scenes/muscle_meshes.h"
 #include "scenes/muscle_setup.h"
 #include "support/log_capture.h"
+#include "support/test_geometry.h"
 
 using namespace myo_core;
 using namespace myo_scenes;
@@ -21,26 +22,27 @@ using namespace myo_scenes;
 namespace {
 
 MeshData SpindleData(uint32_t rings = 6, uint32_t segments = 8) {
-  const PolygonMesh mesh = MakeSpindle(rings, segments, 10.0f, 2.0f);
-  MeshData data;
-  std::string error;
-  EXPECT_TRUE(BuildMeshData(mesh.points, mesh.vertex_counts, mesh.vertices, data, error)) << error;
-  return data;
+  return myo_test::BuildMesh(MakeSpindle(rings, segments, 10.0f, 2.0f));
 }
 
 const std::vector<std::string> kFiberChildren{"fibersX", "fibersY", "fibersZ"};
 
 }  // namespace
 
-TEST(EdgeBuildTest, RowsFollowEdgeIdsWithMeanResistances) {
+TEST(EdgeBuildTest, RowsFollowEdgeIdsWithMeanResistancesAndBadValuesAreRaised) {
+  myo_test::LogCapture log;
   MeshData mesh = SpindleData();
   const uint32_t n = mesh.PointCount();
   MapStore maps;
-  std::vector<float> compression(n, 0.4f);
+  std::vector<float> compression(n, 0.4f), masses(n, 1.0f);
   compression[mesh.edge_vertices[0]] = 3.0f;  // clamped to 1
+  masses[0] = 0.0f;
+  masses[3] = -1.0f;
   maps.SetAll("compressionResistanceList", "compressionResistance", 0, compression);
+  maps.SetAll("massList", "mass", 0, masses);
   MuscleScene scene;
   MuscleAssemblyInputs inputs;
+  inputs.fibers_scale = 0.0f;
   InitializeSolver(mesh, maps, inputs, scene.node, scene.solver);
   const EdgeConstraints& edges = *scene.solver.edge_constraints_;
   ASSERT_EQ(edges.RowCount(), mesh.EdgeCount());
@@ -54,7 +56,17 @@ TEST(EdgeBuildTest, RowsFollowEdgeIdsWithMeanResistances) {
   }
   EXPECT_EQ(edges.min_edge_length_, shortest);
   EXPECT_FLOAT_EQ(edges.edge_compression_[0], (1.0f + 0.4f) * 0.5f);
-  EXPECT_EQ(edges.edge_stretching_[0], 1.0f);
+
+  // Masses below 1e-6 and a fiber scale below its minimum are raised, each with its warning.
+  EXPECT_EQ(scene.node.masses_map_[0], 0.000001f);
+  EXPECT_EQ(scene.node.masses_map_[3], 0.000001f);
+  EXPECT_EQ(log.Count("[MyoForge][Warning] Mass values lower than 1e-06 are not supported by the Muscle solver. "
+                      "Non supported mass values are replaced with 1e-06 minimum mass values."),
+            1u);
+  EXPECT_EQ(edges.fibers_scale_, 0.001f);
+  EXPECT_EQ(log.Count("[MyoForge][Warning] Unsupported fiber scale value provided. Minimum supported value will "
+                      "be used instead (0.001)."),
+            1u);
 }
 
 TEST(EdgeBuildTest, FibersFromTendonsRunFromEndToEndAndAreStored) {
@@ -67,7 +79,6 @@ TEST(EdgeBuildTest, FibersFromTendonsRunFromEndToEndAndAreStored) {
   MuscleScene scene;
   InitializeSolver(mesh, maps, MuscleAssemblyInputs{}, scene.node, scene.solver);
   const EdgeConstraints& edges = *scene.solver.edge_constraints_;
-  EXPECT_TRUE(scene.node.consolidate_fibers_);
   // The derived fibers were written to the list so that the next build finds them.
   EXPECT_EQ(maps.ElementCount("fibersList", "fibers", 0), n);
   // Fibers lie along the muscle and have the display length.
@@ -93,10 +104,9 @@ TEST(EdgeBuildTest, ACompleteStoredFiberListIsTakenAsItStands) {
   MuscleScene scene;
   InitializeSolver(mesh, maps, MuscleAssemblyInputs{}, scene.node, scene.solver);
   EXPECT_FALSE(scene.node.consolidate_fibers_);
-  // Projected on the surface: the ring points' fibers keep their z direction.
-  const EdgeConstraints& edges = *scene.solver.edge_constraints_;
-  const uint32_t ring_point = 1;  // on the first ring, at angle 0: z is tangent there
-  EXPECT_GT(edges.fibers_[3 * ring_point + 2], 0.0f);
+  // Projected on the surface: point 1, on the first ring at angle 0 where z
+  // is tangent, keeps its z direction.
+  EXPECT_GT(scene.solver.edge_constraints_->fibers_[3 * 1 + 2], 0.0f);
 
   // An incomplete list at the first build means: derive from the tendons.
   MapStore partial;
@@ -104,20 +114,6 @@ TEST(EdgeBuildTest, ACompleteStoredFiberListIsTakenAsItStands) {
   MuscleScene derived;
   InitializeSolver(mesh, partial, MuscleAssemblyInputs{}, derived.node, derived.solver);
   EXPECT_TRUE(derived.node.consolidate_fibers_);
-}
-
-TEST(EdgeBuildTest, FiberScaleBelowTheMinimumIsRaisedWithAWarning) {
-  myo_test::LogCapture log;
-  MeshData mesh = SpindleData();
-  MapStore maps;
-  MuscleScene scene;
-  MuscleAssemblyInputs inputs;
-  inputs.fibers_scale = 0.0f;
-  InitializeSolver(mesh, maps, inputs, scene.node, scene.solver);
-  EXPECT_EQ(scene.solver.edge_constraints_->fibers_scale_, 0.001f);
-  EXPECT_EQ(log.Count("[MyoForge][Warning] Unsupported fiber scale value provided. Minimum supported value will "
-                      "be used instead (0.001)."),
-            1u);
 }
 
 TEST(EdgeBuildTest, ATriangulationMissingPolygonsIsReportedAndLeavesEmptyRows) {
@@ -147,13 +143,13 @@ TEST(ComputeFibersTest, DiffusionStopsOnMeshesTendonsCannotReach) {
   edges.tendons_ = {1, 0, 0, 0, 0, 0};
   ComputeFibersFromTendons(edges, 6);
   ASSERT_EQ(edges.fibers_.size(), 18u);
-  for (int k = 9; k < 18; ++k) EXPECT_EQ(edges.fibers_[k], 0.0f);
   EXPECT_NE(edges.fibers_[0], 0.0f);
+  EXPECT_EQ(std::vector<float>(edges.fibers_.begin() + 9, edges.fibers_.end()), std::vector<float>(9, 0.0f));
 
   // No tendons at all: one pass, all fibers zero.
   edges.tendons_.assign(6, 0.0f);
   ComputeFibersFromTendons(edges, 6);
-  for (float f : edges.fibers_) EXPECT_EQ(f, 0.0f);
+  EXPECT_EQ(edges.fibers_, std::vector<float>(18, 0.0f));
 }
 
 TEST(MassWeightsTest, MassesFoldIntoSoftWeightsOnly) {
@@ -173,7 +169,6 @@ TEST(MassWeightsTest, MassesFoldIntoSoftWeightsOnly) {
   slides[1] = 0.0f;
   ApplyMassesToWeights(solver, scene.node.shape_map_, attachments, {}, {}, slides);
   EXPECT_EQ(solver.edge_constraints_->inverse_masses_[3], 0.5f);
-  EXPECT_EQ(solver.volume_constraint_->inverse_masses_[3], 0.5f);
   EXPECT_EQ(solver.shape_constraints_->inverse_masses_[3], 0.25f);
   EXPECT_EQ(solver.attachment_constraints_->inverse_masses_[n + 3], 0.5f);  // hard: the map as it is
   EXPECT_EQ(solver.slide_on_geometry_constraints_->inverse_masses_[3], 0.25f);
@@ -200,22 +195,6 @@ TEST(MuscleAssemblyTest, MassesByDensityUseTheMeshVolume) {
   float total = 0.0f;
   for (float m : scene.solver.masses_) total += m;
   EXPECT_NEAR(total, 1.06f * measure, 1e-3f * total);
-}
-
-TEST(MuscleAssemblyTest, AMassMapWithAZeroWarnsOnce) {
-  myo_test::LogCapture log;
-  MeshData mesh = SpindleData();
-  MapStore maps;
-  std::vector<float> masses(mesh.PointCount(), 1.0f);
-  masses[0] = 0.0f;
-  masses[3] = -1.0f;
-  maps.SetAll("massList", "mass", 0, masses);
-  MuscleScene scene;
-  InitializeSolver(mesh, maps, MuscleAssemblyInputs{}, scene.node, scene.solver);
-  EXPECT_EQ(scene.node.masses_map_[0], 0.000001f);
-  EXPECT_EQ(log.Count("[MyoForge][Warning] Mass values lower than 1e-06 are not supported by the Muscle solver. "
-                      "Non supported mass values are replaced with 1e-06 minimum mass values."),
-            1u);
 }
 
 // The shape rows take each point's connected points in the order the host's

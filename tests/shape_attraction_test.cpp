@@ -5,9 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "core/attributes/attribute_info.h"
 #include "core/shape/shape_assembly.h"
-#include "core/shape/shape_attributes.h"
 #include "core/shape/simshape_solver.h"
 #include "scenes/muscle_meshes.h"
 #include "support/log_capture.h"
@@ -33,13 +31,10 @@ float AttractionOf(float force, float activation, int32_t mode, float multiplier
 
 TEST(ShapeAttractionTest, ForceActivationAndRemapGiveTheAttraction) {
   // Force 0.5 and activation 0.5 blend to 0.75 before the remap.
-  EXPECT_EQ(AttractionOf(0.5f, 0.5f, 0), 0.75f);
-  EXPECT_FLOAT_EQ(AttractionOf(0.5f, 0.5f, 2), 0.8660254f);
-  EXPECT_FLOAT_EQ(AttractionOf(0.5f, 0.5f, 3), 0.9085603f);
-  EXPECT_FLOAT_EQ(AttractionOf(0.5f, 0.5f, 1), 0.8279890f);
-  EXPECT_EQ(AttractionOf(0.5f, 0.5f, 7), 0.75f);  // modes beyond 3 are linear
-  // Every remap keeps 0 at 0 and 1 at 1.
-  for (int32_t mode = 0; mode < 4; ++mode) {
+  // Modes beyond 3 are linear; every remap keeps 0 at 0 and 1 at 1.
+  const float remapped[] = {0.75f, 0.8279890f, 0.8660254f, 0.9085603f, 0.75f};
+  for (int32_t mode = 0; mode < 5; ++mode) {
+    EXPECT_FLOAT_EQ(AttractionOf(0.5f, 0.5f, mode), remapped[mode]) << mode;
     EXPECT_EQ(AttractionOf(0.0f, 0.0f, mode), 0.0f) << mode;
     EXPECT_FLOAT_EQ(AttractionOf(1.0f, 0.0f, mode), 1.0f) << mode;
   }
@@ -94,31 +89,4 @@ TEST(ShapeAssemblyTest, RestAndAnimMeshesFallBackToTheInputWithTheirWarnings) {
   EXPECT_EQ(log.Count("[MyoForge][Warning] Inconsistency in the amount of vertices between the animated mesh and "
                       "the simulated mesh. Input anim mesh will be ignored."),
             1u);
-}
-
-TEST(ShapeAttributesTest, TheTableKeepsItsOwnDefaultsOrderAndPaintableMaps) {
-  const AttributeTable& table = ShapeAttributes();
-  EXPECT_EQ(FindAttribute(table, "it")->Default(), 3.0);
-  EXPECT_EQ(FindAttribute(table, "arm")->Default(), 3.0);  // "Cube Root"
-  EXPECT_EQ(FindAttribute(table, "cr")->Default(), 0.0);   // against 1 on the skin
-  EXPECT_EQ(FindAttribute(table, "gdm")->max, 1.0);        // a hard maximum here
-  EXPECT_EQ(FindAttribute(table, "dbg")->long_name, "debug");
-  EXPECT_EQ(FindAttribute(table, "dbgf")->Default(), 6.0);
-  EXPECT_EQ(FindAttribute(table, "actrmp")->type, AttributeType::kRamp);
-  EXPECT_TRUE(FindAttribute(table, "mf")->Has(kUsedAsFilename));
-  EXPECT_TRUE(FindAttribute(table, "oact")->Has(kNotWritable));
-  int affecting = 0;
-  for (const AttributeInfo& info : table) affecting += info.Has(kAffectsOutput) ? 1 : 0;
-  EXPECT_EQ(affecting, 13);
-  // The activation attributes stand right after "globalDampingList", and the
-  // two switches of the activation right after "computeCollisions".
-  auto position = [&](const char* name) { return FindAttribute(table, name) - table.data(); };
-  EXPECT_EQ(position("musclesFile"), position("globalDampingList") + 1);
-  EXPECT_EQ(position("outActivationList"), position("musclesFile") + 8);
-  EXPECT_EQ(position("bidirectionalActivation"), position("computeCollisions") + 1);
-  EXPECT_EQ(position("drawActivation"), position("computeCollisions") + 2);
-  EXPECT_EQ(MakePaintableScript("MyoSimshape", {"attractForce", "mass"}),
-            "makePaintable -attrType multiFloat -sm deformer MyoSimshape attractForce;\n"
-            "makePaintable -attrType multiFloat -sm deformer MyoSimshape mass;\n");
-  EXPECT_EQ(ShapePaintableMaps().size(), 8u);
 }

@@ -1,0 +1,99 @@
+#pragma once
+// What the solver and deformer tests share: the distance and shape rows
+// solved the plain way, a thread count held for a scope, a host that counts
+// the progress of a build, and a deformer evaluated on a time line.
+
+#include <omp.h>
+
+#include <algorithm>
+#include <cstring>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "core/kernels/distance_constraints.h"
+#include "core/kernels/shape_constraints.h"
+#include "core/maps/map_store.h"
+#include "support/test_host.h"
+
+namespace myo_test {
+
+constexpr float kFrame = 1.0f / 24.0f;
+
+inline bool SameBits(const std::vector<float>& a, const std::vector<float>& b) {
+  return a.size() == b.size() && std::memcmp(a.data(), b.data(), a.size() * sizeof(float)) == 0;
+}
+
+// OpenMP's thread count set for the life of the object.
+class ScopedThreads {
+ public:
+  explicit ScopedThreads(int threads) : saved_(omp_get_max_threads()) { omp_set_num_threads(threads); }
+  ~ScopedThreads() { omp_set_num_threads(saved_); }
+  ScopedThreads(const ScopedThreads&) = delete;
+  ScopedThreads& operator=(const ScopedThreads&) = delete;
+
+ private:
+  int saved_;
+};
+
+// Every distance row in table order, one after the other; rows for which
+// `skip(a, b)` holds are passed over.
+template <class Skip>
+void PlainDistanceRows(const myo_core::DistanceConstraints& d, float compliance, float* p, float* lambdas,
+                       Skip skip) {
+  const float* w = d.inverse_masses_.data();
+  for (uint32_t e = 0; e < d.RowCount(); ++e) {
+    const uint32_t a = d.edge_vertices_a_[e], b = d.edge_vertices_b_[e];
+    if (skip(a, b)) continue;
+    myo_core::SolveDistanceConstraint(d.lambda_base_ + e, a, b, w[a], w[b], compliance, d.rest_lengths_[e],
+                                      d.rest_length_multiplier_,
+                                      std::min(1.0f, d.compression_weights_[e] * d.compression_multiplier_),
+                                      std::min(1.0f, d.stretching_weights_[e] * d.stretching_multiplier_), p,
+                                      lambdas);
+  }
+}
+
+inline void PlainShapeRows(const myo_core::ShapeConstraints& shape, float* p, float* lambdas) {
+  const float* w = shape.inverse_masses_.data();
+  for (uint32_t r = 0; r < shape.RowCount() && !shape.disabled_; ++r) {
+    const uint32_t a = shape.first_points_[r], b = shape.centre_points_[r], c = shape.third_points_[r];
+    myo_core::SolveShapeConstraint(shape.lambda_base_ + r, a, b, c, w[a], w[b], w[c], shape.group_compliance_,
+                                   shape.rest_distances_[r], p, lambdas);
+  }
+}
+
+// Counts the progress calls of a build.
+class ProgressHost : public TestHost {
+ public:
+  explicit ProgressHost(myo_core::MeshData mesh = {}) : TestHost(std::move(mesh)) {}
+  void BeginProgress(int count, const std::string& text) override {
+    begun_count = count;
+    status = text;
+  }
+  void AdvanceProgress() override { ++advances; }
+  void EndProgress() override { ++ends; }
+  int begun_count = -1, advances = 0, ends = 0;
+  std::string status;
+};
+
+// A deformer fed `mesh` as its input, evaluated at whole frames of 24 fps.
+template <class Deformer, class FrameValues, class Host = TestHost>
+struct TimeLine {
+  explicit TimeLine(myo_core::MeshData input_mesh)
+      : mesh(std::move(input_mesh)), host(mesh), input(mesh.points.begin(), mesh.points.end()) {}
+  auto At(float frame_number) {
+    frame.current_time = frame_number * kFrame;
+    return deformer.Evaluate(frame, input, host, maps, output);
+  }
+  const auto& solver() const { return deformer.solver(); }
+
+  myo_core::MeshData mesh;
+  Host host;
+  myo_core::MapStore maps;
+  Deformer deformer;
+  FrameValues frame;
+  std::vector<double> input;
+  std::vector<double> output;
+};
+
+}  // namespace myo_test
