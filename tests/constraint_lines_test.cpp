@@ -1,5 +1,6 @@
 // The debug line builders over hand-made constraint tables, the dispatch of
-// each solver family on "debugFeature", and the OBJ text of the lines.
+// each solver family on "debugFeature". (The OBJ text of the lines is
+// checked through the debug view's files.)
 
 #include <gtest/gtest.h>
 
@@ -11,7 +12,6 @@
 #include "core/debug/muscle_debug.h"
 #include "core/debug/shape_debug.h"
 #include "core/debug/skin_debug.h"
-#include "io/obj_mesh.h"
 #include "support/log_capture.h"
 #include "support/test_geometry.h"
 
@@ -300,13 +300,4 @@ TEST(DebugDispatchTest, TheShapeSolverDrawsThePatchFibersScaledByBothScales) {
   UpdateShapeDebugData(shape, p.positions, kDebugFibers, color, 2.0f, 1.5f);
   ASSERT_EQ(shape.debug_data_.lines_.size(), 6u);
   ExpectNear(LineEnd(shape.debug_data_, 0, 1), {3, 0, 0});
-}
-
-TEST(DebugObjTextTest, LinesBecomeVertexPairsAndLineElements) {
-  const std::string text = myo_io::ObjLinesText({0, 0, 0, 1, 2, 3, 4, 5, 6, 7, 8, 9.5f, 1}, "node at frame 0001");
-  EXPECT_EQ(text,
-            "# node at frame 0001\n"
-            "v 0 0 0\nv 1 2 3\nv 4 5 6\nv 7 8 9.5\n"
-            "l 1 2\nl 3 4\n");
-  EXPECT_EQ(myo_io::ObjLinesText({}, "empty"), "# empty\n");
 }
