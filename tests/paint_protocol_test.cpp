@@ -177,25 +177,11 @@ bool Logged(const myo_test::LogCapture& log, const std::string& text) {
 
 }  // namespace
 
-TEST(PaintVocabularyTest, TypesMapsAndNames) {
-  EXPECT_EQ(PaintDeformerTypes(),
-            (std::vector<std::string>{"MyoMuscle", "MyoRibbonMuscle", "MyoSimshape", "MyoSkin", "MyoSkinMerge"}));
-  ASSERT_NE(PaintableAttributeNames("MyoRibbonMuscle"), nullptr);
-  EXPECT_EQ(PaintableAttributeNames("MyoRibbonMuscle")->size(), 12u);
-  EXPECT_TRUE(std::is_sorted(PaintableAttributeNames("MyoSkin")->begin(), PaintableAttributeNames("MyoSkin")->end()));
-  EXPECT_TRUE(PaintableAttributeNames("MyoSimshape")->empty());
-  EXPECT_EQ(PaintableAttributeNames("MyoSensorDistance"), nullptr);
-  EXPECT_EQ(MultiInfluenceAttributeNames("MyoSkin"), nullptr);
-  EXPECT_EQ(MultiInfluenceAttributeNames("MyoMuscle")->size(), 4u);
-  // Every name a deformer offers is a map of the system.
+TEST(PaintSetupTest, OfferedNamesAreMapsAndUnknownTypesAndMapsAreRefused) {
   for (const std::string& type : PaintDeformerTypes())
     for (const std::string& name : *PaintableAttributeNames(type)) EXPECT_TRUE(WeightsTypeByName(name)) << name;
-  EXPECT_EQ(WeightsTypeByName("Slide On Segment"), kWeightsSlideOnSegment);
-  EXPECT_FALSE(WeightsTypeByName("Slide on segment"));
-  EXPECT_FALSE(WeightsTypeByName("Slide On Segment "));
-}
+  EXPECT_FALSE(WeightsTypeByName("Slide on segment")) << "names match exactly";
 
-TEST(PaintSetupTest, UnknownTypesAndMapsAreRefusedWithTheirMessages) {
   myo_test::LogCapture log;
   PaintContext context;
   EXPECT_FALSE(SetPaintDeformerType(context, "MyoSensorDistance"));
@@ -209,35 +195,22 @@ TEST(PaintSetupTest, UnknownTypesAndMapsAreRefusedWithTheirMessages) {
   EXPECT_EQ(run.display.weights_, std::vector<float>{0.25f});
 }
 
-TEST(PaintSetupTest, SelectingAMapShowsACopyOfItsLiveArray) {
-  PaintRun run(MuscleWeightMaps(), "MyoMuscle");
-  run.solver.Array(kWeightsMasses) = {0.1f, 0.2f, 0.3f, 0.4f};
-  run.Select("Masses");
-  EXPECT_EQ(run.display.weights_, run.solver.Array(kWeightsMasses));
-  EXPECT_NE(&run.display.weights_, run.context.source_weights_);
-  EXPECT_FALSE(run.display.show_fibers_);
-  EXPECT_EQ(run.display.flips_, 1);
-  run.Select("Fibers");
-  EXPECT_TRUE(run.display.show_fibers_);
-  EXPECT_EQ(run.display.weights_.size(), 3 * kPoints);
-}
-
 TEST(PaintStampTest, AddModeStartsEachStampFromTheLiveArray) {
   PaintRun run(SkinWeightMaps(), "MyoSkin");
-  run.solver.Array(kWeightsMasses).assign(kPoints, 0.5f);
+  std::vector<float>& masses = run.solver.Array(kWeightsMasses);
+  masses.assign(kPoints, 0.5f);
   run.Select("Masses");
   run.context.paint_mode_ = kPaintAdd;
   run.context.ui_value_ = 0.2f;
   run.Stroke(0, {{1, 1.0}, {1, 1.0}});
   // Two stamps on one vertex in one stroke give 0.7, not 0.9.
-  EXPECT_FLOAT_EQ(run.solver.Array(kWeightsMasses)[1], 0.7f);
-  EXPECT_EQ(run.solver.Array(kWeightsMasses)[0], 0.5f);
+  EXPECT_FLOAT_EQ(masses[1], 0.7f);
+  EXPECT_EQ(masses[0], 0.5f);
   EXPECT_FLOAT_EQ(run.record.Recorded(kWeightsMasses)[1], 0.7f);
-  // The next stroke starts from the new live value.
+  // Later strokes start from the new live value, up to 1.
   run.Stroke(0, {{1, 1.0}});
-  EXPECT_FLOAT_EQ(run.solver.Array(kWeightsMasses)[1], 0.9f);
   run.Stroke(0, {{1, 1.0}});
-  EXPECT_EQ(run.solver.Array(kWeightsMasses)[1], 1.0f) << "clamped to 1";
+  EXPECT_EQ(masses[1], 1.0f);
 }
 
 TEST(PaintStampTest, ModifierKeysReplaceScaleAndSmooth) {
@@ -255,7 +228,6 @@ TEST(PaintStampTest, ModifierKeysReplaceScaleAndSmooth) {
   // Shift alone smooths: the mean of the vertex and its two neighbours.
   masses = {0.0f, 0.4f, 0.8f, 0.2f};
   run.Stroke(kModifierShift, {{2, 1.0}});
-  EXPECT_EQ(run.context.active_paint_mode_, kPaintSmooth);
   EXPECT_FLOAT_EQ(masses[2], (0.8f + 0.4f + 0.2f) / 3.0f);
 
   // Scale mode: the brush starts from 1, and a stamp scales the live value.
@@ -263,20 +235,16 @@ TEST(PaintStampTest, ModifierKeysReplaceScaleAndSmooth) {
   run.context.paint_mode_ = kPaintScale;
   BeginPaintStroke(run.context, run.deformer, run.display, 0);
   EXPECT_EQ(GetPaintBaseValue(run.context, run.deformer.DisplayWeight(), 1).value, 1.0f);
+  EXPECT_FALSE(GetPaintBaseValue(run.context, run.deformer.DisplayWeight(), 4).present);
   const double none[3] = {0, 0, 0};
   ApplyPaintStamp(run.context, run.deformer, run.display, 2, 0.5, none);
   EXPECT_FLOAT_EQ(run.display.weights_[2], static_cast<float>(0.2 * 0.5 * 0.8 + 0.5 * 0.8));
-  run.context.paint_mode_ = kPaintAdd;
-  BeginPaintStroke(run.context, run.deformer, run.display, 0);
-  EXPECT_EQ(GetPaintBaseValue(run.context, run.deformer.DisplayWeight(), 1).value, 0.0f);
-  EXPECT_FALSE(GetPaintBaseValue(run.context, run.deformer.DisplayWeight(), 4).present);
 }
 
 TEST(PaintStampTest, AStampPastTheEndOfTheInfluenceBlockDoesNothing) {
   PaintRun run(MuscleWeightMaps(), "MyoMuscle");
   run.Select("Slide On Segment");
   SelectPaintInfluence(run.context, run.deformer, run.display, 1);
-  EXPECT_EQ(run.context.influence_offset_, kPoints);
   EXPECT_EQ(run.record.CurrentInfluence(), 1);
   BeginPaintStroke(run.context, run.deformer, run.display, 0);
   const std::vector<float> before = run.display.weights_;
@@ -296,6 +264,7 @@ TEST(PaintFiberTest, StampsProjectAndTendonsOrFibersChooseWhereFibersComeFrom) {
   EXPECT_TRUE(run.solver.consolidate_fibers_);
 
   run.Select("Fibers");
+  EXPECT_TRUE(run.display.show_fibers_);
   EXPECT_TRUE(BeginPaintStroke(run.context, run.deformer, run.display, 0)) << "fibers take world directions";
   const double direction[3] = {0.0, 3.0, 4.0};
   ApplyPaintStamp(run.context, run.deformer, run.display, 2, 1.0, direction);
@@ -308,8 +277,7 @@ TEST(PaintFiberTest, StampsProjectAndTendonsOrFibersChooseWhereFibersComeFrom) {
   ASSERT_TRUE(FinishPaintStroke(run.context, run.deformer, run.record));
   EXPECT_FALSE(run.solver.consolidate_fibers_);
   EXPECT_EQ(run.record.Recorded(kWeightsFibers).size(), 3 * kPoints);
-
-  PaintBaseValue base = GetPaintBaseValue(run.context, kWeightsFibers, 2);
+  const PaintBaseValue base = GetPaintBaseValue(run.context, kWeightsFibers, 2);
   ASSERT_TRUE(base.fibers);
   EXPECT_FLOAT_EQ(static_cast<float>(base.fiber[2]), 0.8f);
 }
@@ -384,6 +352,21 @@ TEST(PaintFinishTest, UndoOfAHardConstraintsStrokeRestoresAllThreeMaps) {
     EXPECT_EQ(run.solver.Array(type), std::vector<float>(kPoints, 0.5f)) << type;
   EXPECT_EQ(run.solver.Array(kWeightsSlideConstraints), std::vector<float>(kPoints, 0.0f));
   EXPECT_EQ(run.display.weights_, std::vector<float>(kPoints, 0.5f));
+}
+
+TEST(PaintFinishTest, UndoAfterAnotherMapWentOnDisplayReloadsTheStrokesMapOnly) {
+  PaintRun run(SkinWeightMaps(), "MyoSkin");
+  run.record.Record(kWeightsMasses, 0, std::vector<float>(kPoints, 0.5f));
+  run.solver.Array(kWeightsMasses).assign(kPoints, 0.5f);
+  run.solver.Array(kWeightsGlobalDamping).assign(kPoints, 0.25f);
+  run.Select("Masses");
+  run.context.ui_value_ = 0.0f;
+  run.Stroke(0, {{3, 1.0}});
+  run.Select("Global Damping");
+  run.record.Undo();
+  ReloadPaintedWeights(run.context, run.deformer, run.display, kWeightsMasses);
+  EXPECT_EQ(run.solver.Array(kWeightsMasses), std::vector<float>(kPoints, 0.5f));
+  EXPECT_EQ(run.display.weights_, std::vector<float>(kPoints, 0.25f));
 }
 
 TEST(PaintFinishTest, MultiInfluenceMapsAreNormalisedAndEachBlockRecorded) {
@@ -462,28 +445,9 @@ TEST(PaintableSolverTest, EveryMapOfAFamilyHasItsOwnLiveArray) {
     }
     std::sort(arrays.begin(), arrays.end());
     EXPECT_EQ(std::adjacent_find(arrays.begin(), arrays.end()), arrays.end()) << family->TypeName();
-    EXPECT_EQ(family->LiveArray(kWeightsHardConstraints) == nullptr, family == &muscle_maps);
   }
   // A fiber painted before the solver is built changes nothing.
   float direction[3] = {1.0f, 0.0f, 0.0f};
   muscle_maps.ProjectVertexFiber(0, direction);
   EXPECT_EQ(direction[0], 1.0f);
-}
-
-TEST(PaintFinishTest, UndoAfterAnotherMapWentOnDisplayReloadsTheStrokesMap) {
-  PaintRun run(SkinWeightMaps(), "MyoSkin");
-  run.record.Record(kWeightsMasses, 0, std::vector<float>(kPoints, 0.5f));
-  run.solver.Array(kWeightsMasses).assign(kPoints, 0.5f);
-  run.solver.Array(kWeightsGlobalDamping).assign(kPoints, 0.25f);
-  run.Select("Masses");
-  run.context.ui_value_ = 0.0f;
-  run.Stroke(0, {{3, 1.0}});
-  EXPECT_EQ(run.solver.Array(kWeightsMasses)[3], 0.0f);
-
-  run.Select("Global Damping");
-  run.record.Undo();
-  ReloadPaintedWeights(run.context, run.deformer, run.display, kWeightsMasses);
-  EXPECT_EQ(run.solver.Array(kWeightsMasses), std::vector<float>(kPoints, 0.5f));
-  EXPECT_EQ(run.deformer.DisplayWeight(), kWeightsGlobalDamping);
-  EXPECT_EQ(run.display.weights_, std::vector<float>(kPoints, 0.25f));
 }
