@@ -75,7 +75,8 @@ TEST_F(DebugViewTest, ALocatorWritesEveryConnectedDeformersLinesAsOneObjectEach)
             "l " + std::to_string(first_vertices + 1) + " " + std::to_string(first_vertices + 2));
   EXPECT_EQ(Lines(text, "v ").size(), 2 * Lines(text, "l ").size());
 
-  for (const json& node : json::parse(Output("summary.json"))["nodes"])
+  const json summary = json::parse(Output("summary.json"));
+  for (const json& node : summary["nodes"])
     EXPECT_TRUE(node["name"] != "view" || node["output"] == "view/view.debug.####.obj") << node;
 }
 
