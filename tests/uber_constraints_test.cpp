@@ -111,66 +111,67 @@ TEST(UberConstraintsKernel, WeightsAboveOneAreClampedHardThenSlideThenSoft) {
   EXPECT_FALSE(SameBits(below.positions, other.positions));
 }
 
-TEST(UberConstraintsKernel, NoWeightOrNoMassLeavesThePointAndItsMultiplier) {
-  for (const bool massless : {false, true}) {
-    OnePointScene scene = MixedScene();
-    const std::vector<float> before = scene.positions;
-    scene.Weights(massless ? 1.0f : 0.0f, 0.0f, 0.0f);
-    if (massless) scene.uber.inverse_masses_ = {0.0000005f};
-    scene.Solve(0.0f);
-    EXPECT_TRUE(SameBits(scene.positions, before) && scene.lambdas[0] == 0.25f) << massless;
+// Each term alone, and the cases that must leave the point where it is.
+TEST(UberConstraintsKernel, EachTermMovesThePointToItsTarget) {
+  struct Case {
+    const char* name;
+    float hard, soft, slide, compliance;
+    void (*set_up)(OnePointScene&);
+    Matrix world;
+    Vec3 expected;
+  };
+  const Matrix identity = myo_core::IdentityMatrix();
+  const Case cases[] = {
+      {"hard at rest", 1, 0, 0, 1e-6f, [](OnePointScene&) {}, identity, {0.5f, 1.0f, 0.5f}},
+      // The surface point turns to (0, 0.5, 0.5) and its normal to -x.
+      {"hard turned", 1, 0, 0, 0.0f, TurnReference, identity, {-1.0f, 0.5f, 0.5f}},
+      {"hard turned, skin moved by (5, 0, 0)", 1, 0, 0, 0.0f,
+       [](OnePointScene& s) {
+         TurnReference(s);
+         s.positions = {-4.5f, 1.0f, 0.5f};
+       },
+       myo_test::Affine(5.0f, 0.0f, 0.0f), {-6.0f, 0.5f, 0.5f}},
+      {"soft", 0, 1, 0, 0.0f, [](OnePointScene& s) { s.positions = {0.5f, 3.0f, 0.5f}; }, identity,
+       {0.5f, 1.0f, 0.5f}},
+      {"soft on its surface point", 0, 1, 0, 1e-4f,
+       [](OnePointScene& s) {
+         s.uber.surface_distances_ = {0.0f};
+         s.positions = {0.5f, 0.0f, 0.5f};
+       },
+       identity, {0.5f, 0.0f, 0.5f}},
+      {"slide inactive", 0, 0, 1, 1e-4f,
+       [](OnePointScene& s) {
+         s.uber.sliding_points_ = {1.0f, 0.0f, 0.2f};
+         s.positions = {1.0f, 0.0f, 2.2f};
+       },
+       identity, {1.0f, 0.0f, 2.2f}},
+      {"slide active", 0, 0, 1, 0.0f,
+       [](OnePointScene& s) {
+         s.uber.sliding_points_ = {1.0f, 0.0f, 0.2f};
+         s.uber.sliding_inactive_ = {0};
+         s.positions = {1.0f, 0.0f, 2.2f};
+       },
+       identity, {1.0f, 0.0f, 1.2f}},
+      {"no weight", 0, 0, 0, 0.0f, [](OnePointScene& s) { s = MixedScene(); }, identity, {0.3f, 1.7f, 0.9f}},
+      {"no mass", 1, 0, 0, 0.0f,
+       [](OnePointScene& s) {
+         s = MixedScene();
+         s.uber.inverse_masses_ = {0.0000005f};
+       },
+       identity, {0.3f, 1.7f, 0.9f}},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.name);
+    OnePointScene scene;
+    c.set_up(scene);
+    const std::vector<float> before = scene.positions, lambdas_before = scene.lambdas;
+    const bool stays = c.expected.x == before[0] && c.expected.y == before[1] && c.expected.z == before[2];
+    scene.Weights(c.hard, c.soft, c.slide);
+    scene.Solve(c.compliance, c.world);
+    ExpectVec(scene.Point(), c.expected, 1e-5f);
+    // A point left in place keeps its bits and its multiplier.
+    if (stays) EXPECT_TRUE(SameBits(scene.positions, before) && SameBits(scene.lambdas, lambdas_before));
   }
-}
-
-TEST(UberConstraintsKernel, HardFollowsItsTriangleFrameAtHighStiffness) {
-  OnePointScene scene;
-  scene.Solve(1e-6f);
-  ExpectVec(scene.Point(), {0.5f, 1.0f, 0.5f}, 1e-6f);  // at rest the point stays
-
-  // The surface point turns to (0, 0.5, 0.5) and its normal to -x: the point
-  // follows to one unit along -x from there.
-  TurnReference(scene);
-  scene.Solve(0.0f);
-  ExpectVec(scene.Point(), {-1.0f, 0.5f, 0.5f}, 1e-5f);
-  EXPECT_NEAR(scene.lambdas[0], -std::sqrt(1.5f * 1.5f + 0.5f * 0.5f), 1e-5f);
-
-  // The same in the skin's object space, the skin moved by (5, 0, 0).
-  OnePointScene moved;
-  moved.positions = {-4.5f, 1.0f, 0.5f};
-  TurnReference(moved);
-  moved.Solve(0.0f, myo_test::Affine(5.0f, 0.0f, 0.0f));
-  ExpectVec(moved.Point(), {-6.0f, 0.5f, 0.5f}, 1e-5f);
-}
-
-TEST(UberConstraintsKernel, SoftKeepsTheDistanceButLetsThePointSwing) {
-  OnePointScene scene;
-  scene.Weights(0.0f, 1.0f, 0.0f);
-  scene.positions = {0.5f, 3.0f, 0.5f};
-  scene.Solve(0.0f);
-  ExpectVec(scene.Point(), {0.5f, 1.0f, 0.5f}, 1e-6f);
-
-  scene.lambdas = {0.0f};
-  // On its surface point the direction is zero and so is the correction.
-  scene.uber.surface_distances_ = {0.0f};
-  scene.positions = {0.5f, 0.0f, 0.5f};
-  scene.Solve(1e-4f);
-  ExpectVec(scene.Point(), {0.5f, 0.0f, 0.5f}, 0.0f);
-  EXPECT_EQ(scene.lambdas[0], 0.0f);
-}
-
-TEST(UberConstraintsKernel, SlideKeepsTheDistanceFromTheSlidingPointOnlyWhenActive) {
-  OnePointScene scene;
-  scene.Weights(0.0f, 0.0f, 1.0f);
-  scene.uber.sliding_points_ = {1.0f, 0.0f, 0.2f};
-  scene.positions = {1.0f, 0.0f, 2.2f};  // 2 from the sliding point, 1 to keep
-
-  scene.uber.sliding_inactive_ = {1};
-  scene.Solve(1e-4f);
-  ExpectVec(scene.Point(), {1.0f, 0.0f, 2.2f}, 0.0f);
-
-  scene.uber.sliding_inactive_ = {0};
-  scene.Solve(0.0f);
-  ExpectVec(scene.Point(), {1.0f, 0.0f, 1.2f}, 1e-6f);
 }
 
 // Points of every kind side by side, eight to a row of lanes and a tail:
@@ -278,33 +279,6 @@ UberConstraints OnePointSearch(const LooseTriangles& mesh, const std::vector<uin
   uber.sliding_offsets_ = {0};
   uber.sliding_points_ = {7.0f, 7.0f, 7.0f};
   return uber;
-}
-
-TEST(UberSlidingPoints, EqualDistancesGoToTheCandidateFirstInTheList) {
-  // Two triangles exactly 1 above and 1 below the origin, and far ones.
-  LooseTriangles mesh;
-  const uint32_t above = mesh.Add({-1, 1, -1}, {1, 1, -1}, {0, 1, 2});
-  const uint32_t below = mesh.Add({-1, -1, -1}, {1, -1, -1}, {0, -1, 2});
-  std::vector<uint32_t> far;
-  for (int k = 0; k < 6; ++k)
-    far.push_back(mesh.Add({10.0f + k, 0, 0}, {11.0f + k, 0, 0}, {10.0f + k, 1, 0}));
-  const std::vector<float> origin = {0.0f, 0.0f, 0.0f};
-
-  // The tied pair in different lanes of the four-wide search, in both
-  // orders, and in the same lane.
-  const std::vector<std::vector<uint32_t>> lists = {
-      {far[0], far[1], below, far[2], far[3], above, far[4]},
-      {far[0], far[1], above, far[2], far[3], below, far[4]},
-      {far[0], above, far[1], far[2], far[3], below},
-      {below, above},
-  };
-  const float expected_y[] = {-1.0f, 1.0f, 1.0f, -1.0f};
-  for (std::size_t l = 0; l < lists.size(); ++l) {
-    UberConstraints uber = OnePointSearch(mesh, lists[l]);
-    myo_core::UpdateSlidingPoints(false, origin, myo_core::IdentityMatrix(), uber);
-    ASSERT_EQ(uber.sliding_inactive_[0], 0) << "list " << l;
-    ExpectVec(myo_core::Load3(uber.sliding_points_.data(), 0), {0.0f, expected_y[l], 0.0f}, 0.0f);
-  }
 }
 
 TEST(UberSlidingPoints, PointsWithoutWeightOrListStayInactiveWithTheirOldPoint) {
