@@ -33,44 +33,49 @@ Vec3 Solve(Vec3 point, const Matrix& matrix, float weight, float compliance, boo
 
 }  // namespace
 
-TEST(AttachmentKernelTest, HardRowsBlendByTheMapValueAndLeaveTheMultiplier) {
+TEST(AttachmentKernelTest, HardRowsBlendSoftRowsAccumulateTheirMultiplier) {
   // Quarter turn about z, then (1, 2, 3): the local point (0.5, 0, 0) sits at (1, 2.5, 3).
-  Matrix matrix = myo_test::Affine(1.0f, 2.0f, 3.0f);
-  matrix[0] = matrix[5] = 0.0f;
-  matrix[1] = 1.0f;
-  matrix[4] = -1.0f;
-  float lambda = 0.75f;
-  ExpectVec(Solve({5.0f, -1.0f, 0.25f}, matrix, 1.0f, 0.5f, true, lambda, 0, IdentityMatrix(), {0.5f, 0.0f, 0.0f}),
-            {1.0f, 2.5f, 3.0f}, 0.0f);
-  ExpectVec(Solve({5.0f, -1.0f, 0.25f}, matrix, 0.25f, 0.5f, true, lambda, 0, IdentityMatrix(), {0.5f, 0.0f, 0.0f}),
-            {4.0f, -0.125f, 0.9375f}, 0.0f);
-  EXPECT_EQ(lambda, 0.75f);
-  // Rows below 1e-6 or flagged inert do nothing, hard or soft.
-  for (const bool hard : {false, true}) {
-    ExpectVec(Solve({4.0f, 0.0f, 0.0f}, matrix, 0.0000009f, 0.5f, hard, lambda), {4.0f, 0.0f, 0.0f}, 0.0f);
-    ExpectVec(Solve({4.0f, 0.0f, 0.0f}, matrix, 1.0f, 0.5f, hard, lambda, 1), {4.0f, 0.0f, 0.0f}, 0.0f);
+  Matrix turned = myo_test::Affine(1.0f, 2.0f, 3.0f);
+  turned[0] = turned[5] = 0.0f;
+  turned[1] = 1.0f;
+  turned[4] = -1.0f;
+  const Matrix shifted = myo_test::Affine(1.0f, 0.0f, 0.0f);
+  struct Case {
+    const char* name;
+    Vec3 point;
+    const Matrix* matrix;
+    float weight, compliance;
+    bool hard;
+    uint16_t flag;
+    Vec3 local;
+    float lambda_in;
+    Vec3 expected;
+    float lambda_out;
+  };
+  const Vec3 origin{0.0f, 0.0f, 0.0f}, half_x{0.5f, 0.0f, 0.0f};
+  const Case cases[] = {
+      // Hard rows blend by the map value and leave the multiplier.
+      {"hard", {5, -1, 0.25f}, &turned, 1.0f, 0.5f, true, 0, half_x, 0.75f, {1, 2.5f, 3}, 0.75f},
+      {"hard quarter", {5, -1, 0.25f}, &turned, 0.25f, 0.5f, true, 0, half_x, 0.75f, {4, -0.125f, 0.9375f}, 0.75f},
+      // Rows below 1e-6 or flagged inert do nothing.
+      {"soft below 1e-6", {4, 0, 0}, &turned, 0.0000009f, 0.5f, false, 0, origin, 0.75f, {4, 0, 0}, 0.75f},
+      {"hard inert", {4, 0, 0}, &turned, 1.0f, 0.5f, true, 1, origin, 0.75f, {4, 0, 0}, 0.75f},
+      {"soft inert", {4, 0, 0}, &turned, 1.0f, 0.5f, false, 1, origin, 0.75f, {4, 0, 0}, 0.75f},
+      // C = 2 against a weighted norm 1 and compliance 1: half the way, lambda
+      // -1; then the multiplier balances the remaining C = 1 and nothing moves.
+      {"soft first", {3, 0, 0}, &shifted, 1.0f, 1.0f, false, 0, origin, 0.0f, {2, 0, 0}, -1.0f},
+      {"soft balanced", {2, 0, 0}, &shifted, 1.0f, 1.0f, false, 0, origin, -1.0f, {2, 0, 0}, -1.0f},
+      // Without compliance the row lands on the target whatever the weight.
+      {"soft rigid", {3, 0, 0}, &shifted, 0.5f, 0.0f, false, 0, origin, 0.0f, {1, 0, 0}, -4.0f},
+      // On target: zero gradient, and the multiplier falls back to 0.
+      {"soft on target", {1, 0, 0}, &shifted, 1.0f, 0.5f, false, 0, origin, 0.3f, {1, 0, 0}, 0.0f},
+  };
+  for (const Case& c : cases) {
+    float lambda = c.lambda_in;
+    ExpectVec(Solve(c.point, *c.matrix, c.weight, c.compliance, c.hard, lambda, c.flag, IdentityMatrix(), c.local),
+              c.expected, 0.0f);
+    EXPECT_EQ(lambda, c.lambda_out) << c.name;
   }
-  EXPECT_EQ(lambda, 0.75f);
-}
-
-TEST(AttachmentKernelTest, SoftRowsAccumulateTheirMultiplier) {
-  const Matrix matrix = myo_test::Affine(1.0f, 0.0f, 0.0f);
-  // C = 2 against a weighted norm 1 and compliance 1: half the way, lambda -1;
-  // then the multiplier balances the remaining C = 1 and nothing moves.
-  float lambda = 0.0f;
-  const Vec3 first = Solve({3.0f, 0.0f, 0.0f}, matrix, 1.0f, 1.0f, false, lambda);
-  ExpectVec(first, {2.0f, 0.0f, 0.0f}, 0.0f);
-  EXPECT_EQ(lambda, -1.0f);
-  ExpectVec(Solve(first, matrix, 1.0f, 1.0f, false, lambda), first, 0.0f);
-  EXPECT_EQ(lambda, -1.0f);
-  // Without compliance the row lands on the target whatever the weight.
-  lambda = 0.0f;
-  ExpectVec(Solve({3.0f, 0.0f, 0.0f}, matrix, 0.5f, 0.0f, false, lambda), {1.0f, 0.0f, 0.0f}, 0.0f);
-  EXPECT_EQ(lambda, -4.0f);
-  // On target: zero gradient, and the multiplier falls back to 0.
-  lambda = 0.3f;
-  ExpectVec(Solve({1.0f, 0.0f, 0.0f}, matrix, 1.0f, 0.5f, false, lambda), {1.0f, 0.0f, 0.0f}, 0.0f);
-  EXPECT_EQ(lambda, 0.0f);
 }
 
 TEST(AttachmentRowsTest, RowsAreSetMajorWithTheirOwnMultipliers) {
@@ -141,22 +146,6 @@ TEST(AttachmentBuildTest, RowsHoldTheRestPointsInTheFrameOfEachMatrix) {
   const std::vector<float> expected = {0.0f, 2.0f, 4.0f, -3.0f, 0.5f,  1.0f, 3.0f, 4.0f, 0.0f,
                                        0.5f, 1.0f, 2.0f, -1.0f, 0.25f, 0.5f, 2.0f, 2.0f, 0.0f};
   EXPECT_EQ(build.group.local_positions_, expected);
-}
-
-TEST(AttachmentBuildTest, OverlappingPaintIsNormalisedAndRepairedWithOneWarning) {
-  AttachmentBuild build;
-  build.Paint(1, {0.8f, 0.4f, 0.0f});
-  build.Paint(2, {0.8f, 0.4f, 0.0f});
-  myo_test::LogCapture log;
-  build.Build({1, 2});
-  EXPECT_EQ(log.Count("[MyoForge][Warning] Non-normalized Attachment Constraint weights detected. Proceeding to "
-                      "normalize weights for solver consistency."),
-            1u);
-  EXPECT_EQ(log.lines().size(), 1u);
-  EXPECT_EQ(build.weights, (std::vector<float>{0.5f, 0.4f, 0.0f, 0.5f, 0.4f, 0.0f}));
-  std::vector<float> repaired;
-  build.maps.ReadFloats("attachmentConstraintsList", "attachmentConstraints", 2, 3, -1.0f, repaired);
-  EXPECT_EQ(repaired, (std::vector<float>{0.5f, 0.4f, 0.0f}));
 }
 
 TEST(AttachmentBuildTest, AMismatchedCountOrNoMatrixBuildsNothing) {
