@@ -40,17 +40,13 @@ float Extent(const std::vector<float>& points, int axis) {
 
 }  // namespace
 
-TEST(MuscleStepTest, LambdasAreLaidOutByGroupAndClearedAfterEachStep) {
+TEST(MuscleStepTest, LambdasAreClearedAfterEachStep) {
   MuscleScene scene;
   MuscleSetupOptions options;
   options.shape_preservation = 1.0f;
   Assemble(scene, MakeSpindle(6, 8, 10.0f, 2.0f), options);
   MuscleSolver& solver = scene.solver;
-  const uint32_t edges = solver.edge_constraints_->RowCount();
-  const uint32_t shapes = solver.shape_constraints_->RowCount();
-  ASSERT_GT(shapes, 0u);
-  EXPECT_EQ(solver.shape_constraints_->lambda_base_, edges);
-  EXPECT_EQ(solver.volume_constraint_->lambda_base_, edges + shapes);
+  ASSERT_GT(solver.shape_constraints_->RowCount(), 0u);
 
   FrameSettings frame;
   frame.activation = 0.5f;
