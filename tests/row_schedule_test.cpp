@@ -13,19 +13,6 @@
 
 using namespace myo_core;
 
-TEST(RowScheduleTest, ARowRunsAtTheFirstLevelAfterTheRowsItWaitsFor) {
-  const std::vector<int32_t> starts{0, 1, 2, 0, 3, 4}, ends{1, 2, 3, 4, 5, 5};
-  const RowSchedule schedule = BuildRowSchedule({&starts, &ends}, 6);
-  std::vector<uint32_t> level_of(6);
-  for (std::size_t l = 0; l + 1 < schedule.level_offsets.size(); ++l)
-    for (uint32_t k = schedule.level_offsets[l]; k < schedule.level_offsets[l + 1]; ++k)
-      level_of[schedule.order[k]] = static_cast<uint32_t>(l);
-  // Row 3 ({0, 4}) only waits for row 0, so it runs beside row 1 ({1, 2}).
-  EXPECT_EQ(level_of[3], 1u);
-  EXPECT_EQ(level_of[1], 1u);
-  EXPECT_EQ(schedule.level_offsets.size(), 6u);
-}
-
 // The whole point of the schedule: the same bits as solving in table order.
 TEST(RowScheduleTest, ScheduledRowsGiveTheBitsOfTableOrder) {
   myo_scenes::MuscleScene scene;
