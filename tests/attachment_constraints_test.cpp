@@ -204,24 +204,6 @@ struct AttachedSpindle {
 
 }  // namespace
 
-TEST(MuscleAttachmentTest, AssemblyLaysOutAttachmentAndSegmentRowsBeforeTheVolume) {
-  for (const bool hard : {true, false}) {
-    AttachedSpindle spindle(2.0f, hard);
-    const MuscleSolver& solver = spindle.scene.solver;
-    const uint32_t n = solver.point_count_;
-    const AttachmentConstraints& attachments = *solver.attachment_constraints_;
-    const SlideOnSegmentConstraints& segments = *solver.slide_on_segment_constraints_;
-    EXPECT_EQ(segments.lambda_base_, attachments.lambda_base_ + 2 * n);
-    EXPECT_EQ(solver.volume_constraint_->lambda_base_, segments.lambda_base_ + n);
-    // Hard rows blend by the painted value; soft ones are scaled by 1 / mass.
-    const std::vector<float>& map = spindle.scene.node.attachment_map_;
-    ASSERT_EQ(attachments.inverse_masses_.size(), 2 * n);
-    for (uint32_t row = 0; row < 2 * n; ++row)
-      ASSERT_EQ(attachments.inverse_masses_[row], hard ? map[row] : map[row] * 0.5f) << row;
-    EXPECT_EQ(segments.inverse_masses_, std::vector<float>(n, 0.25f));
-  }
-}
-
 TEST(MusclePhysicsTest, MuscleAttachedSoftlyAtBothEndsFollowsTheMovingBones) {
   // Without gravity the ends follow the bones closely; under gravity the
   // hanging belly pulls them off by a fraction of a millimetre.
