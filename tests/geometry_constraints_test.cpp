@@ -31,33 +31,6 @@ TargetMesh TargetOf(const MeshData& mesh, const Matrix& matrix = IdentityMatrix(
   return target;
 }
 
-bool Contains(const std::vector<int32_t>& list, int32_t value) {
-  return std::find(list.begin(), list.end(), value) != list.end();
-}
-
-// The walk as it reads in words: recursion, visited lists as plain arrays
-// searched one by one.
-void RecursiveWalk(int32_t triangle, float radius, Vec3 centre, const TargetMesh& target, bool add,
-                   std::vector<int32_t>& polygons, std::vector<int32_t>& triangles, std::vector<int32_t>& result) {
-  for (int k = 0; k < 3; ++k) {
-    const int32_t v = target.triangle_vertices_[3 * triangle + k];
-    if (!(Length(Load3(target.vertices_.data(), v) - centre) <= radius)) continue;
-    add = true;
-    for (int32_t j = 0; j < target.vertex_polygon_counts_[v]; ++j) {
-      const int32_t f = target.vertex_polygons_[target.vertex_polygon_offsets_[v] + j];
-      if (Contains(polygons, f)) continue;
-      polygons.push_back(f);
-      for (int32_t m = 0; m < target.polygon_triangle_counts_[f]; ++m) {
-        const int32_t g = target.polygon_triangles_[target.polygon_triangle_offsets_[f] + m];
-        if (Contains(triangles, g)) continue;
-        triangles.push_back(g);
-        RecursiveWalk(g, radius, centre, target, false, polygons, triangles, result);
-      }
-    }
-  }
-  if (add && !Contains(result, triangle)) result.push_back(triangle);
-}
-
 std::vector<int32_t> Walk(int32_t triangle, float radius, Vec3 centre, const TargetMesh& target,
                           CandidateSearchScratch& visited) {
   std::vector<int32_t> result;
@@ -123,22 +96,6 @@ SlideOnGeometryConstraints SlideTable(uint32_t points, const std::vector<std::ve
 
 // ---------------------------------------------------------------------------
 // Candidate triangles
-
-TEST(CandidateSearchTest, WalkOrderEqualsTheRecursiveWalk) {
-  const MeshData grid = myo_test::BuildMesh(MakeGrid(20, 20, 10.0f, 10.0f));
-  const TargetMesh target = TargetOf(grid, myo_test::RotationZ(0.3f, {1.0f, 2.0f, 0.5f}));
-  CandidateSearchScratch visited;  // shared by all walks, as in a build
-  const int32_t starts[] = {0, 37, 411, 799};
-  const float radii[] = {0.0f, 0.3f, 0.9f, 2.5f, 100.0f};
-  for (int32_t start : starts)
-    for (float radius : radii) {
-      const int32_t* corners = &target.triangle_vertices_[3 * start];
-      const Vec3 centre = (Load3(target.vertices_.data(), corners[0]) + Load3(target.vertices_.data(), corners[1])) * 0.5f;
-      std::vector<int32_t> polygons, triangles, expected;
-      RecursiveWalk(start, radius, centre, target, true, polygons, triangles, expected);
-      EXPECT_EQ(Walk(start, radius, centre, target, visited), expected) << start << " " << radius;
-    }
-}
 
 TEST(CandidateSearchTest, AReachOverTheWholeMeshListsEveryTriangleOnce) {
   // Deep enough that a walk by recursion would risk the call stack.
@@ -354,38 +311,6 @@ TEST(GeometryBuildTest, UnusableTargetsAreWarnedAndLeftInert) {
   UpdateClosestPoints(solver.positions_, IdentityMatrix(), solver.targets_,
                       *solver.slide_on_geometry_constraints_);
   EXPECT_EQ(slides.row_flags_, (std::vector<uint16_t>{1, 1, 1, 1, 0, 0}));
-}
-
-TEST(GeometryBuildTest, RestRowsRebuildTheRestPointsFromTheTarget) {
-  const Matrix matrix = MultiplyMatrices(myo_test::RotationZ(0.4f, {0.0f, 0.0f, 0.0f}), TranslationMatrix(0.5f, 0.2f, 0.0f));
-  const MeshData spindle = myo_test::Placed(myo_test::BuildMesh(MakeSpindle(10, 16, 12.0f, 3.0f)), matrix);
-  MuscleSolver solver;
-  const PolygonMesh muscle = MakeSpindle(6, 8, 8.0f, 1.5f);
-  solver.point_count_ = static_cast<uint32_t>(muscle.points.size() / 3);
-  solver.positions_ = muscle.points;
-  const Matrix solver_world = TranslationMatrix(0.1f, 0.0f, 0.0f);
-  MapStore maps;
-  MuscleNodeState node;
-  BuildGeometryConstraints({TargetInput{"outer", 0, &spindle, matrix}}, "muscle1", maps, 0, 1.0f,
-                           solver.point_count_, solver_world, node, solver);
-  const TargetMesh& target = solver.targets_[0];
-  const AttachmentToGeoConstraints& rows = *solver.attachment_to_geo_constraints_;
-  for (uint32_t i = 0; i < solver.point_count_; ++i) {
-    const Vec3 x = TransformPoint(Load3(solver.positions_.data(), i), solver_world);
-    const int32_t* abc = &rows.triangle_vertices_[3 * i];
-    const float u = rows.bary_u_[i], v = rows.bary_v_[i];
-    const Vec3 anchor = Load3(target.vertices_.data(), abc[0]) * u + Load3(target.vertices_.data(), abc[1]) * v +
-                        Load3(target.vertices_.data(), abc[2]) * (1.0f - u - v);
-    myo_test::ExpectVec(anchor, Load3(rows.anchors_.data(), i), 1e-5f);
-    const Matrix frame = TriangleFrame(anchor, target.vertices_.data(), target.polygon_normals_.data(),
-                                       rows.faces_[i], abc[0], abc[1]);
-    myo_test::ExpectVec(anchor + TransformColumn(frame, Load3(rows.local_offsets_.data(), i)), x, 1e-4f);
-    EXPECT_NEAR(rows.distances_[i], Length(x - anchor), 1e-5f);
-    // The anchor's triangle belongs to the anchor's polygon.
-    EXPECT_GE(TriangleOf(target, rows.faces_[i], abc), 0) << i;
-  }
-  // The largest size is the world diagonal of the spindle's box (rotation keeps lengths).
-  EXPECT_NEAR(node.largest_target_size_, std::sqrt(12.0f * 12.0f + 6.0f * 6.0f + 6.0f * 6.0f), 0.05f);
 }
 
 TEST(GeometryBuildTest, SlidingReachComesFromTheDistanceAndTheClampedMultiplier) {
