@@ -79,6 +79,16 @@ struct CollisionBinding {
   }
 };
 
+// Whether point i's closest point lies on the collider triangle it records.
+bool OnRecordedTriangle(const CollisionBinding& b, uint32_t i) {
+  const Vec3 q = myo_core::Load3(b.group.closest_points_.data(), i);
+  const int32_t* abc = &b.collider.triangle_vertices[3 * b.group.closest_triangles_[i]];
+  const float* v = b.collider.world_points.data();
+  const Vec3 on = myo_core::ClosestPointOnTriangle(q, myo_core::Load3(v, abc[0]), myo_core::Load3(v, abc[1]),
+                                                   myo_core::Load3(v, abc[2]));
+  return myo_core::Length(on - q) < 1e-5f;
+}
+
 void ExpectEveryPointInactiveWithoutList(const SlideCollisionConstraints& group, uint32_t n) {
   EXPECT_EQ(group.sliding_inactive_, std::vector<uint16_t>(n, 1));
   EXPECT_EQ(group.sliding_counts_, std::vector<uint32_t>(n, 0));
@@ -99,11 +109,7 @@ TEST(SlideCollisionBinding, BindsEachPointToItsClosestColliderPointAndSide) {
     // The closest point lies on the recorded triangle, at the bound distance.
     const Vec3 q = myo_core::Load3(b.group.closest_points_.data(), i);
     const uint32_t t = b.group.closest_triangles_[i];
-    const int32_t* abc = &b.collider.triangle_vertices[3 * t];
-    const float* v = b.collider.world_points.data();
-    const Vec3 on = myo_core::ClosestPointOnTriangle(q, myo_core::Load3(v, abc[0]), myo_core::Load3(v, abc[1]),
-                                                     myo_core::Load3(v, abc[2]));
-    EXPECT_LT(myo_core::Length(on - q), 1e-5f);
+    EXPECT_TRUE(OnRecordedTriangle(b, i)) << "point " << i;
     EXPECT_NEAR(myo_core::Length(p - q), b.group.collision_distances_[i], 1e-5f);
     // The list holds that triangle and its neighbours within reach.
     const auto list = b.group.sliding_triangles_.begin() + b.group.sliding_offsets_[i];
@@ -112,12 +118,15 @@ TEST(SlideCollisionBinding, BindsEachPointToItsClosestColliderPointAndSide) {
     EXPECT_EQ(b.group.sliding_inactive_[i], 0);
   }
 
-  // The first search finds the same closest points on the unmoved collider.
+  // The first search finds the same closest points on the unmoved collider,
+  // each on the triangle it records.
   const std::vector<float> bound = b.group.closest_points_;
   b.group.inverse_masses_.assign(n, 1.0f);
   myo_core::UpdateCollisionSlidingPoints(false, b.positions, myo_core::IdentityMatrix(), b.group);
-  for (uint32_t i = 0; i < n; ++i)
+  for (uint32_t i = 0; i < n; ++i) {
     ExpectVec(myo_core::Load3(b.group.closest_points_.data(), i), myo_core::Load3(bound.data(), i), 1e-5f);
+    EXPECT_TRUE(OnRecordedTriangle(b, i)) << "point " << i;
+  }
 }
 
 TEST(SlideCollisionBinding, PointsWithoutWeightOrReachHaveNoList) {
