@@ -170,7 +170,9 @@ TEST(UberConstraintsKernel, EachTermMovesThePointToItsTarget) {
     scene.Solve(c.compliance, c.world);
     ExpectVec(scene.Point(), c.expected, 1e-5f);
     // A point left in place keeps its bits and its multiplier.
-    if (stays) EXPECT_TRUE(SameBits(scene.positions, before) && SameBits(scene.lambdas, lambdas_before));
+    if (stays) {
+      EXPECT_TRUE(SameBits(scene.positions, before) && SameBits(scene.lambdas, lambdas_before));
+    }
   }
 }
 
@@ -400,16 +402,6 @@ TEST(UberSlidingPoints, AMovedOrRewiredReferenceIsPreparedAgain) {
   EXPECT_EQ(nearest_y(), -2.0f);
   for (int k = 0; k < 3; ++k) uber.reference_triangles_[3 * below + k] = 3 * spare + k;  // rewired
   EXPECT_EQ(nearest_y(), 0.5f);
-}
-
-TEST(UberSlidingEdges, EachEdgeOnceAsASortedPair) {
-  // Triangles (0, 1, 2) and (2, 1, 3) sharing the edge 1-2; the first listed twice.
-  const std::vector<uint32_t> reference = {0, 1, 2, 2, 1, 3};
-  std::vector<uint32_t> edges = {99};
-  myo_core::BuildSlidingEdges({1, 0, 1}, reference, edges);
-  EXPECT_EQ(edges, (std::vector<uint32_t>{0, 1, 0, 2, 1, 2, 1, 3, 2, 3}));
-  myo_core::BuildSlidingEdges({}, reference, edges);
-  EXPECT_TRUE(edges.empty());
 }
 
 }  // namespace
