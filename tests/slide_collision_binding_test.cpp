@@ -177,10 +177,7 @@ TEST(SlideCollisionBinding, BoundOnARestPoseTheClosestPointsStartOnTheCurrentPos
   myo_core::FillWorldSpace(moved, b.current);
   ASSERT_TRUE(b.Bind());
   EXPECT_EQ(b.group.collision_distances_, at_rest.collision_distances_);
-  EXPECT_EQ(b.group.inside_flags_, at_rest.inside_flags_);
   EXPECT_EQ(b.group.sliding_triangles_, at_rest.sliding_triangles_);
-  EXPECT_EQ(b.group.closest_triangles_, at_rest.closest_triangles_);
-  EXPECT_EQ(b.group.collider_positions_, b.collider.world_points);
   for (uint32_t i = 0; i < b.Count(); ++i)
     ExpectVec(myo_core::Load3(b.group.closest_points_.data(), i),
               myo_core::TransformPoint(myo_core::Load3(at_rest.closest_points_.data(), i), moved), 1e-5f);
