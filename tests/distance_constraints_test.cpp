@@ -13,83 +13,48 @@ using namespace myo_core;
 
 namespace {
 
-// Two points on the x axis, a at 0 and b at `length`.
-std::vector<float> EdgeAlongX(float length) { return {0.0f, 0.0f, 0.0f, length, 0.0f, 0.0f}; }
-
-float EdgeLength(const std::vector<float>& p) {
-  return std::sqrt((p[3] - p[0]) * (p[3] - p[0]) + (p[4] - p[1]) * (p[4] - p[1]) + (p[5] - p[2]) * (p[5] - p[2]));
-}
+// A multiplier that a case does not check.
+float any_lambda() { return std::nanf(""); }
 
 }  // namespace
 
-TEST(DistanceKernelTest, RigidRowRestoresTheRestLengthSymmetrically) {
-  std::vector<float> p = EdgeAlongX(3.0f), lambdas{0.0f, 0.0f};
-  SolveDistanceConstraint(1, 0, 1, 1.0f, 1.0f, 0.0f, 2.0f, 1.0f, 1.0f, 1.0f, p.data(), lambdas.data());
-  EXPECT_FLOAT_EQ(p[0], 0.5f);
-  EXPECT_FLOAT_EQ(p[3], 2.5f);
-  EXPECT_FLOAT_EQ(lambdas[1], -0.5f);  // -C / (w_a + w_b)
-
-  // The rest multiplier scales the target: 2 times 0.75 is 1.5.
-  p = EdgeAlongX(3.0f);
-  lambdas = {0.0f, 0.0f};
-  SolveDistanceConstraint(0, 0, 1, 1.0f, 1.0f, 0.0f, 2.0f, 0.75f, 1.0f, 1.0f, p.data(), lambdas.data());
-  EXPECT_NEAR(EdgeLength(p), 1.5f, 1e-6f);
-
-  // Unequal weights share the correction in their ratio, along the edge.
-  p = {1.0f, 1.0f, 1.0f, 1.0f, 5.0f, 1.0f};
-  lambdas = {0.0f};
-  SolveDistanceConstraint(0, 0, 1, 3.0f, 1.0f, 0.0f, 2.0f, 1.0f, 1.0f, 1.0f, p.data(), lambdas.data());
-  EXPECT_FLOAT_EQ(p[1], 2.5f);
-  EXPECT_FLOAT_EQ(p[4], 4.5f);
-}
-
-TEST(DistanceKernelTest, ResistanceScalesTheViolationByItsSign) {
-  // Compressed edge (length 1, rest 2): the compression resistance applies.
-  std::vector<float> p = EdgeAlongX(1.0f), lambdas{0.0f};
-  SolveDistanceConstraint(0, 0, 1, 1.0f, 1.0f, 0.0f, 2.0f, 1.0f, 0.5f, 0.0f, p.data(), lambdas.data());
-  EXPECT_NEAR(EdgeLength(p), 1.5f, 1e-6f);
-
-  // Compression resistance 0 on a compressed edge: no push back, and with a
-  // multiplier of 0 the delta is 0.
-  p = EdgeAlongX(1.0f);
-  lambdas = {0.0f};
-  SolveDistanceConstraint(0, 0, 1, 1.0f, 1.0f, 0.5f, 2.0f, 1.0f, 0.0f, 1.0f, p.data(), lambdas.data());
-  EXPECT_EQ(p, EdgeAlongX(1.0f));
-  EXPECT_EQ(lambdas[0], 0.0f);
-
-  // ... while an accumulated multiplier still acts through the compliance:
-  // delta = (-m a) / (w + a).
-  lambdas = {0.2f};
-  SolveDistanceConstraint(0, 0, 1, 1.0f, 1.0f, 0.5f, 2.0f, 1.0f, 0.0f, 1.0f, p.data(), lambdas.data());
-  const float delta = (-(0.2f * 0.5f)) / (2.0f + 0.5f);
-  EXPECT_FLOAT_EQ(lambdas[0], 0.2f + delta);
-  EXPECT_FLOAT_EQ(p[0], -delta);
-
-  // Stretched edge: the stretching resistance applies, not the compression.
-  p = EdgeAlongX(3.0f);
-  lambdas = {0.0f};
-  SolveDistanceConstraint(0, 0, 1, 1.0f, 1.0f, 0.0f, 2.0f, 1.0f, 1.0f, 0.25f, p.data(), lambdas.data());
-  EXPECT_NEAR(EdgeLength(p), 2.75f, 1e-6f);
-}
-
-TEST(DistanceKernelTest, WeightGuards) {
-  // Weights summing below 1e-6: nothing moves, the multiplier stays.
-  std::vector<float> p = EdgeAlongX(3.0f), lambdas{0.0f};
-  SolveDistanceConstraint(0, 0, 1, 4e-7f, 4e-7f, 0.0f, 2.0f, 1.0f, 1.0f, 1.0f, p.data(), lambdas.data());
-  EXPECT_EQ(p, EdgeAlongX(3.0f));
-  EXPECT_EQ(lambdas[0], 0.0f);
-
-  // An end whose own weight is below 1e-6 stays; the other takes it all.
-  SolveDistanceConstraint(0, 0, 1, 5e-7f, 1.0f, 0.0f, 2.0f, 1.0f, 1.0f, 1.0f, p.data(), lambdas.data());
-  EXPECT_EQ(p[0], 0.0f);
-  EXPECT_NEAR(p[3], 2.0f, 1e-5f);
-
-  // Coincident points: no direction, so the correction cannot move them.
-  std::vector<float> same{1.0f, 1.0f, 1.0f, 1.0f, 1.0f, 1.0f};
-  lambdas = {0.0f};
-  SolveDistanceConstraint(0, 0, 1, 1.0f, 1.0f, 0.1f, 2.0f, 1.0f, 1.0f, 1.0f, same.data(), lambdas.data());
-  EXPECT_EQ(same, std::vector<float>(6, 1.0f));
-  EXPECT_FLOAT_EQ(lambdas[0], 2.0f / 0.1f);  // (-C) / a, with n zero
+TEST(DistanceKernelTest, EachCaseMovesTheEndsWhereTheyBelong) {
+  struct Case {
+    const char* name;
+    std::vector<float> start;
+    float w_a, w_b, compliance, rest_multiplier, compression, stretching, lambda_in;
+    std::vector<float> expected;  // the two points after one solve
+    float lambda_out;
+  };
+  const float delta = (-(0.2f * 0.5f)) / (2.0f + 0.5f);  // (-m a) / (w + a), the rows below at rest 2
+  const Case cases[] = {
+      {"rigid, symmetric", {0, 0, 0, 3, 0, 0}, 1, 1, 0, 1, 1, 1, 0, {0.5f, 0, 0, 2.5f, 0, 0}, -0.5f},
+      {"rest multiplier 0.75", {0, 0, 0, 3, 0, 0}, 1, 1, 0, 0.75f, 1, 1, 0, {0.75f, 0, 0, 2.25f, 0, 0}, -0.75f},
+      {"weights 3 : 1", {1, 1, 1, 1, 5, 1}, 3, 1, 0, 1, 1, 1, 0, {1, 2.5f, 1, 1, 4.5f, 1}, -0.5f},
+      {"compression resistance 0.5", {0, 0, 0, 1, 0, 0}, 1, 1, 0, 1, 0.5f, 0, 0, {-0.25f, 0, 0, 1.25f, 0, 0}, 0.25f},
+      {"stretch resistance 0.25", {0, 0, 0, 3, 0, 0}, 1, 1, 0, 1, 1, 0.25f, 0, {0.125f, 0, 0, 2.875f, 0, 0}, -0.125f},
+      // No compression resistance: no push back from a zero multiplier...
+      {"no compression resistance", {0, 0, 0, 1, 0, 0}, 1, 1, 0.5f, 1, 0, 1, 0, {0, 0, 0, 1, 0, 0}, 0.0f},
+      // ... while an accumulated one still acts through the compliance.
+      {"accumulated multiplier", {0, 0, 0, 1, 0, 0}, 1, 1, 0.5f, 1, 0, 1, 0.2f, {-delta, 0, 0, 1 + delta, 0, 0},
+       0.2f + delta},
+      {"weights below 1e-6", {0, 0, 0, 3, 0, 0}, 4e-7f, 4e-7f, 0, 1, 1, 1, 0, {0, 0, 0, 3, 0, 0}, 0.0f},
+      // An end whose own weight is below 1e-6 stays; the other takes it all.
+      {"one end below 1e-6", {0, 0, 0, 3, 0, 0}, 5e-7f, 1, 0, 1, 1, 1, 0, {0, 0, 0, 2, 0, 0}, any_lambda()},
+      // Coincident points: no direction, the multiplier is (-C) / a.
+      {"coincident", {1, 1, 1, 1, 1, 1}, 1, 1, 0.1f, 1, 1, 1, 0, {1, 1, 1, 1, 1, 1}, 2.0f / 0.1f},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.name);
+    std::vector<float> p = c.start, lambdas = {0.0f, c.lambda_in};
+    SolveDistanceConstraint(1, 0, 1, c.w_a, c.w_b, c.compliance, 2.0f, c.rest_multiplier, c.compression, c.stretching,
+                            p.data(), lambdas.data());
+    for (int k = 0; k < 6; ++k) EXPECT_NEAR(p[k], c.expected[k], 1e-5f) << k;
+    if (!std::isnan(c.lambda_out)) {
+      EXPECT_FLOAT_EQ(lambdas[1], c.lambda_out);
+    }
+    EXPECT_EQ(lambdas[0], 0.0f);
+  }
 }
 
 TEST(DistanceBuildTest, OneRowPerEdgeInIdOrder) {
