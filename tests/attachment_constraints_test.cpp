@@ -170,12 +170,12 @@ TEST(AttachmentBuildTest, AMismatchedCountOrNoMatrixBuildsNothing) {
 namespace {
 
 // A spindle along x from -10 to 10, placed 5 up in z by its world matrix,
-// with two attachments painted over its ends and one segment along its axis.
+// with two soft attachments painted over its ends.
 struct AttachedSpindle {
   MuscleScene scene;
   std::vector<uint32_t> painted;  // points of either end
 
-  AttachedSpindle(float mass, bool hard) {
+  AttachedSpindle() {
     scene.mesh = myo_test::BuildMesh(MakeSpindle(12, 10, 20.0f, 3.0f));
     const uint32_t n = scene.mesh.PointCount();
     std::vector<float> left(n, 0.0f), right(n, 0.0f);
@@ -187,16 +187,11 @@ struct AttachedSpindle {
     }
     scene.maps.SetAll("attachmentConstraintsList", "attachmentConstraints", 0, left);
     scene.maps.SetAll("attachmentConstraintsList", "attachmentConstraints", 2, right);
-    scene.maps.SetAll("slideOnSegmentConstraintsList", "slideOnSegmentConstraints", 0, std::vector<float>(n, 0.5f));
-    scene.maps.SetAll("massList", "mass", 0, std::vector<float>(n, mass));
     MuscleAssemblyInputs inputs;
     inputs.warn = false;
     inputs.world_matrix = myo_test::Affine(0.0f, 0.0f, 5.0f);
     inputs.attachment_indices = {0, 2};
     inputs.attachment_matrices = {myo_test::Affine(-10.0f, 0.0f, 5.0f), myo_test::Affine(10.0f, 0.0f, 5.0f)};
-    inputs.hard_attachments = hard;
-    inputs.segment_indices = {0};
-    inputs.segment_matrices = {myo_test::Affine(-30.0f, 0.0f, 5.0f), myo_test::Affine(30.0f, 0.0f, 5.0f)};
     InitializeSolver(scene.mesh, scene.maps, inputs, scene.node, scene.solver);
     scene.solver.world_matrix_inverse_ = InvertMatrix(scene.solver.world_matrix_);
   }
@@ -208,9 +203,8 @@ TEST(MusclePhysicsTest, MuscleAttachedSoftlyAtBothEndsFollowsTheMovingBones) {
   // Without gravity the ends follow the bones closely; under gravity the
   // hanging belly pulls them off by a fraction of a millimetre.
   for (const float gravity : {0.0f, -980.0f}) {
-    AttachedSpindle spindle(1.0f, false);
+    AttachedSpindle spindle;
     MuscleSolver& solver = spindle.scene.solver;
-    solver.slide_on_segment_constraints_->initialised_ = false;  // attachments alone
     FrameSettings frame;
     frame.stiffness = 1000000.0f;
     frame.gravity_y = gravity;
