@@ -10,6 +10,7 @@
 #include "core/kernels/shape_constraints.h"
 #include "scenes/muscle_meshes.h"
 #include "scenes/muscle_setup.h"
+#include "support/solver_runs.h"
 
 using namespace myo_core;
 
@@ -48,12 +49,7 @@ TEST(RowScheduleTest, ScheduledRowsGiveTheBitsOfTableOrder) {
                           edges.rest_vectors_.data(), edges.edge_fibers_.data(), table_positions.data(),
                           table_lambdas.data());
     }
-    for (uint32_t r = 0; r < shape.RowCount(); ++r) {
-      const uint32_t a = shape.first_points_[r], b = shape.centre_points_[r], c = shape.third_points_[r];
-      SolveShapeConstraint(shape.lambda_base_ + r, a, b, c, shape.inverse_masses_[a], shape.inverse_masses_[b],
-                           shape.inverse_masses_[c], shape.group_compliance_, shape.rest_distances_[r],
-                           table_positions.data(), table_lambdas.data());
-    }
+    myo_test::PlainShapeRows(shape, table_positions.data(), table_lambdas.data());
   }
 
   PrepareEdgeRows(edges, edges.rest_activation_);
