@@ -233,23 +233,19 @@ TEST(ClosestPointQueryTest, ConcurrentQueriesGiveTheSameAnswers) {
   std::mt19937 random(99);
   const std::vector<float> points = QueryPoints(random, mesh, 4000);
   const size_t count = points.size() / 3;
-  std::vector<ClosestPointHit> serial(count);
+  std::vector<ClosestPointHit> serial(count), first(count), second(count);
   for (size_t i = 0; i < count; ++i) query.Closest(&points[3 * i], -1.0f, serial[i]);
-
-  const int thread_count = 4;
-  std::vector<std::vector<ClosestPointHit>> parallel(thread_count,
-                                                     std::vector<ClosestPointHit>(count));
-  std::vector<std::thread> threads;
-  for (int t = 0; t < thread_count; ++t)
-    threads.emplace_back([&, t] {
-      for (size_t i = 0; i < count; ++i) query.Closest(&points[3 * i], -1.0f, parallel[t][i]);
-    });
-  for (std::thread& thread : threads) thread.join();
-  for (int t = 0; t < thread_count; ++t)
-    for (size_t i = 0; i < count; ++i) {
-      ASSERT_EQ(parallel[t][i].triangle, serial[i].triangle);
-      ASSERT_EQ(parallel[t][i].distance, serial[i].distance);
-    }
+  const auto run = [&](std::vector<ClosestPointHit>* hits) {
+    for (size_t i = 0; i < count; ++i) query.Closest(&points[3 * i], -1.0f, (*hits)[i]);
+  };
+  std::thread a(run, &first), b(run, &second);
+  a.join();
+  b.join();
+  for (size_t i = 0; i < count; ++i) {
+    ASSERT_EQ(first[i].triangle, serial[i].triangle);
+    ASSERT_EQ(second[i].triangle, serial[i].triangle);
+    ASSERT_EQ(second[i].distance, serial[i].distance);
+  }
 }
 
 }  // namespace
