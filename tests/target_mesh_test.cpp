@@ -88,27 +88,6 @@ TEST(TargetMeshTest, TriangleFrameHasUnitAxesTowardsTheFirstCornerAndAlongTheNor
   myo_test::ExpectVec(TransformColumn(on_corner, {0.0f, 0.0f, 1.0f}), NormalizeSafe(Vec3{-1.9995f, 2.0f, 0.0f}), 1e-6f);
 }
 
-TEST(TargetMeshTest, UpdateTargetsRefreshesTheWorldSpaceAndKeepsTheTopology) {
-  const MeshData grid = myo_test::Placed(GridData(2, 2, 2.0f), IdentityMatrix());
-  std::vector<TargetMesh> targets(1);
-  ASSERT_TRUE(BuildTargetMesh(grid, IdentityMatrix(), targets[0]));
-  const std::vector<int32_t> topology = targets[0].triangle_vertices_;
-
-  // A frame hands the world space alone: the topology stays frozen.
-  const Matrix moved = myo_test::RotationZ(static_cast<float>(M_PI / 2), {0.0f, 5.0f, 0.0f});
-  const MeshData turned = myo_test::Placed(grid, moved);
-  MeshData points_only;
-  points_only.points = turned.points;
-  points_only.world_points = turned.world_points;
-  points_only.world_polygon_normals = turned.world_polygon_normals;
-  UpdateTargets(targets, {TargetInput{"grid", 0, &points_only, moved}}, true);
-  EXPECT_TRUE(targets[0].has_transform_);
-  EXPECT_EQ(targets[0].vertices_, turned.world_points);
-  EXPECT_EQ(targets[0].polygon_normals_, turned.world_polygon_normals);
-  EXPECT_EQ(targets[0].triangle_vertices_, topology);
-  myo_test::ExpectVec(TransformPoint({0.0f, 5.0f, 0.0f}, targets[0].world_matrix_inverse_), {0.0f, 0.0f, 0.0f}, 1e-6f);
-}
-
 TEST(TargetMeshTest, AMissingOrEmptyTargetIsClearedUntilTheNextBuild) {
   myo_test::LogCapture log;
   const MeshData grid = myo_test::Placed(GridData(2, 2, 2.0f), IdentityMatrix());
