@@ -142,13 +142,6 @@ TEST(SlideCollisionBinding, PointsWithoutWeightOrReachHaveNoList) {
   }
   EXPECT_EQ(b.group.sliding_inactive_[1], 0);
 
-  // A reach too small for any corner: the triangle of the closest point alone.
-  b.maps.SetAll("slideCollisionConstraintsList", "slideCollisionConstraints", 0, std::vector<float>(b.Count(), 1.0f));
-  b.input.max_distance = 0.00001f;
-  ASSERT_TRUE(b.Bind());
-  EXPECT_EQ(b.group.sliding_counts_, std::vector<uint32_t>(b.Count(), 1));
-  EXPECT_EQ(b.group.sliding_triangles_, b.group.closest_triangles_);
-
   // No reach, or no map: nobody collides, and the step's stages do nothing.
   for (bool no_map : {false, true}) {
     b.input.max_distance = no_map ? 0.8f : 0.0f;
