@@ -283,36 +283,15 @@ UberConstraints OnePointSearch(const LooseTriangles& mesh, const std::vector<uin
   return uber;
 }
 
-TEST(UberSlidingPoints, PointsWithoutWeightOrListStayInactiveWithTheirOldPoint) {
-  LooseTriangles mesh;
-  const uint32_t flat = mesh.Add({-1, 0, -1}, {-1, 0, 3}, {3, 0, -1});
-  UberConstraints uber = OnePointSearch(mesh, {flat});
-  const std::vector<float> point = {0.0f, 2.0f, 0.0f};
-
-  uber.slide_weights_ = {0.0000009f};
-  myo_core::UpdateSlidingPoints(false, point, myo_core::IdentityMatrix(), uber);
-  EXPECT_EQ(uber.sliding_inactive_[0], 1);
-  ExpectVec(myo_core::Load3(uber.sliding_points_.data(), 0), {7.0f, 7.0f, 7.0f}, 0.0f);
-
-  uber.slide_weights_ = {1.0f};
-  uber.sliding_counts_ = {0};
-  myo_core::UpdateSlidingPoints(false, point, myo_core::IdentityMatrix(), uber);
-  EXPECT_EQ(uber.sliding_inactive_[0], 1);
-
-  // Through the skin's world matrix: the point sits at (0, 2, 0) + (1, 0, 1).
-  uber.sliding_counts_ = {1};
-  myo_core::UpdateSlidingPoints(true, point, myo_test::Affine(1.0f, 0.0f, 1.0f), uber);
-  EXPECT_EQ(uber.sliding_inactive_[0], 0);
-  ExpectVec(myo_core::Load3(uber.sliding_points_.data(), 0), {1.0f, 0.0f, 1.0f}, 1e-6f);
-}
-
 // The search passes over candidates that it can show to be farther than one
 // it measured; whatever it passes over, the winner must be that of measuring
 // them all, on one thread or two. Points over a folded reference grid at
 // heights from on the surface to far above, with lists holding every kind of
 // entry: repeats, ids past the end, triangles without area (answered by their
 // edges), triangles far out; the same again far from the origin, and points
-// whose coordinates are too large to bound.
+// whose coordinates are too large to bound. Some points have no weight or no
+// list (they stay inactive with their old point), and the second placement
+// is searched through the skin's world matrix.
 TEST(UberSlidingPoints, PassingOverCandidatesKeepsTheWinnerOfAFullScan) {
   for (const float offset : {0.0f, 900.0f}) {
     LooseTriangles mesh;
@@ -344,7 +323,7 @@ TEST(UberSlidingPoints, PassingOverCandidatesKeepsTheWinnerOfAFullScan) {
           const float px = 0.5f * h * x, pz = 0.5f * h * z + 0.01f * (x % 2);
           positions.insert(positions.end(), {offset + px, y_of(x / 2) + height, pz});
           uber.sliding_offsets_.push_back(static_cast<uint32_t>(uber.sliding_triangles_.size()));
-          const uint32_t count = 3 + (i * 7) % 40;
+          const uint32_t count = i % 13 == 6 ? 0 : 3 + (i * 7) % 40;
           for (uint32_t k = 0; k < count; ++k) uber.sliding_triangles_.push_back((i * 5 + k * 3) % grid_triangles);
           if (i % 3 == 0) uber.sliding_triangles_.push_back(uber.sliding_triangles_.back());  // a repeat
           if (i % 4 == 0) uber.sliding_triangles_.push_back(1000000);                         // past the end
@@ -361,15 +340,18 @@ TEST(UberSlidingPoints, PassingOverCandidatesKeepsTheWinnerOfAFullScan) {
     }
     const uint32_t n = i;
     uber.slide_weights_.assign(n, 1.0f);
-    uber.sliding_points_.assign(3 * n, 0.0f);
+    for (uint32_t k = 4; k < n; k += 11) uber.slide_weights_[k] = 0.0000009f;
+    uber.sliding_points_.assign(3 * n, 7.0f);
+    const bool has_transform = offset != 0.0f;
+    const Matrix world = has_transform ? myo_test::Affine(1.0f, 0.0f, 1.0f) : myo_core::IdentityMatrix();
 
     UberConstraints scanned = uber;
-    myo_test::OrderedSlidingScan(false, positions, myo_core::IdentityMatrix(), scanned);
+    myo_test::OrderedSlidingScan(has_transform, positions, world, scanned);
     for (int threads : {1, 2}) {
       UberConstraints searched = uber;
       const int previous = omp_get_max_threads();
       omp_set_num_threads(threads);
-      myo_core::UpdateSlidingPoints(false, positions, myo_core::IdentityMatrix(), searched);
+      myo_core::UpdateSlidingPoints(has_transform, positions, world, searched);
       omp_set_num_threads(previous);
       EXPECT_EQ(scanned.sliding_inactive_, searched.sliding_inactive_);
       for (uint32_t k = 0; k < n; ++k) {
