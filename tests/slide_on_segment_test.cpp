@@ -65,22 +65,6 @@ struct SegmentBuild {
 
 }  // namespace
 
-TEST(SlideOnSegmentBuildTest, RowsHoldRadiusAngleAndClosestPoint) {
-  // Bone along x from the origin to (4, 0, 0). Points: on the reference
-  // direction (+y), a quarter turn around the bone (+z), on the bone, beyond
-  // the tip, and one unpainted.
-  SegmentBuild build({2.0f, 1.0f, 0.0f, 1.0f, 0.0f, 2.0f, 2.0f, 0.0f, 0.0f, 6.0f, 0.0f, 1.0f, 3.0f, 3.0f, 3.0f},
-                     {myo_test::Affine(0.0f, 0.0f, 0.0f), myo_test::Affine(4.0f, 0.0f, 0.0f)});
-  build.solver.lambdas_ = {9.0f};
-  build.Build({{1.0f, 1.0f, 1.0f, 1.0f, 0.0f}});
-  const SlideOnSegmentConstraints& group = build.group;
-  ASSERT_TRUE(group.initialised_);
-  EXPECT_EQ(build.solver.lambdas_, (std::vector<float>{9.0f, 0.0f, 0.0f, 0.0f, 0.0f, 0.0f}));
-  EXPECT_EQ(group.reference_directions_, (std::vector<float>{0.0f, 1.0f, 0.0f}));
-  EXPECT_EQ(group.radii_, (std::vector<float>{1.0f, 2.0f, 0.0f, std::sqrt(5.0f), 1000000.0f}));
-  // The angles around the bone are checked by points at rest staying put.
-}
-
 TEST(SlideOnSegmentBuildTest, ReferenceDirectionFollowsTheUpVectorInTheRootFrame) {
   // A vertical bone takes (0, 0, 1) as up.
   SegmentBuild vertical({1.0f, 2.0f, 0.0f}, {myo_test::Affine(0.0f, 0.0f, 0.0f), myo_test::Affine(0.0f, 5.0f, 0.0f)});
