@@ -12,7 +12,6 @@
 #include "core/muscle/muscle_assembly.h"
 #include "scenes/muscle_meshes.h"
 #include "scenes/muscle_setup.h"
-#include "support/log_capture.h"
 #include "support/test_geometry.h"
 
 using namespace myo_core;
@@ -131,22 +130,6 @@ struct AttachmentBuild {
 };
 
 }  // namespace
-
-TEST(AttachmentBuildTest, RowsHoldTheRestPointsInTheFrameOfEachMatrix) {
-  AttachmentBuild build;
-  build.Paint(0, {1.0f, 0.25f});  // point 2 unpainted
-  build.Paint(3, {0.0f, 0.5f, 1.0f});
-  myo_test::LogCapture log;
-  build.Build({0, 3});
-  EXPECT_TRUE(log.lines().empty());
-  EXPECT_EQ(build.weights, (std::vector<float>{1.0f, 0.25f, 0.0f, 0.0f, 0.5f, 1.0f}));
-  EXPECT_EQ(build.group.lambda_base_, 2u);
-  EXPECT_EQ(build.solver.lambdas_, (std::vector<float>{5.0f, 5.0f, 0.0f, 0.0f, 0.0f, 0.0f, 0.0f, 0.0f}));
-  // World rest point minus (1, 0, 0) for the first matrix, halved for the second.
-  const std::vector<float> expected = {0.0f, 2.0f, 4.0f, -3.0f, 0.5f,  1.0f, 3.0f, 4.0f, 0.0f,
-                                       0.5f, 1.0f, 2.0f, -1.0f, 0.25f, 0.5f, 2.0f, 2.0f, 0.0f};
-  EXPECT_EQ(build.group.local_positions_, expected);
-}
 
 TEST(AttachmentBuildTest, AMismatchedCountOrNoMatrixBuildsNothing) {
   AttachmentBuild build;
