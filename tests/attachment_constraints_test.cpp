@@ -12,7 +12,6 @@
 #include "core/muscle/muscle_assembly.h"
 #include "scenes/muscle_meshes.h"
 #include "scenes/muscle_setup.h"
-#include "support/log_capture.h"
 #include "support/test_geometry.h"
 
 using namespace myo_core;
@@ -33,44 +32,49 @@ Vec3 Solve(Vec3 point, const Matrix& matrix, float weight, float compliance, boo
 
 }  // namespace
 
-TEST(AttachmentKernelTest, HardRowsBlendByTheMapValueAndLeaveTheMultiplier) {
+TEST(AttachmentKernelTest, HardRowsBlendSoftRowsAccumulateTheirMultiplier) {
   // Quarter turn about z, then (1, 2, 3): the local point (0.5, 0, 0) sits at (1, 2.5, 3).
-  Matrix matrix = myo_test::Affine(1.0f, 2.0f, 3.0f);
-  matrix[0] = matrix[5] = 0.0f;
-  matrix[1] = 1.0f;
-  matrix[4] = -1.0f;
-  float lambda = 0.75f;
-  ExpectVec(Solve({5.0f, -1.0f, 0.25f}, matrix, 1.0f, 0.5f, true, lambda, 0, IdentityMatrix(), {0.5f, 0.0f, 0.0f}),
-            {1.0f, 2.5f, 3.0f}, 0.0f);
-  ExpectVec(Solve({5.0f, -1.0f, 0.25f}, matrix, 0.25f, 0.5f, true, lambda, 0, IdentityMatrix(), {0.5f, 0.0f, 0.0f}),
-            {4.0f, -0.125f, 0.9375f}, 0.0f);
-  EXPECT_EQ(lambda, 0.75f);
-  // Rows below 1e-6 or flagged inert do nothing, hard or soft.
-  for (const bool hard : {false, true}) {
-    ExpectVec(Solve({4.0f, 0.0f, 0.0f}, matrix, 0.0000009f, 0.5f, hard, lambda), {4.0f, 0.0f, 0.0f}, 0.0f);
-    ExpectVec(Solve({4.0f, 0.0f, 0.0f}, matrix, 1.0f, 0.5f, hard, lambda, 1), {4.0f, 0.0f, 0.0f}, 0.0f);
+  Matrix turned = myo_test::Affine(1.0f, 2.0f, 3.0f);
+  turned[0] = turned[5] = 0.0f;
+  turned[1] = 1.0f;
+  turned[4] = -1.0f;
+  const Matrix shifted = myo_test::Affine(1.0f, 0.0f, 0.0f);
+  struct Case {
+    const char* name;
+    Vec3 point;
+    const Matrix* matrix;
+    float weight, compliance;
+    bool hard;
+    uint16_t flag;
+    Vec3 local;
+    float lambda_in;
+    Vec3 expected;
+    float lambda_out;
+  };
+  const Vec3 origin{0.0f, 0.0f, 0.0f}, half_x{0.5f, 0.0f, 0.0f};
+  const Case cases[] = {
+      // Hard rows blend by the map value and leave the multiplier.
+      {"hard", {5, -1, 0.25f}, &turned, 1.0f, 0.5f, true, 0, half_x, 0.75f, {1, 2.5f, 3}, 0.75f},
+      {"hard quarter", {5, -1, 0.25f}, &turned, 0.25f, 0.5f, true, 0, half_x, 0.75f, {4, -0.125f, 0.9375f}, 0.75f},
+      // Rows below 1e-6 or flagged inert do nothing.
+      {"soft below 1e-6", {4, 0, 0}, &turned, 0.0000009f, 0.5f, false, 0, origin, 0.75f, {4, 0, 0}, 0.75f},
+      {"hard inert", {4, 0, 0}, &turned, 1.0f, 0.5f, true, 1, origin, 0.75f, {4, 0, 0}, 0.75f},
+      {"soft inert", {4, 0, 0}, &turned, 1.0f, 0.5f, false, 1, origin, 0.75f, {4, 0, 0}, 0.75f},
+      // C = 2 against a weighted norm 1 and compliance 1: half the way, lambda
+      // -1; then the multiplier balances the remaining C = 1 and nothing moves.
+      {"soft first", {3, 0, 0}, &shifted, 1.0f, 1.0f, false, 0, origin, 0.0f, {2, 0, 0}, -1.0f},
+      {"soft balanced", {2, 0, 0}, &shifted, 1.0f, 1.0f, false, 0, origin, -1.0f, {2, 0, 0}, -1.0f},
+      // Without compliance the row lands on the target whatever the weight.
+      {"soft rigid", {3, 0, 0}, &shifted, 0.5f, 0.0f, false, 0, origin, 0.0f, {1, 0, 0}, -4.0f},
+      // On target: zero gradient, and the multiplier falls back to 0.
+      {"soft on target", {1, 0, 0}, &shifted, 1.0f, 0.5f, false, 0, origin, 0.3f, {1, 0, 0}, 0.0f},
+  };
+  for (const Case& c : cases) {
+    float lambda = c.lambda_in;
+    ExpectVec(Solve(c.point, *c.matrix, c.weight, c.compliance, c.hard, lambda, c.flag, IdentityMatrix(), c.local),
+              c.expected, 0.0f);
+    EXPECT_EQ(lambda, c.lambda_out) << c.name;
   }
-  EXPECT_EQ(lambda, 0.75f);
-}
-
-TEST(AttachmentKernelTest, SoftRowsAccumulateTheirMultiplier) {
-  const Matrix matrix = myo_test::Affine(1.0f, 0.0f, 0.0f);
-  // C = 2 against a weighted norm 1 and compliance 1: half the way, lambda -1;
-  // then the multiplier balances the remaining C = 1 and nothing moves.
-  float lambda = 0.0f;
-  const Vec3 first = Solve({3.0f, 0.0f, 0.0f}, matrix, 1.0f, 1.0f, false, lambda);
-  ExpectVec(first, {2.0f, 0.0f, 0.0f}, 0.0f);
-  EXPECT_EQ(lambda, -1.0f);
-  ExpectVec(Solve(first, matrix, 1.0f, 1.0f, false, lambda), first, 0.0f);
-  EXPECT_EQ(lambda, -1.0f);
-  // Without compliance the row lands on the target whatever the weight.
-  lambda = 0.0f;
-  ExpectVec(Solve({3.0f, 0.0f, 0.0f}, matrix, 0.5f, 0.0f, false, lambda), {1.0f, 0.0f, 0.0f}, 0.0f);
-  EXPECT_EQ(lambda, -4.0f);
-  // On target: zero gradient, and the multiplier falls back to 0.
-  lambda = 0.3f;
-  ExpectVec(Solve({1.0f, 0.0f, 0.0f}, matrix, 1.0f, 0.5f, false, lambda), {1.0f, 0.0f, 0.0f}, 0.0f);
-  EXPECT_EQ(lambda, 0.0f);
 }
 
 TEST(AttachmentRowsTest, RowsAreSetMajorWithTheirOwnMultipliers) {
@@ -127,38 +131,6 @@ struct AttachmentBuild {
 
 }  // namespace
 
-TEST(AttachmentBuildTest, RowsHoldTheRestPointsInTheFrameOfEachMatrix) {
-  AttachmentBuild build;
-  build.Paint(0, {1.0f, 0.25f});  // point 2 unpainted
-  build.Paint(3, {0.0f, 0.5f, 1.0f});
-  myo_test::LogCapture log;
-  build.Build({0, 3});
-  EXPECT_TRUE(log.lines().empty());
-  EXPECT_EQ(build.weights, (std::vector<float>{1.0f, 0.25f, 0.0f, 0.0f, 0.5f, 1.0f}));
-  EXPECT_EQ(build.group.lambda_base_, 2u);
-  EXPECT_EQ(build.solver.lambdas_, (std::vector<float>{5.0f, 5.0f, 0.0f, 0.0f, 0.0f, 0.0f, 0.0f, 0.0f}));
-  // World rest point minus (1, 0, 0) for the first matrix, halved for the second.
-  const std::vector<float> expected = {0.0f, 2.0f, 4.0f, -3.0f, 0.5f,  1.0f, 3.0f, 4.0f, 0.0f,
-                                       0.5f, 1.0f, 2.0f, -1.0f, 0.25f, 0.5f, 2.0f, 2.0f, 0.0f};
-  EXPECT_EQ(build.group.local_positions_, expected);
-}
-
-TEST(AttachmentBuildTest, OverlappingPaintIsNormalisedAndRepairedWithOneWarning) {
-  AttachmentBuild build;
-  build.Paint(1, {0.8f, 0.4f, 0.0f});
-  build.Paint(2, {0.8f, 0.4f, 0.0f});
-  myo_test::LogCapture log;
-  build.Build({1, 2});
-  EXPECT_EQ(log.Count("[MyoForge][Warning] Non-normalized Attachment Constraint weights detected. Proceeding to "
-                      "normalize weights for solver consistency."),
-            1u);
-  EXPECT_EQ(log.lines().size(), 1u);
-  EXPECT_EQ(build.weights, (std::vector<float>{0.5f, 0.4f, 0.0f, 0.5f, 0.4f, 0.0f}));
-  std::vector<float> repaired;
-  build.maps.ReadFloats("attachmentConstraintsList", "attachmentConstraints", 2, 3, -1.0f, repaired);
-  EXPECT_EQ(repaired, (std::vector<float>{0.5f, 0.4f, 0.0f}));
-}
-
 TEST(AttachmentBuildTest, AMismatchedCountOrNoMatrixBuildsNothing) {
   AttachmentBuild build;
   build.Paint(0, {1.0f, 1.0f, 1.0f});
@@ -181,12 +153,12 @@ TEST(AttachmentBuildTest, AMismatchedCountOrNoMatrixBuildsNothing) {
 namespace {
 
 // A spindle along x from -10 to 10, placed 5 up in z by its world matrix,
-// with two attachments painted over its ends and one segment along its axis.
+// with two soft attachments painted over its ends.
 struct AttachedSpindle {
   MuscleScene scene;
   std::vector<uint32_t> painted;  // points of either end
 
-  AttachedSpindle(float mass, bool hard) {
+  AttachedSpindle() {
     scene.mesh = myo_test::BuildMesh(MakeSpindle(12, 10, 20.0f, 3.0f));
     const uint32_t n = scene.mesh.PointCount();
     std::vector<float> left(n, 0.0f), right(n, 0.0f);
@@ -198,16 +170,11 @@ struct AttachedSpindle {
     }
     scene.maps.SetAll("attachmentConstraintsList", "attachmentConstraints", 0, left);
     scene.maps.SetAll("attachmentConstraintsList", "attachmentConstraints", 2, right);
-    scene.maps.SetAll("slideOnSegmentConstraintsList", "slideOnSegmentConstraints", 0, std::vector<float>(n, 0.5f));
-    scene.maps.SetAll("massList", "mass", 0, std::vector<float>(n, mass));
     MuscleAssemblyInputs inputs;
     inputs.warn = false;
     inputs.world_matrix = myo_test::Affine(0.0f, 0.0f, 5.0f);
     inputs.attachment_indices = {0, 2};
     inputs.attachment_matrices = {myo_test::Affine(-10.0f, 0.0f, 5.0f), myo_test::Affine(10.0f, 0.0f, 5.0f)};
-    inputs.hard_attachments = hard;
-    inputs.segment_indices = {0};
-    inputs.segment_matrices = {myo_test::Affine(-30.0f, 0.0f, 5.0f), myo_test::Affine(30.0f, 0.0f, 5.0f)};
     InitializeSolver(scene.mesh, scene.maps, inputs, scene.node, scene.solver);
     scene.solver.world_matrix_inverse_ = InvertMatrix(scene.solver.world_matrix_);
   }
@@ -215,31 +182,12 @@ struct AttachedSpindle {
 
 }  // namespace
 
-TEST(MuscleAttachmentTest, AssemblyLaysOutAttachmentAndSegmentRowsBeforeTheVolume) {
-  for (const bool hard : {true, false}) {
-    AttachedSpindle spindle(2.0f, hard);
-    const MuscleSolver& solver = spindle.scene.solver;
-    const uint32_t n = solver.point_count_;
-    const AttachmentConstraints& attachments = *solver.attachment_constraints_;
-    const SlideOnSegmentConstraints& segments = *solver.slide_on_segment_constraints_;
-    EXPECT_EQ(segments.lambda_base_, attachments.lambda_base_ + 2 * n);
-    EXPECT_EQ(solver.volume_constraint_->lambda_base_, segments.lambda_base_ + n);
-    // Hard rows blend by the painted value; soft ones are scaled by 1 / mass.
-    const std::vector<float>& map = spindle.scene.node.attachment_map_;
-    ASSERT_EQ(attachments.inverse_masses_.size(), 2 * n);
-    for (uint32_t row = 0; row < 2 * n; ++row)
-      ASSERT_EQ(attachments.inverse_masses_[row], hard ? map[row] : map[row] * 0.5f) << row;
-    EXPECT_EQ(segments.inverse_masses_, std::vector<float>(n, 0.25f));
-  }
-}
-
 TEST(MusclePhysicsTest, MuscleAttachedSoftlyAtBothEndsFollowsTheMovingBones) {
   // Without gravity the ends follow the bones closely; under gravity the
   // hanging belly pulls them off by a fraction of a millimetre.
   for (const float gravity : {0.0f, -980.0f}) {
-    AttachedSpindle spindle(1.0f, false);
+    AttachedSpindle spindle;
     MuscleSolver& solver = spindle.scene.solver;
-    solver.slide_on_segment_constraints_->initialised_ = false;  // attachments alone
     FrameSettings frame;
     frame.stiffness = 1000000.0f;
     frame.gravity_y = gravity;

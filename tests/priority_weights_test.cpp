@@ -57,17 +57,6 @@ TEST(PriorityWeights, OutOfRangeValuesAreClampedAndAFullWeightTakesEverything) {
   EXPECT_EQ(w.soft[0], 0.0f);
   EXPECT_EQ(w.slide[0], 0.0f);
 
-  // Others too small to share keep their values.
-  w = {{1.2f}, {0.0000004f}, {0.0000003f}};
-  EXPECT_TRUE(myo_core::NormalizeByPriority(w.hard, w.soft, w.slide, {2, 1, 0}, 1));
-  EXPECT_EQ(w.hard[0], 1.0f);
-  EXPECT_EQ(w.soft[0], 0.0f);
-  EXPECT_EQ(w.slide[0], 0.0f);
-  w = {{0.9999999f}, {0.0000004f}, {0.8f}};
-  EXPECT_TRUE(myo_core::NormalizeByPriority(w.hard, w.soft, w.slide, {2, 1, 0}, 1));
-  EXPECT_EQ(w.soft[0], 0.0f);
-  EXPECT_EQ(w.slide[0], 0.0f);
-
   // Sums of at most 1 (within 1e-6) change nothing.
   w = {{0.5f, 1.0f}, {0.25f, 0.0f}, {0.25f + 0.0000005f, 0.0f}};
   const Weights before = w;

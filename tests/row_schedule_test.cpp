@@ -10,21 +10,9 @@
 #include "core/kernels/shape_constraints.h"
 #include "scenes/muscle_meshes.h"
 #include "scenes/muscle_setup.h"
+#include "support/solver_runs.h"
 
 using namespace myo_core;
-
-TEST(RowScheduleTest, ARowRunsAtTheFirstLevelAfterTheRowsItWaitsFor) {
-  const std::vector<int32_t> starts{0, 1, 2, 0, 3, 4}, ends{1, 2, 3, 4, 5, 5};
-  const RowSchedule schedule = BuildRowSchedule({&starts, &ends}, 6);
-  std::vector<uint32_t> level_of(6);
-  for (std::size_t l = 0; l + 1 < schedule.level_offsets.size(); ++l)
-    for (uint32_t k = schedule.level_offsets[l]; k < schedule.level_offsets[l + 1]; ++k)
-      level_of[schedule.order[k]] = static_cast<uint32_t>(l);
-  // Row 3 ({0, 4}) only waits for row 0, so it runs beside row 1 ({1, 2}).
-  EXPECT_EQ(level_of[3], 1u);
-  EXPECT_EQ(level_of[1], 1u);
-  EXPECT_EQ(schedule.level_offsets.size(), 6u);
-}
 
 // The whole point of the schedule: the same bits as solving in table order.
 TEST(RowScheduleTest, ScheduledRowsGiveTheBitsOfTableOrder) {
@@ -61,12 +49,7 @@ TEST(RowScheduleTest, ScheduledRowsGiveTheBitsOfTableOrder) {
                           edges.rest_vectors_.data(), edges.edge_fibers_.data(), table_positions.data(),
                           table_lambdas.data());
     }
-    for (uint32_t r = 0; r < shape.RowCount(); ++r) {
-      const uint32_t a = shape.first_points_[r], b = shape.centre_points_[r], c = shape.third_points_[r];
-      SolveShapeConstraint(shape.lambda_base_ + r, a, b, c, shape.inverse_masses_[a], shape.inverse_masses_[b],
-                           shape.inverse_masses_[c], shape.group_compliance_, shape.rest_distances_[r],
-                           table_positions.data(), table_lambdas.data());
-    }
+    myo_test::PlainShapeRows(shape, table_positions.data(), table_lambdas.data());
   }
 
   PrepareEdgeRows(edges, edges.rest_activation_);

@@ -80,16 +80,3 @@ TEST(DampingTest, ZeroRigidAndInertiaLoss) {
   ApplyDamping(velocities, positions, std::vector<float>{}, weights, 0.0f, 0.5f);
   EXPECT_EQ(velocities[5], 6.0f * 0.75f);
 }
-
-TEST(IntegrationTest, PredictionUsesTheNewVelocityAndUpdateUsesTheDisplacement) {
-  std::vector<float> positions{0, 10, 0}, velocities{1, 0, 0};
-  const float gravity[3] = {0.0f, -10.0f, 0.0f};
-  const float dt = 0.5f;
-  const std::vector<float> previous = positions;
-  PredictPositions(positions, velocities, gravity, dt);
-  EXPECT_EQ(positions[1], 10.0f - 2.5f);
-  EXPECT_EQ(positions[0], 0.5f);
-  std::vector<float> derived(3);
-  UpdateVelocities(dt, positions, previous, derived);
-  EXPECT_EQ(derived[1], -5.0f);
-}

@@ -35,51 +35,21 @@ TEST(TargetMeshTest, BuildTakesTheHostsWorldSpaceAndOrdersWithTheTopology) {
   myo_test::ExpectVec(TransformPoint({1.0f, 2.0f, 3.0f}, target.world_matrix_inverse_), {0.0f, 0.0f, 0.0f}, 1e-6f);
   // The grid faces +y, and so do the vertex normals.
   for (uint32_t v = 0; v < 6; ++v) myo_test::ExpectVec(Load3(target.vertex_normals_.data(), v), {0.0f, 1.0f, 0.0f}, 0.0f);
-  // Triangles run in polygon order; the middle column of points touches both quads.
-  EXPECT_EQ(target.polygon_triangle_offsets_, (std::vector<int32_t>{0, 2}));
-  EXPECT_EQ(target.polygon_triangles_, (std::vector<int32_t>{0, 1, 2, 3}));
-  EXPECT_EQ(target.triangle_vertices_, grid.triangle_vertices);
-  EXPECT_EQ(target.vertex_polygon_counts_, (std::vector<int32_t>{1, 2, 1, 1, 2, 1}));
-  EXPECT_EQ(target.vertex_polygons_, (std::vector<int32_t>{0, 0, 1, 1, 0, 0, 1, 1}));
 
   // Points and normals are the host's, not derived from the matrix: a host
-  // whose normals lean (as a smoothing host's might) and whose polygons
-  // around a point come in another order is read as it is.
+  // whose normals lean (as a smoothing host's might) is read as it is.
   grid.world_polygon_normals = {0.0f, 0.6f, 0.8f, 0.6f, 0.8f, 0.0f};
   grid.world_points[0] = 7.0f;
-  std::swap(grid.vertex_faces[1], grid.vertex_faces[2]);  // the middle point of the first row: 1, 0
   TargetMesh handed;
   ASSERT_TRUE(BuildTargetMesh(grid, IdentityMatrix(), handed));
   EXPECT_FALSE(handed.has_transform_);
   EXPECT_EQ(handed.polygon_normals_, grid.world_polygon_normals);
   EXPECT_EQ(handed.vertices_[0], 7.0f);
-  EXPECT_EQ(handed.vertex_polygons_, (std::vector<int32_t>{0, 1, 0, 1, 0, 0, 1, 1}));
 
   // Without world space there is nothing to place the target with.
   MeshData bare = GridData(2, 1, 2.0f);
   EXPECT_FALSE(BuildTargetMesh(bare, IdentityMatrix(), handed));
   EXPECT_EQ(handed.vertex_count_, 0u);
-}
-
-TEST(TargetMeshTest, WorldSpaceOfAPlacedMeshFollowsTheMatrixAndTheWinding) {
-  const MeshData grid = myo_test::Placed(GridData(1, 1, 1.0f), myo_test::RotationZ(static_cast<float>(M_PI / 2),
-                                                                                   {0.0f, 0.0f, 0.0f}));
-  myo_test::ExpectVec(Load3(grid.world_polygon_normals.data(), 0), {-1.0f, 0.0f, 0.0f}, 1e-6f);
-
-  // A tilted, non-planar quad: Newell's normal is the mean plane's, whatever
-  // vertex the loop starts from.
-  MeshData quad;
-  std::string error;
-  ASSERT_TRUE(BuildMeshData({0, 0, 0, 1, 0, 0.2f, 1, 1, 0, 0, 1, 0.2f}, {4}, {0, 1, 2, 3}, quad, error));
-  MeshData rolled;
-  ASSERT_TRUE(BuildMeshData(quad.points, {4}, {1, 2, 3, 0}, rolled, error));
-  FillWorldSpace(IdentityMatrix(), quad);
-  FillWorldSpace(IdentityMatrix(), rolled);
-  const Vec3 n = Load3(quad.world_polygon_normals.data(), 0);
-  EXPECT_NEAR(Length(n), 1.0f, 1e-6f);
-  EXPECT_GT(n.z, 0.9f);
-  myo_test::ExpectVec(Load3(rolled.world_polygon_normals.data(), 0), n, 1e-6f);
-  EXPECT_EQ(quad.world_points, quad.points);
 }
 
 TEST(TargetMeshTest, BuildRefusesEmptyAndInconsistentMeshes) {
@@ -116,27 +86,6 @@ TEST(TargetMeshTest, TriangleFrameHasUnitAxesTowardsTheFirstCornerAndAlongTheNor
   // On the first corner (within 0.001) the frame looks at the second instead.
   const Matrix on_corner = TriangleFrame({1.9995f, 0.0f, 0.0f}, vertices, normals, 1, 0, 1);
   myo_test::ExpectVec(TransformColumn(on_corner, {0.0f, 0.0f, 1.0f}), NormalizeSafe(Vec3{-1.9995f, 2.0f, 0.0f}), 1e-6f);
-}
-
-TEST(TargetMeshTest, UpdateTargetsRefreshesTheWorldSpaceAndKeepsTheTopology) {
-  const MeshData grid = myo_test::Placed(GridData(2, 2, 2.0f), IdentityMatrix());
-  std::vector<TargetMesh> targets(1);
-  ASSERT_TRUE(BuildTargetMesh(grid, IdentityMatrix(), targets[0]));
-  const std::vector<int32_t> topology = targets[0].triangle_vertices_;
-
-  // A frame hands the world space alone: the topology stays frozen.
-  const Matrix moved = myo_test::RotationZ(static_cast<float>(M_PI / 2), {0.0f, 5.0f, 0.0f});
-  const MeshData turned = myo_test::Placed(grid, moved);
-  MeshData points_only;
-  points_only.points = turned.points;
-  points_only.world_points = turned.world_points;
-  points_only.world_polygon_normals = turned.world_polygon_normals;
-  UpdateTargets(targets, {TargetInput{"grid", 0, &points_only, moved}}, true);
-  EXPECT_TRUE(targets[0].has_transform_);
-  EXPECT_EQ(targets[0].vertices_, turned.world_points);
-  EXPECT_EQ(targets[0].polygon_normals_, turned.world_polygon_normals);
-  EXPECT_EQ(targets[0].triangle_vertices_, topology);
-  myo_test::ExpectVec(TransformPoint({0.0f, 5.0f, 0.0f}, targets[0].world_matrix_inverse_), {0.0f, 0.0f, 0.0f}, 1e-6f);
 }
 
 TEST(TargetMeshTest, AMissingOrEmptyTargetIsClearedUntilTheNextBuild) {

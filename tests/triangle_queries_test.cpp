@@ -35,11 +35,6 @@ TEST(TriangleQueriesTest, PointInTriangleCountsTheBoundaryAndHasNoInsideForSmall
   EXPECT_TRUE(PointInTriangle({0.05f, 0.05f, 0.0f}, kA, {0.2f, 0.0f, 0.0f}, {0.0f, 0.2f, 0.0f}));
 }
 
-TEST(TriangleQueriesTest, TheFloatEpsilonTestIsTheDoubleOne) {
-  const float around[] = {kEpsilon, std::nextafter(kEpsilon, 0.0f), std::nextafter(kEpsilon, 1.0f), std::nanf("")};
-  for (float x : around) EXPECT_EQ(BelowEpsilonInDouble(x), static_cast<double>(x) < 1e-6) << x;
-}
-
 TEST(TriangleQueriesTest, EqualEdgesGoToAbFirstThenBc) {
   // Small triangles have no inside, so a point above them is answered by the
   // edges. Mirror-symmetric set-ups give exactly equal distances to two edges

@@ -111,66 +111,69 @@ TEST(UberConstraintsKernel, WeightsAboveOneAreClampedHardThenSlideThenSoft) {
   EXPECT_FALSE(SameBits(below.positions, other.positions));
 }
 
-TEST(UberConstraintsKernel, NoWeightOrNoMassLeavesThePointAndItsMultiplier) {
-  for (const bool massless : {false, true}) {
-    OnePointScene scene = MixedScene();
-    const std::vector<float> before = scene.positions;
-    scene.Weights(massless ? 1.0f : 0.0f, 0.0f, 0.0f);
-    if (massless) scene.uber.inverse_masses_ = {0.0000005f};
-    scene.Solve(0.0f);
-    EXPECT_TRUE(SameBits(scene.positions, before) && scene.lambdas[0] == 0.25f) << massless;
+// Each term alone, and the cases that must leave the point where it is.
+TEST(UberConstraintsKernel, EachTermMovesThePointToItsTarget) {
+  struct Case {
+    const char* name;
+    float hard, soft, slide, compliance;
+    void (*set_up)(OnePointScene&);
+    Matrix world;
+    Vec3 expected;
+  };
+  const Matrix identity = myo_core::IdentityMatrix();
+  const Case cases[] = {
+      {"hard at rest", 1, 0, 0, 1e-6f, [](OnePointScene&) {}, identity, {0.5f, 1.0f, 0.5f}},
+      // The surface point turns to (0, 0.5, 0.5) and its normal to -x.
+      {"hard turned", 1, 0, 0, 0.0f, TurnReference, identity, {-1.0f, 0.5f, 0.5f}},
+      {"hard turned, skin moved by (5, 0, 0)", 1, 0, 0, 0.0f,
+       [](OnePointScene& s) {
+         TurnReference(s);
+         s.positions = {-4.5f, 1.0f, 0.5f};
+       },
+       myo_test::Affine(5.0f, 0.0f, 0.0f), {-6.0f, 0.5f, 0.5f}},
+      {"soft", 0, 1, 0, 0.0f, [](OnePointScene& s) { s.positions = {0.5f, 3.0f, 0.5f}; }, identity,
+       {0.5f, 1.0f, 0.5f}},
+      {"soft on its surface point", 0, 1, 0, 1e-4f,
+       [](OnePointScene& s) {
+         s.uber.surface_distances_ = {0.0f};
+         s.positions = {0.5f, 0.0f, 0.5f};
+       },
+       identity, {0.5f, 0.0f, 0.5f}},
+      {"slide inactive", 0, 0, 1, 1e-4f,
+       [](OnePointScene& s) {
+         s.uber.sliding_points_ = {1.0f, 0.0f, 0.2f};
+         s.positions = {1.0f, 0.0f, 2.2f};
+       },
+       identity, {1.0f, 0.0f, 2.2f}},
+      {"slide active", 0, 0, 1, 0.0f,
+       [](OnePointScene& s) {
+         s.uber.sliding_points_ = {1.0f, 0.0f, 0.2f};
+         s.uber.sliding_inactive_ = {0};
+         s.positions = {1.0f, 0.0f, 2.2f};
+       },
+       identity, {1.0f, 0.0f, 1.2f}},
+      {"no weight", 0, 0, 0, 0.0f, [](OnePointScene& s) { s = MixedScene(); }, identity, {0.3f, 1.7f, 0.9f}},
+      {"no mass", 1, 0, 0, 0.0f,
+       [](OnePointScene& s) {
+         s = MixedScene();
+         s.uber.inverse_masses_ = {0.0000005f};
+       },
+       identity, {0.3f, 1.7f, 0.9f}},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.name);
+    OnePointScene scene;
+    c.set_up(scene);
+    const std::vector<float> before = scene.positions, lambdas_before = scene.lambdas;
+    const bool stays = c.expected.x == before[0] && c.expected.y == before[1] && c.expected.z == before[2];
+    scene.Weights(c.hard, c.soft, c.slide);
+    scene.Solve(c.compliance, c.world);
+    ExpectVec(scene.Point(), c.expected, 1e-5f);
+    // A point left in place keeps its bits and its multiplier.
+    if (stays) {
+      EXPECT_TRUE(SameBits(scene.positions, before) && SameBits(scene.lambdas, lambdas_before));
+    }
   }
-}
-
-TEST(UberConstraintsKernel, HardFollowsItsTriangleFrameAtHighStiffness) {
-  OnePointScene scene;
-  scene.Solve(1e-6f);
-  ExpectVec(scene.Point(), {0.5f, 1.0f, 0.5f}, 1e-6f);  // at rest the point stays
-
-  // The surface point turns to (0, 0.5, 0.5) and its normal to -x: the point
-  // follows to one unit along -x from there.
-  TurnReference(scene);
-  scene.Solve(0.0f);
-  ExpectVec(scene.Point(), {-1.0f, 0.5f, 0.5f}, 1e-5f);
-  EXPECT_NEAR(scene.lambdas[0], -std::sqrt(1.5f * 1.5f + 0.5f * 0.5f), 1e-5f);
-
-  // The same in the skin's object space, the skin moved by (5, 0, 0).
-  OnePointScene moved;
-  moved.positions = {-4.5f, 1.0f, 0.5f};
-  TurnReference(moved);
-  moved.Solve(0.0f, myo_test::Affine(5.0f, 0.0f, 0.0f));
-  ExpectVec(moved.Point(), {-6.0f, 0.5f, 0.5f}, 1e-5f);
-}
-
-TEST(UberConstraintsKernel, SoftKeepsTheDistanceButLetsThePointSwing) {
-  OnePointScene scene;
-  scene.Weights(0.0f, 1.0f, 0.0f);
-  scene.positions = {0.5f, 3.0f, 0.5f};
-  scene.Solve(0.0f);
-  ExpectVec(scene.Point(), {0.5f, 1.0f, 0.5f}, 1e-6f);
-
-  scene.lambdas = {0.0f};
-  // On its surface point the direction is zero and so is the correction.
-  scene.uber.surface_distances_ = {0.0f};
-  scene.positions = {0.5f, 0.0f, 0.5f};
-  scene.Solve(1e-4f);
-  ExpectVec(scene.Point(), {0.5f, 0.0f, 0.5f}, 0.0f);
-  EXPECT_EQ(scene.lambdas[0], 0.0f);
-}
-
-TEST(UberConstraintsKernel, SlideKeepsTheDistanceFromTheSlidingPointOnlyWhenActive) {
-  OnePointScene scene;
-  scene.Weights(0.0f, 0.0f, 1.0f);
-  scene.uber.sliding_points_ = {1.0f, 0.0f, 0.2f};
-  scene.positions = {1.0f, 0.0f, 2.2f};  // 2 from the sliding point, 1 to keep
-
-  scene.uber.sliding_inactive_ = {1};
-  scene.Solve(1e-4f);
-  ExpectVec(scene.Point(), {1.0f, 0.0f, 2.2f}, 0.0f);
-
-  scene.uber.sliding_inactive_ = {0};
-  scene.Solve(0.0f);
-  ExpectVec(scene.Point(), {1.0f, 0.0f, 1.2f}, 1e-6f);
 }
 
 // Points of every kind side by side, eight to a row of lanes and a tail:
@@ -280,63 +283,15 @@ UberConstraints OnePointSearch(const LooseTriangles& mesh, const std::vector<uin
   return uber;
 }
 
-TEST(UberSlidingPoints, EqualDistancesGoToTheCandidateFirstInTheList) {
-  // Two triangles exactly 1 above and 1 below the origin, and far ones.
-  LooseTriangles mesh;
-  const uint32_t above = mesh.Add({-1, 1, -1}, {1, 1, -1}, {0, 1, 2});
-  const uint32_t below = mesh.Add({-1, -1, -1}, {1, -1, -1}, {0, -1, 2});
-  std::vector<uint32_t> far;
-  for (int k = 0; k < 6; ++k)
-    far.push_back(mesh.Add({10.0f + k, 0, 0}, {11.0f + k, 0, 0}, {10.0f + k, 1, 0}));
-  const std::vector<float> origin = {0.0f, 0.0f, 0.0f};
-
-  // The tied pair in different lanes of the four-wide search, in both
-  // orders, and in the same lane.
-  const std::vector<std::vector<uint32_t>> lists = {
-      {far[0], far[1], below, far[2], far[3], above, far[4]},
-      {far[0], far[1], above, far[2], far[3], below, far[4]},
-      {far[0], above, far[1], far[2], far[3], below},
-      {below, above},
-  };
-  const float expected_y[] = {-1.0f, 1.0f, 1.0f, -1.0f};
-  for (std::size_t l = 0; l < lists.size(); ++l) {
-    UberConstraints uber = OnePointSearch(mesh, lists[l]);
-    myo_core::UpdateSlidingPoints(false, origin, myo_core::IdentityMatrix(), uber);
-    ASSERT_EQ(uber.sliding_inactive_[0], 0) << "list " << l;
-    ExpectVec(myo_core::Load3(uber.sliding_points_.data(), 0), {0.0f, expected_y[l], 0.0f}, 0.0f);
-  }
-}
-
-TEST(UberSlidingPoints, PointsWithoutWeightOrListStayInactiveWithTheirOldPoint) {
-  LooseTriangles mesh;
-  const uint32_t flat = mesh.Add({-1, 0, -1}, {-1, 0, 3}, {3, 0, -1});
-  UberConstraints uber = OnePointSearch(mesh, {flat});
-  const std::vector<float> point = {0.0f, 2.0f, 0.0f};
-
-  uber.slide_weights_ = {0.0000009f};
-  myo_core::UpdateSlidingPoints(false, point, myo_core::IdentityMatrix(), uber);
-  EXPECT_EQ(uber.sliding_inactive_[0], 1);
-  ExpectVec(myo_core::Load3(uber.sliding_points_.data(), 0), {7.0f, 7.0f, 7.0f}, 0.0f);
-
-  uber.slide_weights_ = {1.0f};
-  uber.sliding_counts_ = {0};
-  myo_core::UpdateSlidingPoints(false, point, myo_core::IdentityMatrix(), uber);
-  EXPECT_EQ(uber.sliding_inactive_[0], 1);
-
-  // Through the skin's world matrix: the point sits at (0, 2, 0) + (1, 0, 1).
-  uber.sliding_counts_ = {1};
-  myo_core::UpdateSlidingPoints(true, point, myo_test::Affine(1.0f, 0.0f, 1.0f), uber);
-  EXPECT_EQ(uber.sliding_inactive_[0], 0);
-  ExpectVec(myo_core::Load3(uber.sliding_points_.data(), 0), {1.0f, 0.0f, 1.0f}, 1e-6f);
-}
-
 // The search passes over candidates that it can show to be farther than one
 // it measured; whatever it passes over, the winner must be that of measuring
 // them all, on one thread or two. Points over a folded reference grid at
 // heights from on the surface to far above, with lists holding every kind of
 // entry: repeats, ids past the end, triangles without area (answered by their
 // edges), triangles far out; the same again far from the origin, and points
-// whose coordinates are too large to bound.
+// whose coordinates are too large to bound. Some points have no weight or no
+// list (they stay inactive with their old point), and the second placement
+// is searched through the skin's world matrix.
 TEST(UberSlidingPoints, PassingOverCandidatesKeepsTheWinnerOfAFullScan) {
   for (const float offset : {0.0f, 900.0f}) {
     LooseTriangles mesh;
@@ -368,7 +323,7 @@ TEST(UberSlidingPoints, PassingOverCandidatesKeepsTheWinnerOfAFullScan) {
           const float px = 0.5f * h * x, pz = 0.5f * h * z + 0.01f * (x % 2);
           positions.insert(positions.end(), {offset + px, y_of(x / 2) + height, pz});
           uber.sliding_offsets_.push_back(static_cast<uint32_t>(uber.sliding_triangles_.size()));
-          const uint32_t count = 3 + (i * 7) % 40;
+          const uint32_t count = i % 13 == 6 ? 0 : 3 + (i * 7) % 40;
           for (uint32_t k = 0; k < count; ++k) uber.sliding_triangles_.push_back((i * 5 + k * 3) % grid_triangles);
           if (i % 3 == 0) uber.sliding_triangles_.push_back(uber.sliding_triangles_.back());  // a repeat
           if (i % 4 == 0) uber.sliding_triangles_.push_back(1000000);                         // past the end
@@ -385,15 +340,18 @@ TEST(UberSlidingPoints, PassingOverCandidatesKeepsTheWinnerOfAFullScan) {
     }
     const uint32_t n = i;
     uber.slide_weights_.assign(n, 1.0f);
-    uber.sliding_points_.assign(3 * n, 0.0f);
+    for (uint32_t k = 4; k < n; k += 11) uber.slide_weights_[k] = 0.0000009f;
+    uber.sliding_points_.assign(3 * n, 7.0f);
+    const bool has_transform = offset != 0.0f;
+    const Matrix world = has_transform ? myo_test::Affine(1.0f, 0.0f, 1.0f) : myo_core::IdentityMatrix();
 
     UberConstraints scanned = uber;
-    myo_test::OrderedSlidingScan(false, positions, myo_core::IdentityMatrix(), scanned);
+    myo_test::OrderedSlidingScan(has_transform, positions, world, scanned);
     for (int threads : {1, 2}) {
       UberConstraints searched = uber;
       const int previous = omp_get_max_threads();
       omp_set_num_threads(threads);
-      myo_core::UpdateSlidingPoints(false, positions, myo_core::IdentityMatrix(), searched);
+      myo_core::UpdateSlidingPoints(has_transform, positions, world, searched);
       omp_set_num_threads(previous);
       EXPECT_EQ(scanned.sliding_inactive_, searched.sliding_inactive_);
       for (uint32_t k = 0; k < n; ++k) {
@@ -426,16 +384,6 @@ TEST(UberSlidingPoints, AMovedOrRewiredReferenceIsPreparedAgain) {
   EXPECT_EQ(nearest_y(), -2.0f);
   for (int k = 0; k < 3; ++k) uber.reference_triangles_[3 * below + k] = 3 * spare + k;  // rewired
   EXPECT_EQ(nearest_y(), 0.5f);
-}
-
-TEST(UberSlidingEdges, EachEdgeOnceAsASortedPair) {
-  // Triangles (0, 1, 2) and (2, 1, 3) sharing the edge 1-2; the first listed twice.
-  const std::vector<uint32_t> reference = {0, 1, 2, 2, 1, 3};
-  std::vector<uint32_t> edges = {99};
-  myo_core::BuildSlidingEdges({1, 0, 1}, reference, edges);
-  EXPECT_EQ(edges, (std::vector<uint32_t>{0, 1, 0, 2, 1, 2, 1, 3, 2, 3}));
-  myo_core::BuildSlidingEdges({}, reference, edges);
-  EXPECT_TRUE(edges.empty());
 }
 
 }  // namespace
