@@ -6,7 +6,6 @@
 #include <cstdint>
 #include <map>
 #include <sstream>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -22,11 +21,6 @@ TEST(EnumTables, ReverseLookupFindsTheNumberOfAName) {
   // "Priority" belongs to the normalisation modes alone.
   EXPECT_EQ(myo_core::FindKeyByName(myo_core::NormalizationMode(), "Priority"), 1);
   EXPECT_FALSE(myo_core::FindKeyByName(myo_core::ConstraintPriorityOrder(), "Priority"));
-}
-
-TEST(EnumTables, CheckedLookupThrowsForAMissingKey) {
-  EXPECT_EQ(myo_core::CheckedLookup(myo_core::RemapMode(), 2), "Square Root");
-  EXPECT_THROW(myo_core::CheckedLookup(myo_core::WeightsType(), 15), std::out_of_range);
 }
 
 // Each name lists the kinds from highest priority to lowest; the list must be
