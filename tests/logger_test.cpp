@@ -35,7 +35,7 @@ class LoggerTest : public ::testing::Test {
 };
 
 // A fresh default worker at threshold 0, printing to the captured stream.
-TEST_F(LoggerTest, DefaultWorkerPrintsEachLevelAsOneTaggedLine) {
+TEST_F(LoggerTest, DefaultWorkerPrintsEachLevelAsOneTaggedLineAndNoWorkerNothing) {
   myo_core::SetWorker(std::make_shared<myo_core::LoggerWorker>());
   CoutCapture out;
   myo_core::LogDebug("a");
@@ -47,6 +47,12 @@ TEST_F(LoggerTest, DefaultWorkerPrintsEachLevelAsOneTaggedLine) {
             "[MyoForge][Info] b c\n"
             "[MyoForge][Warning] x\n"
             "[MyoForge][Error] \n");
+  // Without a worker logging does nothing, and no level passes.
+  myo_core::ResetWorker();
+  myo_core::LogError("lost");
+  myo_core::SetLevel(0);
+  EXPECT_EQ(myo_core::GetLevel(), 4);
+  EXPECT_EQ(out.text().find("lost"), std::string::npos);
 }
 
 // A new worker starts at 0; each threshold lets its level and the ones above
@@ -79,16 +85,6 @@ TEST_F(LoggerTest, TheThresholdFiltersLevelsAndOutOfRangeLevelsAreIgnored) {
   myo_core::SetWorker(nullptr);
   EXPECT_EQ(myo_core::GetWorker(), second);
   EXPECT_EQ(myo_core::GetLevel(), 3);
-}
-
-TEST_F(LoggerTest, ResetWorkerMakesLoggingANoOp) {
-  myo_core::ResetWorker();
-  EXPECT_EQ(myo_core::GetWorker(), nullptr);
-  CoutCapture out;
-  myo_core::LogError("lost");
-  myo_core::SetLevel(0);
-  EXPECT_EQ(myo_core::GetLevel(), 4);  // nothing passes
-  EXPECT_EQ(out.text(), "");
 }
 
 TEST_F(LoggerTest, ConcurrentLinesStayWhole) {
