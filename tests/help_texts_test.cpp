@@ -16,27 +16,7 @@
 namespace {
 
 using myo_core::HelpText;
-using myo_core::HelpTextAt;
 using myo_core::HelpTextId;
-using myo_core::kHelpTextCount;
-
-// A user interface walks the catalogue by position and code by name: both
-// reach every text, and no text is left empty or badly spaced.
-TEST(HelpTexts, EveryEntryIsReachableByPositionAndName) {
-  EXPECT_EQ(HelpTextAt(kHelpTextCount), nullptr);
-  std::set<std::string> distinct;
-  for (std::size_t i = 0; i < kHelpTextCount; ++i) {
-    ASSERT_NE(HelpTextAt(i), nullptr) << i;
-    EXPECT_EQ(HelpText(static_cast<HelpTextId>(i)), HelpTextAt(i)) << i;
-    const std::string text = HelpTextAt(i);
-    EXPECT_FALSE(text.empty()) << i;
-    EXPECT_EQ(text.find("  "), std::string::npos) << i;
-    distinct.insert(text);
-  }
-  // Two entries share their words: the slide collision and slide constraints.
-  EXPECT_STREQ(HelpText(HelpTextId::kSlideCollisionAttribute), HelpText(HelpTextId::kSlideConstraintsAttribute));
-  EXPECT_EQ(distinct.size(), kHelpTextCount - 1);
-}
 
 // The attribute table of a node type by name: the runner's types and the
 // locators, which only the plug-in creates.
