@@ -89,25 +89,19 @@ TEST_F(LoggerTest, TheThresholdFiltersLevelsAndOutOfRangeLevelsAreIgnored) {
 
 TEST_F(LoggerTest, ConcurrentLinesStayWhole) {
   myo_core::SetWorker(std::make_shared<myo_core::LoggerWorker>());
-  constexpr int kThreads = 8;
-  constexpr int kLinesPerThread = 500;
-  std::string printed;
-  {
-    CoutCapture out;
-    std::vector<std::thread> threads;
-    for (int t = 0; t < kThreads; ++t)
-      threads.emplace_back([t] {
-        const std::string message = "thread " + std::to_string(t) + " " + std::string(40, 'a' + t);
-        for (int i = 0; i < kLinesPerThread; ++i) myo_core::LogInfo(message);
-      });
-    for (std::thread& thread : threads) thread.join();
-    printed = out.text();
-  }
+  constexpr int kThreads = 8, kLinesPerThread = 500;
+  auto message = [](int t) { return "thread " + std::to_string(t) + " " + std::string(40, static_cast<char>('a' + t)); };
+  CoutCapture out;
+  std::vector<std::thread> threads;
+  for (int t = 0; t < kThreads; ++t)
+    threads.emplace_back([t, &message] {
+      for (int i = 0; i < kLinesPerThread; ++i) myo_core::LogInfo(message(t));
+    });
+  for (std::thread& thread : threads) thread.join();
 
   std::set<std::string> expected;
-  for (int t = 0; t < kThreads; ++t)
-    expected.insert("[MyoForge][Info] thread " + std::to_string(t) + " " + std::string(40, 'a' + t));
-  std::istringstream lines(printed);
+  for (int t = 0; t < kThreads; ++t) expected.insert("[MyoForge][Info] " + message(t));
+  std::istringstream lines(out.text());
   int count = 0;
   for (std::string line; std::getline(lines, line); ++count) ASSERT_EQ(expected.count(line), 1u) << "torn line: " << line;
   EXPECT_EQ(count, kThreads * kLinesPerThread);
