@@ -129,6 +129,16 @@ TEST_F(SceneReaderTest, MalformedFilesNameTheFileAndWhere) {
   scene_["meshes"][0]["file"] = "meshes/body.obj";
   EXPECT_EQ(Read(), Path() + ": meshes[0].file: " + dir_.File("meshes/body.obj") +
                         ": line 4: vertex index 7 is out of range (the file has 3)");
+
+  // A number beyond the double range is quoted by its start; the command
+  // reports it as any invalid scene, rather than aborting.
+  dir_.Write("scene.json", "{\n  \"timeline\": {\"start\": 1, \"end\": 1" + std::string(400, '0') + "}\n}");
+  EXPECT_FALSE(myo_app::ReadScene(Path(), result_, error));
+  EXPECT_EQ(error, Path() + ": line 2, column 35: invalid JSON: the number 1" + std::string(79, '0') +
+                       "... is beyond the range of a 64-bit float");
+  const auto validate = myo_test::RunCommand(MYOFORGE_BINARY, "validate '" + Path() + "'");
+  EXPECT_EQ(validate.exit_code, 3);
+  EXPECT_EQ(validate.err, "myoforge: " + error + "\n");
 }
 
 TEST_F(SceneReaderTest, AttributesAreCheckedAgainstTheNodeTableAndTheNumberTypes) {
@@ -221,19 +231,6 @@ TEST_F(SceneReaderTest, TheTimeLineHasWholeFramesInRangeAndABoundedRate) {
        "timeline.fps: 1000000 frames per second is outside the range myoforge plays (0.0001 to 48000)"},
       {timeline("fps", 48000), ""},
   });
-}
-
-TEST_F(SceneReaderTest, JsonNumbersBeyondTheDoubleRangeNameTheirPlace) {
-  std::string error;
-  // A long number is quoted by its start.
-  dir_.Write("scene.json", "{\n  \"timeline\": {\"start\": 1, \"end\": 1" + std::string(400, '0') + "}\n}");
-  EXPECT_FALSE(myo_app::ReadScene(Path(), result_, error));
-  EXPECT_EQ(error, Path() + ": line 2, column 35: invalid JSON: the number 1" + std::string(79, '0') +
-                       "... is beyond the range of a 64-bit float");
-  // The command reports it as any invalid scene, rather than aborting.
-  const auto validate = myo_test::RunCommand(MYOFORGE_BINARY, "validate '" + Path() + "'");
-  EXPECT_EQ(validate.exit_code, 3);
-  EXPECT_EQ(validate.err, "myoforge: " + error + "\n");
 }
 
 TEST_F(SceneReaderTest, NamesAreNodeNamesThatCannotLeaveTheOutputFolder) {
