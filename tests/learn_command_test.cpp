@@ -34,10 +34,6 @@ TEST(LearnCommand, TheBundledPosesGiveTheCommittedPatchesAndColours) {
   EXPECT_EQ(result.err, "");
   // A fresh process draws the same seeds: the example's file again.
   EXPECT_EQ(myo_test::ReadFile(out.File("belly.mmp")), myo_test::ReadFile(kJiggle + "/belly.mmp"));
-  std::vector<int32_t> ids;
-  std::vector<float> fibers;
-  ASSERT_TRUE(myo_core::ReadMusclePatchesFile(out.File("belly.mmp"), 289, ids, fibers));
-  EXPECT_EQ(fibers.size(), 15u);
   // The colour mesh reads back with the neutral mesh's points and faces.
   myo_io::ObjMesh colored, neutral;
   std::string error;
@@ -49,6 +45,8 @@ TEST(LearnCommand, TheBundledPosesGiveTheCommittedPatchesAndColours) {
                                                out.File("six.mmp") + "'");
   ASSERT_EQ(limited.exit_code, 0) << limited.err;
   EXPECT_EQ(limited.out, "");
+  std::vector<int32_t> ids;
+  std::vector<float> fibers;
   ASSERT_TRUE(myo_core::ReadMusclePatchesFile(out.File("six.mmp"), 289, ids, fibers));
   for (size_t v = 6; v < ids.size(); ++v) ASSERT_EQ(ids[v], -1) << v;
 }
