@@ -35,17 +35,12 @@ TEST(EnumTables, PriorityListsReverseTheirNames) {
   ASSERT_EQ(names.size(), 6u);
   ASSERT_EQ(lists.size(), names.size());
   for (const auto& [key, name] : names) {
-    SCOPED_TRACE(name);
     std::istringstream words(name);
     std::vector<int32_t> from_highest;
-    std::string word;
-    while (words >> word) {
+    for (std::string word; words >> word;)
       if (word != "-") from_highest.push_back(kinds.at(word));
-    }
-    ASSERT_EQ(from_highest.size(), 3u);
-    const std::array<int32_t, 3> from_lowest = {from_highest[2], from_highest[1],
-                                                from_highest[0]};
-    EXPECT_EQ(lists.at(key), from_lowest);
+    ASSERT_EQ(from_highest.size(), 3u) << name;
+    EXPECT_EQ(lists.at(key), (std::array<int32_t, 3>{from_highest[2], from_highest[1], from_highest[0]})) << name;
   }
 }
 
