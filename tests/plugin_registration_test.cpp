@@ -25,16 +25,12 @@ class FakePluginHost : public PluginHost {
     return state_known;
   }
   void RunPython(const std::string& script) override { scripts.push_back(script); }
-  bool Register(const RegistrationStep& step) override {
+  bool Register(const RegistrationStep& step) override { return Record(step, registered, true); }
+  bool Deregister(const RegistrationStep& step) override { return Record(step, deregistered, false); }
+  bool Record(const RegistrationStep& step, std::vector<std::string>& steps, bool add) {
     if (step.failure_name == fail_on) return false;
-    registered.push_back(step.failure_name);
-    if (step.kind == RegistrationKind::kNode) nodes.insert(step.name);
-    return true;
-  }
-  bool Deregister(const RegistrationStep& step) override {
-    if (step.failure_name == fail_on) return false;
-    deregistered.push_back(step.failure_name);
-    if (step.kind == RegistrationKind::kNode) nodes.erase(step.name);
+    steps.push_back(step.failure_name);
+    if (step.kind == RegistrationKind::kNode) add ? (void)nodes.insert(step.name) : (void)nodes.erase(step.name);
     return true;
   }
   bool IsNodeRegistered(const std::string& type_name) const override { return nodes.count(type_name) != 0; }
