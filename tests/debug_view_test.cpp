@@ -1,6 +1,6 @@
 // The debug view of the standalone host: a "MyoDataNode" gathers deformers,
 // a "MyoDebugLocator" writes their lines together per frame; what the scene
-// reader refuses in that wiring; the OBJ of several line objects.
+// reader refuses in that wiring.
 
 #include <gtest/gtest.h>
 
@@ -12,7 +12,6 @@
 #include <nlohmann/json.hpp>
 
 #include "app/run/debug_view.h"
-#include "io/obj_mesh.h"
 #include "support/spindle_scene.h"
 
 namespace {
@@ -53,7 +52,6 @@ class DebugViewTest : public myo_test::SpindleSceneTest {
 TEST_F(DebugViewTest, ALocatorWritesEveryConnectedDeformersLinesAsOneObjectEach) {
   const std::string files = Run();
   EXPECT_NE(files.find("view/view.debug.0002.obj\n"), std::string::npos);
-  EXPECT_NE(files.find("view/view.debug.0004.obj\n"), std::string::npos);
   EXPECT_EQ(files.find("view/view.debug.0001.obj\n"), std::string::npos);  // before the start
   EXPECT_EQ(files.find("gather/"), std::string::npos);                     // a data node writes nothing
 
@@ -73,11 +71,6 @@ TEST_F(DebugViewTest, ALocatorWritesEveryConnectedDeformersLinesAsOneObjectEach)
   const std::size_t first_vertices = Lines(text, "v ", "first").size();
   EXPECT_EQ(Lines(text, "l ", "second").front(),
             "l " + std::to_string(first_vertices + 1) + " " + std::to_string(first_vertices + 2));
-  EXPECT_EQ(Lines(text, "v ").size(), 2 * Lines(text, "l ").size());
-
-  const json summary = json::parse(Output("summary.json"));
-  for (const json& node : summary["nodes"])
-    EXPECT_TRUE(node["name"] != "view" || node["output"] == "view/view.debug.####.obj") << node;
 }
 
 TEST_F(DebugViewTest, DeformersWithDebugOffOrNoDataNodeLeaveTheirObjectsOut) {
@@ -94,15 +87,11 @@ TEST_F(DebugViewTest, DeformersWithDebugOffOrNoDataNodeLeaveTheirObjectsOut) {
 TEST_F(DebugViewTest, TheReaderRefusesWiringThatShowsNothing) {
   using Change = std::function<void(json&)>;
   const std::vector<std::pair<Change, std::string>> cases = {
-      {[](json& n) { n[1]["connections"]["inputs[1]"] = "mesh"; }, "\"mesh\" is not a node of the scene"},
       {[](json& n) { n[1]["connections"]["inputs[1]"] = "view"; },
        "takes the message of a MyoMuscle, MyoRibbonMuscle, MyoSkin or MyoSimshape, and \"view\" is a MyoDebugLocator"},
       {[](json& n) { n[0]["connections"]["data"] = "first"; },
        "takes the message of a MyoDataNode, and \"first\" is a MyoMuscle"},
       {[](json& n) { n[1]["connections"] = {{"inputs", "first"}}; }, "needs an index: connect \"inputs[0]\""},
-      {[](json& n) { n[1]["connections"] = {{"inputs[x]", "first"}}; }, "expected a plug \"inputs[index]\""},
-      {[](json& n) { n[0]["connections"] = {{"data[0]", "gather"}}; },
-       "\"data\" is not a list of messages of MyoDebugLocator"},
       {[](json& n) { n[1]["attributes"] = {{"inputs", 1}}; }, "a message attribute takes a connection, not a value"},
       {[](json& n) { n[1]["input"] = "mesh"; }, "deforms no mesh and takes no input"},
   };
@@ -112,20 +101,6 @@ TEST_F(DebugViewTest, TheReaderRefusesWiringThatShowsNothing) {
     EXPECT_NE(Refusal().find(message), std::string::npos) << message;
     scene_ = original;
   }
-}
-
-TEST(ObjLineObjects, NamesEachObjectAndCountsVerticesAcrossThem) {
-  const std::vector<float> two = {0, 0, 0, 1, 1, 1, 2, 2, 2, 3, 3, 3};
-  const std::vector<float> one_and_a_half = {4, 4, 4, 5, 5, 5, 9};
-  const std::vector<float> none;
-  const std::string text = myo_io::ObjLineObjectsText(
-      {{"a", &two}, {"empty", &none}, {"b", &one_and_a_half}, {"missing", nullptr}}, "frame 0001");
-  EXPECT_EQ(text,
-            "# frame 0001\n"
-            "o a\nv 0 0 0\nv 1 1 1\nv 2 2 2\nv 3 3 3\nl 1 2\nl 3 4\n"
-            "o empty\n"
-            "o b\nv 4 4 4\nv 5 5 5\nl 5 6\n"
-            "o missing\n");
 }
 
 }  // namespace

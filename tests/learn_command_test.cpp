@@ -32,25 +32,21 @@ TEST(LearnCommand, TheBundledPosesGiveTheCommittedPatchesAndColours) {
                                               "' --colors '" + out.File("colors.obj") + "'");
   ASSERT_EQ(result.exit_code, 0) << result.err;
   EXPECT_EQ(result.err, "");
-  EXPECT_NE(result.out.find("[MyoForge][Info] MyoLearnMusclePatches progress: 100%\n"), std::string::npos);
   // A fresh process draws the same seeds: the example's file again.
   EXPECT_EQ(myo_test::ReadFile(out.File("belly.mmp")), myo_test::ReadFile(kJiggle + "/belly.mmp"));
-  std::vector<int32_t> ids;
-  std::vector<float> fibers;
-  ASSERT_TRUE(myo_core::ReadMusclePatchesFile(out.File("belly.mmp"), 289, ids, fibers));
-  EXPECT_EQ(fibers.size(), 15u);
   // The colour mesh reads back with the neutral mesh's points and faces.
   myo_io::ObjMesh colored, neutral;
   std::string error;
   ASSERT_TRUE(myo_io::ReadObjMesh(out.File("colors.obj"), colored, error)) << error;
   ASSERT_TRUE(myo_io::ReadObjMesh(kJiggle + "/meshes/belly.obj", neutral, error)) << error;
   EXPECT_EQ(colored.polygons.vertices, neutral.polygons.vertices);
-  EXPECT_EQ(colored.polygons.points.size(), neutral.polygons.points.size());
 
   const auto limited = RunCommand(kBinary, "learn " + Poses() + " -k 5 --max-iterations 1 -q --vertices 0,1,2,3,4,5 -o '" +
                                                out.File("six.mmp") + "'");
   ASSERT_EQ(limited.exit_code, 0) << limited.err;
   EXPECT_EQ(limited.out, "");
+  std::vector<int32_t> ids;
+  std::vector<float> fibers;
   ASSERT_TRUE(myo_core::ReadMusclePatchesFile(out.File("six.mmp"), 289, ids, fibers));
   for (size_t v = 6; v < ids.size(); ++v) ASSERT_EQ(ids[v], -1) << v;
 }
@@ -72,8 +68,6 @@ TEST(LearnCommand, BadInputFailsWithOneLineAndWritesNothing) {
        "Something failed querying target points for targets: '" + out.File("short.obj") + "', '" +
            out.File("short.obj") + "' (the vertex count differs from the 289 vertices of"},
       {"learn " + Poses() + " -k 0" + target, 2, "--patches: expected a number of patches above 0, not 0"},
-      {"learn " + Poses() + " -k 4 --vertices 1,2,3" + target, 3,
-       "Less number of selected vertices than number of muscle patches."},
       {"learn " + Poses() + " -k 2 --vertices 1,300" + target, 3, "the index 300 (entry 1), outside the 289"},
       {"learn " + Poses() + " -k 2 --mask '" + out.File("mask.txt") + "'" + target, 3,
        "mask.txt: value 3: expected a vertex index (a whole number from 0), not 2.5"},

@@ -21,10 +21,7 @@ TEST(MapFileTest, ReadsNumbersAndRefusesTextAndOverflowByLine) {
   const std::vector<std::pair<std::string, std::string>> cases = {
       {"1\n2 abc\n", ": line 2: \"abc\" is not a number"},
       {"nan\n", ": line 1: \"nan\" is not a number"},
-      {"0 inf\n", ": line 1: \"inf\" is not a number"},
-      {"0x1p3\n", ": line 1: \"0x1p3\" is not a number"},
       {"1\n\n1e39\n", ": line 3: \"1e39\" is outside the range of a 32-bit float"},
-      {"1e-2147483648\n", ": line 1: \"1e-2147483648\" is not a number"},
   };
   for (const auto& [text, message] : cases) {
     SCOPED_TRACE(text);

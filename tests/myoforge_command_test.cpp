@@ -8,7 +8,6 @@
 #include <nlohmann/json.hpp>
 
 #include <cstdio>
-#include <cstring>
 #include <filesystem>
 #include <string>
 #include <utility>
@@ -35,35 +34,23 @@ TEST(MyoforgeCommand, ForearmRunsWritesEveryFrameAndRepeatsBitForBit) {
   // What was written, then the run in short and where its page is.
   const std::string wrote = "Wrote 96 frames of 5 nodes to " + two.path() + " (summary.json, figures.csv, values.csv)\n";
   EXPECT_EQ(second.out.rfind(wrote + "Simulated 108 frames (96 written) of 5 nodes in ", 0), 0u) << second.out;
-  EXPECT_NE(second.out.find("\nVolume ratio: biceps "), std::string::npos) << second.out;
-  EXPECT_NE(second.out.find("\nViewer: " + two.path() + "/viewer.html (open it in a browser)\n"), std::string::npos)
-      << second.out;
   EXPECT_EQ(second.err, "");  // no progress bar when standard error is not a terminal
 
   const std::string files = ListFiles(one.path());
   EXPECT_EQ(files, ListFiles(two.path()));
-  EXPECT_NE(files.find("biceps/biceps.0001.obj\n"), std::string::npos);
-  EXPECT_NE(files.find("skin/skin.0096.obj\n"), std::string::npos);
-  EXPECT_EQ(files.find("biceps.0000.obj"), std::string::npos);  // preroll frames are simulated, not written
-  for (const char* frame : {"biceps/biceps.0001.obj", "biceps/biceps.0050.obj", "skin/skin.0096.obj"})
+  EXPECT_NE(files.find("biceps/biceps.0001.obj\nbiceps/biceps.0002.obj\n"), std::string::npos);  // no preroll
+  for (const char* frame : {"biceps/biceps.0050.obj", "skin/skin.0096.obj"})
     EXPECT_EQ(ReadFile(one.File(frame)), ReadFile(two.File(frame))) << frame;
 
   // The skin keeps the texture coordinates of its input.
-  const std::string skin = ReadFile(one.File("skin/skin.0050.obj"));
-  EXPECT_NE(skin.find("\nvt "), std::string::npos);
-  EXPECT_NE(skin.find("\nf 1/1 2/2 34/34 33/33\n"), std::string::npos);
+  EXPECT_NE(ReadFile(one.File("skin/skin.0050.obj")).find("\nf 1/1 2/2 34/34 33/33\n"), std::string::npos);
 
   const auto summary = nlohmann::json::parse(ReadFile(one.File("summary.json")));
-  EXPECT_EQ(summary["frames_simulated"], 108);
   // The sensor and its remap come first: they drive the muscle's activation.
   EXPECT_EQ(summary["nodes"][0]["name"], "bicepsLength");
   EXPECT_EQ(summary["nodes"][1]["name"], "bicepsDrive");
   EXPECT_EQ(summary["nodes"][2]["name"], "biceps");
-  EXPECT_EQ(summary["nodes"][2]["steps"], 96);
   EXPECT_NEAR(summary["nodes"][2]["min_volume_ratio"].get<double>(), 1.0, 0.05);
-  const std::string csv = ReadFile(one.File("figures.csv"));
-  EXPECT_EQ(csv.rfind("frame,node,stepped,evaluate_ms,iterations,volume_ratio,max_speed\n0001,bicepsLength,", 0), 0u);
-  EXPECT_NE(csv.find("\n0001,biceps,1,"), std::string::npos);
 
   // The origin-insertion distance shortens as the elbow bends (frames 1 to
   // 40), and the remapped activation follows it up to its 0.8.
@@ -94,19 +81,10 @@ TEST(MyoforgeCommand, PointCacheHoldsEveryFrameAndReplacesAnEarlierRun) {
   // frames in either format.
   const std::string files = ListFiles(out.path());
   EXPECT_EQ(files.rfind(".myoforge-run\nbiceps.pc2\nfigures.csv\nskin.pc2\n", 0), 0u) << files;
-  EXPECT_EQ(files.find("biceps/"), std::string::npos);
   EXPECT_NE(files.find("skinCompression/skinCompression.0096.obj\n"), std::string::npos);
   EXPECT_NE(files.find("skinCompression/skinCompression.compression.0096.txt\n"), std::string::npos);
-  EXPECT_NE(files.find("summary.json\nvalues.csv\n"), std::string::npos);
-  const std::string cache = ReadFile(out.File("biceps.pc2"));
-  ASSERT_GE(cache.size(), 32u);
-  EXPECT_EQ(std::memcmp(cache.data(), "POINTCACHE2\0", 12), 0);
-  int32_t points = 0, samples = 0;
-  std::memcpy(&points, cache.data() + 16, 4);
-  std::memcpy(&samples, cache.data() + 28, 4);
-  EXPECT_EQ(points, 986);
-  EXPECT_EQ(samples, 96);
-  EXPECT_EQ(cache.size(), 32u + 96u * 986u * 12u);
+  // 96 samples of the 986 points after the header.
+  EXPECT_EQ(ReadFile(out.File("biceps.pc2")).size(), 32u + 96u * 986u * 12u);
 }
 
 TEST(MyoforgeCommand, InvalidScenesFailWithOneLineAndWriteNothing) {
@@ -119,8 +97,6 @@ TEST(MyoforgeCommand, InvalidScenesFailWithOneLineAndWriteNothing) {
   EXPECT_EQ(result.err, "myoforge: " + dir.File("bad.json") +
                             ": nodes[0].input: \"nothing\" is not a mesh or node of the scene\n");
   EXPECT_FALSE(std::filesystem::exists(out));
-  const auto validate = RunCommand(kBinary, "validate '" + dir.File("bad.json") + "'");
-  EXPECT_EQ(validate.exit_code, 3);
   const auto valid = RunCommand(kBinary, "validate '" + kForearm + "'");
   EXPECT_EQ(valid.exit_code, 0) << valid.err;
   EXPECT_EQ(valid.out, kForearm + ": valid: 5 nodes, 4 meshes, 4 transforms, frames -11 to 96\n");
@@ -137,39 +113,22 @@ TEST(MyoforgeCommand, FailureWhileRunningLeavesNoPartialFile) {
 }
 
 TEST(MyoforgeCommand, ListingsAndUsage) {
-  const auto nodes = RunCommand(kBinary, "nodes");
-  EXPECT_EQ(nodes.exit_code, 0);
-  EXPECT_EQ(nodes.out.rfind("MyoMuscle ", 0), 0u);
   const auto skin = RunCommand(kBinary, "attributes MyoSkin");
   EXPECT_EQ(skin.exit_code, 0);
-  EXPECT_NE(skin.out.find("\nenvelope (en): float, default 1, limits 0..1, keyable\n    Value to control the "
-                          "interpolation between the simulated result and the\n    input to the simulation.\n"),
-            std::string::npos);
-  // Any letter case; --wide for the table; --attribute for one.
+  EXPECT_NE(skin.out.find("\nenvelope (en): float, default 1, limits 0..1, keyable\n"), std::string::npos);
+  // Any letter case; --attribute for one.
   EXPECT_EQ(RunCommand(kBinary, "attributes myoskin").out, skin.out);
-  const auto wide = RunCommand(kBinary, "attributes MyoSkin --wide");
-  EXPECT_NE(wide.out.find("\nenvelope                           en     float        1                    0..1"),
-            std::string::npos);
-  const auto one = RunCommand(kBinary, "attributes MyoMuscle --attribute s");
-  EXPECT_EQ(one.exit_code, 0);
-  EXPECT_EQ(one.out, "stiffness (s): float, default 100000, limits 0.., soft limits ..1e+12, keyable\n"
-                     "    Sets the custom stiffness value.\n");
+  EXPECT_EQ(RunCommand(kBinary, "attributes MyoMuscle --attribute s").out,
+            "stiffness (s): float, default 100000, limits 0.., soft limits ..1e+12, keyable\n"
+            "    Sets the custom stiffness value.\n");
   // Every mistake on the command line: exit code 2 and one line.
   const std::vector<std::pair<std::string, std::string>> usage = {
       {"attributes MyoMusle", "myoforge: unknown node type \"MyoMusle\" (see myoforge nodes); did you mean \"MyoMuscle\"?\n"},
-      {"attributes MyoMuscle --attribute stifness",
-       "myoforge: unknown attribute \"stifness\" of MyoMuscle (see myoforge attributes MyoMuscle); did you mean "
-       "\"stiffness\"?\n"},
       {"snapshot out --size 10x10",
        "myoforge: --size: expected WIDTHxHEIGHT, each from 64 to 4096 pixels, not \"10x10\" (see myoforge --help)\n"},
       {"", "myoforge: A subcommand is required (see myoforge --help)\n"},
-      {"run", "myoforge: scene is required (see myoforge --help)\n"},
       {"run x.json --threads 0",
        "myoforge: --threads: expected a whole number from 1 to 256, not \"0\" (see myoforge --help)\n"},
-      {"run x.json -t 100000",
-       "myoforge: --threads: expected a whole number from 1 to 256, not \"100000\" (see myoforge --help)\n"},
-      {"run x.json -t 2.5",
-       "myoforge: --threads: expected a whole number from 1 to 256, not \"2.5\" (see myoforge --help)\n"},
       {"run x.json --bogus", "myoforge: The following argument was not expected: --bogus (see myoforge --help)\n"},
   };
   for (const auto& [arguments, message] : usage) {
@@ -179,7 +138,6 @@ TEST(MyoforgeCommand, ListingsAndUsage) {
   }
   const auto help = RunCommand(kBinary, "run --help");
   EXPECT_EQ(help.exit_code, 0);
-  EXPECT_NE(help.out.find("--format"), std::string::npos);
   EXPECT_NE(help.out.find("at most 10000 \"iterations\" per step"), std::string::npos);
 }
 

@@ -68,24 +68,13 @@ TEST(ObjMeshTest, RefusesWhatItCannotReadWholeNamingTheLine) {
       {"v 1 nan 0\n", ": line 1: coordinate \"nan\" is not a number"},
       {"v 1 2\n", ": line 1: a vertex needs 3 coordinates (x y z, optionally w, or x y z r g b); it has 2"},
       {"v 1e39 0 0\n", ": line 1: coordinate \"1e39\" is outside the range of a 32-bit float"},
-      {"v 0x10 0 0\n", ": line 1: coordinate \"0x10\" is not a number"},
-      {"v 0.1e-2147483648 0 0\n", ": line 1: coordinate \"0.1e-2147483648\" is not a number"},
-      {std::string(kSquare) + "vt 1e39 0\n", ": line 5: coordinate \"1e39\" is outside the range of a 32-bit float"},
       {std::string(kSquare) + "f 1 2 0\n",
        ": line 5: face corner \"0\": vertex index \"0\" is not a whole number other than 0"},
       {std::string(kSquare) + "f 1 2 -5\n",
        ": line 5: face corner \"-5\": relative vertex index -5 reaches before the first of the 4 read so far"},
-      {std::string(kSquare) + "vt 0 0\nf 1/-2 2/1 3/1\n",
-       ": line 6: face corner \"1/-2\": relative texture coordinate index -2 reaches before the first of the 1 read "
-       "so far"},
       {std::string(kSquare) + "f 1/ 2 3\n", ": line 5: face corner \"1/\" is not of the form v, v/t, v//n or v/t/n"},
       {std::string(kSquare) + "f 1 2 9\n", ": line 5: vertex index 9 is out of range (the file has 4)"},
-      {std::string(kSquare) + "vt 0 0\nf 1 2 3\nf 1/1 2/1 3/2\n",
-       ": line 7: texture coordinate index 2 is out of range (the file has 1)"},
       {std::string(kSquare) + "vn 0 0 1\nf 1//1 2//1 3//2\n", ": a face names normal 2 (the file has 1)"},
-      {std::string(kSquare) + "f 1//-1 2 3\n",
-       ": line 5: face corner \"1//-1\": relative normal index -1 reaches before the first of the 0 read so far"},
-      {std::string(kSquare) + "fx 1 2 3\n", ": line 5: \"fx\" is not an OBJ statement"},
       {"v 0 0 0\n\x01garbage\n", ": line 2: \"\\x01garbage\" is not an OBJ statement"},
   };
   for (const Case& c : cases) {
@@ -121,19 +110,4 @@ TEST(ObjMeshTest, PointsAreTheParsersOwnNumbers) {
   ASSERT_TRUE(reference.ParseFromString(text, ""));
   EXPECT_EQ(read.mesh.polygons.points, reference.GetAttrib().vertices);
   EXPECT_EQ(read.mesh.uvs, reference.GetAttrib().texcoords);
-  for (const char* name : {"biceps", "biceps_skin", "humerus", "radius"}) {
-    SCOPED_TRACE(name);
-    const std::string file = std::string(MYO_EXAMPLES_DIR) + "/forearm/meshes/" + name + ".obj";
-    myo_io::ObjMesh mesh;
-    std::string error;
-    ASSERT_TRUE(myo_io::ReadObjMesh(file, mesh, error)) << error;
-    tinyobj::ObjReaderConfig polygons;
-    polygons.triangulate = false;
-    tinyobj::ObjReader example;
-    ASSERT_TRUE(example.ParseFromFile(file, polygons));
-    EXPECT_EQ(mesh.polygons.points, example.GetAttrib().vertices);
-    std::size_t corners = 0;
-    for (const tinyobj::shape_t& shape : example.GetShapes()) corners += shape.mesh.indices.size();
-    EXPECT_EQ(mesh.polygons.vertices.size(), corners);
-  }
 }

@@ -60,8 +60,7 @@ TEST(OutputFolderTest, RefusesWhatItCannotWriteBeforeWritingAnything) {
   EXPECT_EQ(error, dir.File("out") + "/summary.json: an output file cannot be written there: the path is taken by a "
                                       "folder");
   // Names that would leave the folder.
-  for (const OutputPlan& plan : {OutputPlan{{"../x.obj"}, {}}, OutputPlan{{"/tmp/x.obj"}, {}},
-                                 OutputPlan{{}, {"a/b/c"}}}) {
+  for (const OutputPlan& plan : {OutputPlan{{"../x.obj"}, {}}, OutputPlan{{}, {"/tmp/x"}}}) {
     EXPECT_FALSE(PrepareOutputFolder(dir.File("fresh"), plan, error));
     EXPECT_NE(error.find("is not a name inside the output folder"), std::string::npos) << error;
   }

@@ -5,6 +5,7 @@
 
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "core/log/logger.h"
@@ -24,16 +25,12 @@ class FakePluginHost : public PluginHost {
     return state_known;
   }
   void RunPython(const std::string& script) override { scripts.push_back(script); }
-  bool Register(const RegistrationStep& step) override {
+  bool Register(const RegistrationStep& step) override { return Record(step, registered, true); }
+  bool Deregister(const RegistrationStep& step) override { return Record(step, deregistered, false); }
+  bool Record(const RegistrationStep& step, std::vector<std::string>& steps, bool add) {
     if (step.failure_name == fail_on) return false;
-    registered.push_back(step.failure_name);
-    if (step.kind == RegistrationKind::kNode) nodes.insert(step.name);
-    return true;
-  }
-  bool Deregister(const RegistrationStep& step) override {
-    if (step.failure_name == fail_on) return false;
-    deregistered.push_back(step.failure_name);
-    if (step.kind == RegistrationKind::kNode) nodes.erase(step.name);
+    steps.push_back(step.failure_name);
+    if (step.kind == RegistrationKind::kNode) add ? (void)nodes.insert(step.name) : (void)nodes.erase(step.name);
     return true;
   }
   bool IsNodeRegistered(const std::string& type_name) const override { return nodes.count(type_name) != 0; }
@@ -56,13 +53,6 @@ const std::vector<std::string> kDocumentedLoadOrder = {
     "MyoPaintInitializeCommand", "MyoPaintSetValueCommand", "MyoPaintGetValueCommand", "MyoPaintFinalizeCommand",
     "MyoPaintFloodCommand", "MyoPaintDataCommand", "MyoPaintGetWeightCommand"};
 
-// Keeps the logger installed by the test alive across UnloadPlugin, which
-// drops the worker on success.
-class PluginLifecycleTest : public ::testing::Test {
- protected:
-  myo_test::LogCapture log_;
-};
-
 }  // namespace
 
 // Saved scenes store the type ids: one block, in a fixed order.
@@ -79,105 +69,69 @@ TEST(RegistrationTableTest, NodeTypesAreOneBlockOfIdsAndLocatorsHaveTheirDrawOve
       EXPECT_EQ(FindDrawOverride(node.name), nullptr) << node.name;
       continue;
     }
-    EXPECT_EQ(node.classification, "drawdb/geometry/" + node.name);
-    EXPECT_EQ(node.registrant_id, node.name + "Plug");
     ASSERT_NE(FindDrawOverride(node.name), nullptr) << node.name;
     EXPECT_EQ(FindDrawOverride(node.name)->classification, node.classification);
   }
-  EXPECT_EQ(FindNodeType("MyoSkinMerge")->class_name, "MyoSkinMergeDeformer");
-  EXPECT_EQ(FindNodeType("MyoNothing"), nullptr);
   // A step names what it registers: a draw override its locator.
   EXPECT_EQ(LoadOrder()[15].kind, RegistrationKind::kDrawOverride);
   EXPECT_EQ(LoadOrder()[15].name, "MyoDebugLocator");
 }
 
-TEST(PluginLoggerLevelTest, ParsesTheLoggerLevelByItsFirstCharacter) {
-  EXPECT_EQ(LoggerLevelFromEnvironment("0"), 0);
-  EXPECT_EQ(LoggerLevelFromEnvironment("12"), 1);
-  EXPECT_LT(LoggerLevelFromEnvironment("-1"), 0);
-  EXPECT_LT(LoggerLevelFromEnvironment(""), 0);
-  EXPECT_LT(LoggerLevelFromEnvironment(nullptr), 0);
-  EXPECT_TRUE(HasUserInterface(kLaunchBaseUi));
-  EXPECT_FALSE(HasUserInterface(kLaunchBatch));
+// The level comes from the first character of the environment's value;
+// anything that is no level 0 to 3 leaves the default, Info.
+TEST(PluginLifecycleTest, LoadSetsTheLoggerLevelFromTheEnvironment) {
+  myo_test::LogCapture log;
+  FakePluginHost host;
+  const std::pair<const char*, int32_t> cases[] = {{"3", 3}, {nullptr, 1}, {"0", 0}, {"12", 1}, {"7", 1}, {"-1", 1}};
+  for (const auto& [value, level] : cases) {
+    ASSERT_TRUE(LoadPlugin(host, value));
+    EXPECT_EQ(GetLevel(), level) << (value ? value : "unset");
+  }
 }
 
-TEST_F(PluginLifecycleTest, LoadSetsTheLevelFromTheEnvironment) {
-  FakePluginHost host;
-  ASSERT_TRUE(LoadPlugin(host, nullptr));
-  EXPECT_EQ(GetLevel(), 1);
-  ASSERT_TRUE(LoadPlugin(host, "7"));
-  EXPECT_EQ(GetLevel(), 1);
-  ASSERT_TRUE(LoadPlugin(host, "3"));
-  EXPECT_EQ(GetLevel(), 3);
-  LogWarning("silenced");
-  EXPECT_EQ(log_.Count("[MyoForge][Warning] silenced"), 0u);
-  ASSERT_TRUE(LoadPlugin(host, "-1"));
-  EXPECT_EQ(GetLevel(), 1);
-}
-
-TEST_F(PluginLifecycleTest, InteractiveLoadRunsTheMenuAndRegistersEverythingInOrder) {
-  FakePluginHost host;
-  ASSERT_TRUE(LoadPlugin(host, "0"));
-  EXPECT_EQ(host.scripts, (std::vector<std::string>{kLoadMenuScript}));
-  EXPECT_EQ(host.registered, kDocumentedLoadOrder);
-  EXPECT_TRUE(log_.lines().empty());
-}
-
-TEST_F(PluginLifecycleTest, BatchLoadAndUnloadRunNoMenu) {
-  FakePluginHost host;
-  host.state = kLaunchBatch;
-  ASSERT_TRUE(LoadPlugin(host, nullptr));
-  ASSERT_TRUE(UnloadPlugin(host));
-  EXPECT_TRUE(host.scripts.empty());
-  // Unload walks the load order again, not in reverse, and drops the logger.
-  EXPECT_EQ(host.deregistered, kDocumentedLoadOrder);
-  EXPECT_EQ(GetWorker(), nullptr);
-}
-
-TEST_F(PluginLifecycleTest, AFailedStepStopsTheLoadAndKeepsWhatWasRegistered) {
-  FakePluginHost host;
-  host.fail_on = "MyoDebugLocatorDrawOverride";
-  EXPECT_FALSE(LoadPlugin(host, "0"));
-  EXPECT_EQ(host.registered.size(), 15u);
-  EXPECT_EQ(host.registered.back(), "MyoEdgeEvaluator");
-  EXPECT_EQ(log_.lines(), (std::vector<std::string>{"[MyoForge][Error] Error occurred registering "
-                                                    "MyoDebugLocatorDrawOverride"}));
-}
-
-TEST_F(PluginLifecycleTest, UnknownLaunchStateRegistersNothing) {
-  FakePluginHost host;
-  host.state_known = false;
-  EXPECT_FALSE(LoadPlugin(host, "0"));
-  EXPECT_TRUE(host.registered.empty());
-  EXPECT_TRUE(host.scripts.empty());
-  EXPECT_EQ(log_.Count("[MyoForge][Error] Could not retrieve a valid Maya launch state. Aborting MyoForge plugin "
-                       "loading."),
-            1u);
-  EXPECT_FALSE(UnloadPlugin(host));
-  EXPECT_EQ(log_.Count("[MyoForge][Error] Could not retrieve a valid Maya launch state. Aborting MyoForge plugin "
-                       "unloading."),
-            1u);
-  EXPECT_NE(GetWorker(), nullptr);
-}
-
-TEST_F(PluginLifecycleTest, UnloadAfterALoadThatRegisteredNoNodeDoesNothing) {
-  FakePluginHost host;
-  host.fail_on = "MyoLocator";
-  EXPECT_FALSE(LoadPlugin(host, "0"));
-  log_.Clear();
-  EXPECT_TRUE(UnloadPlugin(host));
-  EXPECT_EQ(host.scripts.back(), kUnloadMenuScript);
-  EXPECT_TRUE(host.deregistered.empty());
-  EXPECT_TRUE(log_.lines().empty());
-  EXPECT_NE(GetWorker(), nullptr);
-}
-
-TEST_F(PluginLifecycleTest, AFailedDeregistrationStopsTheUnloadAndKeepsTheLogger) {
-  FakePluginHost host;
-  ASSERT_TRUE(LoadPlugin(host, "0"));
-  host.fail_on = "MyoSkin";
-  EXPECT_FALSE(UnloadPlugin(host));
-  EXPECT_EQ(host.deregistered.back(), "MyoSimshape");
-  EXPECT_EQ(log_.Count("[MyoForge][Error] Error occurred deregistering MyoSkin"), 1u);
-  EXPECT_NE(GetWorker(), nullptr);
+// One row per answer of the host: a load, then an unload, against the same
+// fake host that fails on the step named.
+TEST(PluginLifecycleTest, LoadAndUnloadFollowTheHostsAnswers) {
+  const std::string abort = "[MyoForge][Error] Could not retrieve a valid Maya launch state. Aborting MyoForge plugin ";
+  struct Row {
+    const char* what;
+    int32_t state;
+    bool state_known;
+    std::string fail_on;
+    bool loads;
+    std::size_t registered;  // the first steps of the load order
+    bool unloads;
+    std::size_t deregistered;
+    std::vector<std::string> scripts;
+    std::vector<std::string> log;
+  };
+  const Row rows[] = {
+      {"with a user interface", kLaunchBaseUi, true, "", true, 29, true, 29, {kLoadMenuScript, kUnloadMenuScript}, {}},
+      // Unload walks the load order again, not in reverse.
+      {"in batch", kLaunchBatch, true, "", true, 29, true, 29, {}, {}},
+      {"without a launch state", kLaunchInteractive, false, "", false, 0, false, 0, {}, {abort + "loading.", abort + "unloading."}},
+      // No node registered: the unload has nothing to do.
+      {"failing on the first step", kLaunchInteractive, true, "MyoLocator", false, 0, true, 0,
+       {kLoadMenuScript, kUnloadMenuScript}, {"[MyoForge][Error] Error occurred registering MyoLocator"}},
+      {"failing on a later step", kLaunchBatch, true, "MyoSkin", false, 19, false, 19, {},
+       {"[MyoForge][Error] Error occurred registering MyoSkin", "[MyoForge][Error] Error occurred deregistering MyoSkin"}},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.what);
+    myo_test::LogCapture log;  // outlives the unload, which drops the logger when it succeeds
+    FakePluginHost host;
+    host.state = row.state;
+    host.state_known = row.state_known;
+    host.fail_on = row.fail_on;
+    EXPECT_EQ(LoadPlugin(host, "0"), row.loads);
+    EXPECT_EQ(host.registered, std::vector<std::string>(kDocumentedLoadOrder.begin(),
+                                                        kDocumentedLoadOrder.begin() + row.registered));
+    EXPECT_EQ(UnloadPlugin(host), row.unloads);
+    EXPECT_EQ(host.deregistered, std::vector<std::string>(kDocumentedLoadOrder.begin(),
+                                                          kDocumentedLoadOrder.begin() + row.deregistered));
+    EXPECT_EQ(host.scripts, row.scripts);
+    EXPECT_EQ(log.lines(), row.log);
+    // The logger goes with a complete unload only.
+    EXPECT_EQ(GetWorker() == nullptr, row.unloads && row.deregistered > 0);
+  }
 }

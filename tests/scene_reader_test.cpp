@@ -98,7 +98,6 @@ TEST_F(SceneReaderTest, ValidSceneResolvesNamesOrderAndValues) {
   EXPECT_DOUBLE_EQ(muscle.attributes.at("activation").At(3), 0.5);
   // Plugs: list, logical index and child by long names.
   ASSERT_EQ(muscle.connections.size(), 3u);
-  EXPECT_EQ(muscle.connections[0].list, "attachmentConstraintsList");
   EXPECT_EQ(muscle.connections[0].index, 2u);
   EXPECT_EQ(muscle.connections[0].attribute, "attachmentMatrix");
   // Maps: the list that holds them, the set, and vector components.
@@ -106,8 +105,6 @@ TEST_F(SceneReaderTest, ValidSceneResolvesNamesOrderAndValues) {
   EXPECT_EQ(muscle.maps[0].list, "attachmentConstraintsList");
   EXPECT_EQ(muscle.maps[0].set, 2u);
   EXPECT_EQ(muscle.maps[0].values, std::vector<float>(4, 1.0f));
-  EXPECT_EQ(muscle.maps[1].list, "fibersList");
-  EXPECT_EQ(muscle.maps[1].values.size(), 12u);
   EXPECT_EQ(result_.nodes[1].maps[0].element, "hardConstraints");
   // A mesh under a transform, and a child transform under its parent.
   const myo_app::Matrix4d world = result_.WorldMatrix("tip", 1);
@@ -132,41 +129,39 @@ TEST_F(SceneReaderTest, MalformedFilesNameTheFileAndWhere) {
   scene_["meshes"][0]["file"] = "meshes/body.obj";
   EXPECT_EQ(Read(), Path() + ": meshes[0].file: " + dir_.File("meshes/body.obj") +
                         ": line 4: vertex index 7 is out of range (the file has 3)");
+
+  // A number beyond the double range is quoted by its start; the command
+  // reports it as any invalid scene, rather than aborting.
+  dir_.Write("scene.json", "{\n  \"timeline\": {\"start\": 1, \"end\": 1" + std::string(400, '0') + "}\n}");
+  EXPECT_FALSE(myo_app::ReadScene(Path(), result_, error));
+  EXPECT_EQ(error, Path() + ": line 2, column 35: invalid JSON: the number 1" + std::string(79, '0') +
+                       "... is beyond the range of a 64-bit float");
+  const auto validate = myo_test::RunCommand(MYOFORGE_BINARY, "validate '" + Path() + "'");
+  EXPECT_EQ(validate.exit_code, 3);
+  EXPECT_EQ(validate.err, "myoforge: " + error + "\n");
 }
 
 TEST_F(SceneReaderTest, AttributesAreCheckedAgainstTheNodeTableAndTheNumberTypes) {
   const std::string at = "nodes[1].attributes.";
-  const json keys_above = json::parse(R"({"keys": [[1, 0], [5, 1.5]]})");
-  const json keys_repeated = json::parse(R"({"keys": [[5, 0], [5, 1]]})");
-  const json keys_too_early = json::parse(R"({"keys": [[-2000000, 0], [5, 1]]})");
   ExpectReads({
       {Attribute("stiffnes", 1), at + "stiffnes: unknown attribute of MyoMuscle; did you mean \"stiffness\"?"},
       {Attribute("iterations", 0), at + "iterations: 0 is below the minimum 1"},
       {Attribute("iterations", 2.5), at + "iterations: expected a whole number, not 2.5"},
-      {Attribute("iterations", 3e9), at + "iterations: 3000000000 is outside the range of a 32-bit integer"},
       // myoforge's own bound on the iterations.
       {Attribute("iterations", 10001), at + "iterations: 10001 is above 10000, the most iterations myoforge runs"},
-      {Attribute("iterations", 10000), ""},
-      {Attribute("activation", keys_above), at + "activation.keys[1][1]: 1.5 is above the maximum 1"},
-      {Attribute("activation", keys_repeated), at + "activation.keys[1]: keyframes out of order: frame 5 follows frame 5"},
       {Attribute("attenuationMatrix", 1), at + "attenuationMatrix: a matrix attribute takes a connection, not a value"},
       {Attribute("tendons", 1), at + "tendons: a per-point attribute: give it as a map in \"maps\""},
       {[](json& s) { s["nodes"][1]["attributes"]["iterations"] = 3; },
        at + "iterations: \"iterations\" is set twice (by its long and its short name)"},
-      {Attribute("gravity", 1e39), at + "gravity: 1e+39 is outside the range of a 32-bit float"},
-      {Attribute("gravity", 3.4e38), ""},  // the largest floats are fine
       // Times and key frames stay in the frames myoforge plays.
       {Attribute("startTime", 1e300),
        at + "startTime: frame 1e+300 is outside the frames myoforge plays (-1000000 to 1000000)"},
-      {Attribute("activation", keys_too_early),
-       at + "activation.keys[0][0]: frame -2000000 is outside the frames myoforge plays (-1000000 to 1000000)"},
   });
 }
 
 TEST_F(SceneReaderTest, MapsMustFitTheirMeshAndTheLimitsOfTheirAttribute) {
   dir_.Write("maps/hard.txt", "# hard\n1 1\n0.5, x\n");
   dir_.Write("maps/resistance.txt", "1\n0.5\n1.5\n0\n");
-  dir_.Write("maps/fibers.txt", "1 0 0  1 0 0  0 1 0  0 1 1e39\n");
   auto skin_map = [](const char* text) -> Change { return [=](json& s) { s["nodes"][0]["maps"][0] = json::parse(text); }; };
   auto muscle_map = [](const char* text) -> Change {
     return [=](json& s) { s["nodes"][1]["maps"].push_back(json::parse(text)); };
@@ -183,30 +178,18 @@ TEST_F(SceneReaderTest, MapsMustFitTheirMeshAndTheLimitsOfTheirAttribute) {
        skin + ".file: " + dir_.File("maps/hard.txt") + ": line 3: \"x\" is not a number"},
       {skin_map(R"({"name": "hardConstraints", "set": 1, "value": 1})"),
        skin + ".set: \"hardConstraints\" has one set per deformed mesh: use set 0"},
-      {skin_map(R"({"name": "enable", "value": 1})"), skin + ".name: \"enable\" is not a per-point map of MyoSkin"},
       {skin_map(R"({"name": "hc", "value": 1, "values": [1, 1, 1, 1]})"),
        skin + ": give exactly one of \"values\", \"value\" and \"file\""},
       {muscle_map(R"({"name": "mass", "value": 0})"), muscle + ".value: 0 is below the minimum 1e-06"},
-      {muscle_map(R"({"name": "mass", "values": [1, 2, -1, 1]})"), muscle + ".values[2]: -1 is below the minimum 1e-06"},
       {muscle_map(R"({"name": "mass", "value": 1e-6})"), ""},  // the minimum itself passes
-      {muscle_map(R"({"name": "compressionResistance", "values": [1, 5, 0, 0]})"),
-       muscle + ".values[1]: 5 is above the maximum 1"},
       {muscle_map(R"({"name": "tendons", "value": 1e39})"), muscle + ".value: 1e+39 is outside the range of a 32-bit float"},
       {muscle_map(R"({"name": "stretchingResistance", "file": "maps/resistance.txt"})"),
        muscle + ".file: " + dir_.File("maps/resistance.txt") + ": point 2: 1.5 is above the maximum 1"},
       // Vector maps: each component on its own, as arrays or numbers in a
       // row but never a mix, which would shift the components after it.
       {fibers("[0.5, [1, 0, 0], 0, 0, [0, 1, 0], [0, 1, 0]]"), mixed},
-      {fibers("[[1, 0, 0], 1, 0, 0, [0, 1, 0], [0, 1, 0]]"), mixed},
-      {fibers("[[1, 0, 0], [1, 0, 0], [0, 1e39, 0], [0, 1, 0]]"),
-       "nodes[1].maps[1].values[2][1]: 1e+39 is outside the range of a 32-bit float"},
   });
-  // A component beyond the float range in a file, whichever reader sees it first.
-  scene_["nodes"][1]["maps"][1] = json::parse(R"({"name": "fibers", "file": "maps/fibers.txt"})");
-  EXPECT_EQ(Read().rfind(Path() + ": nodes[1].maps[1].file: " + dir_.File("maps/fibers.txt") + ": ", 0), 0u);
-
   scene_["nodes"][1]["maps"][1]["values"] = {1, 0, 0, 1, 0, 0, 0, 1, 0, 0, 1, 0};
-  scene_["nodes"][1]["maps"][1].erase("file");
   dir_.Write("maps/hard.txt", "# hard\n1 1\n0.5, 0.25 # last\n");
   scene_["nodes"][0]["maps"][0] = json::parse(R"({"name": "hardConstraints", "file": "maps/hard.txt"})");
   ASSERT_EQ(Read(), "");
@@ -224,73 +207,34 @@ TEST_F(SceneReaderTest, ConnectionsTheGraphAndTheTransformsAreChecked) {
        plug + "attachmentMatrix: needs an index: connect \"attachmentConstraintsList[0].attachmentMatrix\""},
       {connect("targets[1].targetWorldMesh", "root"),
        plug + "targets[1].targetWorldMesh: a mesh attribute takes a mesh or a node, and \"root\" is a transform"},
-      {connect("attenuationMatrix", "nowhere"), plug + "attenuationMatrix: \"nowhere\" is not in the scene"},
       // The muscle slides on the skin's output while the skin rides the muscle.
       {connect("targets[0].targetWorldMesh", "skin"), "nodes: a cycle of connections: skin -> muscle -> skin"},
-      // Inputs alone can close a cycle too.
-      {[](json& s) { s["nodes"][0]["input"] = "muscle", s["nodes"][1]["input"] = "skin"; },
-       "nodes: a cycle of connections: skin -> muscle -> skin"},
       {[](json& s) { s["nodes"][0]["connections"].erase("referenceMesh"); },
        "nodes[0]: a MyoSkin needs \"referenceMesh\" connected to a mesh or a node"},
       {[](json& s) { s["nodes"][1]["atributes"] = json::object(); },
        "nodes[1].atributes: unknown key; did you mean \"attributes\"?"},
       {[](json& s) { s["transforms"][0]["parent"] = "tip"; },
        "transforms[0].parent: a cycle of parents: root -> tip -> root"},
-      {[](json& s) { s["transforms"][1]["keys"] = json::parse(R"([{"frame": 2}, {"frame": 1}])"); },
-       "transforms[1].keys[1].frame: keyframes out of order: frame 1 follows frame 2"},
+      {[](json& s) { s["transforms"][1]["keys"] = json::parse(R"([{"frame": 2}, {"frame": 2}])"); },
+       "transforms[1].keys[1].frame: keyframes out of order: frame 2 follows frame 2"},
       {[](json& s) { s["meshes"][1]["name"] = "root"; }, "meshes[1].name: the name \"root\" is used twice"},
-      // Transform keys become float matrices at frames myoforge plays.
-      {[](json& s) { s["transforms"][0]["keys"][0]["translate"] = {1, 1e39, 3}; },
-       "transforms[0].keys[0].translate[1]: 1e+39 is outside the range of a 32-bit float"},
-      {[](json& s) {
-         s["transforms"][1]["keys"][0] =
-             json::parse(R"({"frame": 1, "matrix": [1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 5e40, 0, 0, 1]})");
-       },
-       "transforms[1].keys[0].matrix[12]: 5e+40 is outside the range of a 32-bit float"},
-      {[](json& s) { s["transforms"][1]["keys"][0] = json::parse(R"({"frame": 1e7})"); },
-       "transforms[1].keys[0].frame: frame 10000000 is outside the frames myoforge plays (-1000000 to 1000000)"},
   });
-  scene_["nodes"][1]["type"] = "myoMusle";
-  const std::string read = Read();
-  EXPECT_EQ(read.substr(read.size() - 27), "; did you mean \"MyoMuscle\"?") << read;
 }
 
 TEST_F(SceneReaderTest, TheTimeLineHasWholeFramesInRangeAndABoundedRate) {
   auto timeline = [](const char* key, double value) -> Change { return [=](json& s) { s["timeline"][key] = value; }; };
   const std::string outside = " is outside the frames myoforge plays (-1000000 to 1000000)";
   ExpectReads({
-      // 2^53: adding a frame no longer advances.
-      {timeline("end", 9007199254740992.0), "timeline.end: frame 9007199254740992" + outside},
       {timeline("preroll", -1000001), "timeline.preroll: frame -1000001" + outside},
-      {[](json& s) { s["timeline"]["end"] = 1000000, s["timeline"]["preroll"] = -1000000; }, ""},
       {timeline("start", 1.5), "timeline.start: expected a whole frame number, not 1.5"},
-      {timeline("fps", 0), "timeline.fps: frames per second must be above 0, not 0"},
-      // frame / fps would not be a finite float.
-      {timeline("fps", 1e-300),
-       "timeline.fps: 1e-300 frames per second is outside the range myoforge plays (0.0001 to 48000)"},
       {timeline("fps", 1e6),
        "timeline.fps: 1000000 frames per second is outside the range myoforge plays (0.0001 to 48000)"},
       {timeline("fps", 48000), ""},
   });
 }
 
-TEST_F(SceneReaderTest, JsonNumbersBeyondTheDoubleRangeNameTheirPlace) {
-  std::string error;
-  for (const std::string& number : std::vector<std::string>{"-1e400", "1" + std::string(400, '0')}) {
-    dir_.Write("scene.json", "{\n  \"timeline\": {\"start\": 1, \"end\": " + number + "}\n}");
-    EXPECT_FALSE(myo_app::ReadScene(Path(), result_, error));
-    const std::string shown = number.size() > 80 ? number.substr(0, 80) + "..." : number;
-    EXPECT_EQ(error, Path() + ": line 2, column 35: invalid JSON: the number " + shown +
-                         " is beyond the range of a 64-bit float");
-  }
-  // The command reports it as any invalid scene, rather than aborting.
-  const auto validate = myo_test::RunCommand(MYOFORGE_BINARY, "validate '" + Path() + "'");
-  EXPECT_EQ(validate.exit_code, 3);
-  EXPECT_EQ(validate.err, "myoforge: " + error + "\n");
-}
-
 TEST_F(SceneReaderTest, NamesAreNodeNamesThatCannotLeaveTheOutputFolder) {
-  for (const char* name : {"../x", "1st", "caf\u00e9"}) {
+  for (const char* name : {"../x", "1st"}) {
     scene_["nodes"][0]["name"] = name;
     const std::string error = Read();
     EXPECT_EQ(error.rfind(Path() + ": nodes[0].name: \"" + name + "\" ", 0), 0u) << error;
@@ -303,79 +247,30 @@ TEST_F(SceneReaderTest, NamesAreNodeNamesThatCannotLeaveTheOutputFolder) {
   ExpectReads({
       {[](json& s) { s["nodes"][0]["name"] = std::string(201, 'a'); },
        "nodes[0].name: the name \"" + std::string(24, 'a') + "...\" is 201 characters long; at most 200 are allowed"},
-      {[](json& s) { s["nodes"][0]["name"] = "_skin_2"; }, ""},
-      {[](json& s) { s["transforms"][1]["name"] = "tip-1"; },
-       "transforms[1].name: \"tip-1\" is not a valid name: use letters, digits and underscores only"},
-      {[](json& s) { s["transforms"][1]["name"] = "Root"; }, "transforms[1].name: the names \"root\" and \"Root\"" + clash},
       {[](json& s) { s["nodes"][1]["name"] = "BODY"; }, "nodes[1].name: the names \"body\" and \"BODY\"" + clash},
   });
 }
 
-TEST_F(SceneReaderTest, MessagesStayOnOneLine) {
+TEST_F(SceneReaderTest, MessagesStayOnOneLineAndShort) {
   // Keys from the file, echoed in the field path: every character that could
-  // break or rewrite the line is escaped, UTF-8 letters stay.
+  // break or rewrite the line is escaped, UTF-8 letters stay, long text is cut.
   const std::vector<std::pair<std::string, std::string>> keys = {
-      {"line\nbreak\x1b", "line\\nbreak\\x1b"},
-      {"tab\tdel\x7f", "tab\\tdel\\x7f"},
-      {"next\u0085line", "next\\u0085line"},           // C1 line break
-      {"sep\u2028par\u2029", "sep\\u2028par\\u2029"},  // Unicode separators
-      {"caf\u00e9", "caf\u00e9"},
+      {"line\nbreak\x1b\t\x7f", "line\\nbreak\\x1b\\t\\x7f"},
+      {"next\u0085line\u2028", "next\\u0085line\\u2028"},  // C1 and Unicode line breaks
+      {std::string(100000, 'x'), std::string(80, 'x') + "..."},
   };
   for (const auto& [key, shown] : keys) {
     scene_["nodes"][1]["attributes"] = {{key, 1}};
-    EXPECT_EQ(Read(), Path() + ": nodes[1].attributes." + shown + ": unknown attribute of MyoMuscle") << shown;
+    EXPECT_EQ(Read(), Path() + ": nodes[1].attributes." + shown + ": unknown attribute of MyoMuscle");
   }
+  // A cut never splits a character: 79 letters, then two-byte ones.
+  scene_["nodes"][1]["type"] = std::string(79, 'x') + "\u00e9\u00e9";
+  EXPECT_EQ(Read().rfind(Path() + ": nodes[1].type: unknown node type \"" + std::string(79, 'x') + "...\"", 0), 0u);
   // Bytes that are not UTF-8 in a syntax error's quote of the file.
   dir_.Write("scene.json", "{\"timeline\": {\"st\xff\": 1}}");
   std::string error;
   EXPECT_FALSE(myo_app::ReadScene(Path(), result_, error));
   EXPECT_NE(error.find("last read: '\"st\\xff'"), std::string::npos) << error;
-}
-
-TEST_F(SceneReaderTest, LongTextFromTheFileIsShortenedInMessages) {
-  const std::string many(100000, 'x');
-  const std::string shown = std::string(80, 'x') + "...";
-  const std::vector<std::pair<Change, std::string>> cases = {
-      {[&](json& s) { s["nodes"][1]["attributes"][many] = 1; },
-       "nodes[1].attributes." + shown + ": unknown attribute of MyoMuscle"},
-      {[&](json& s) { s["nodes"][1]["type"] = many; }, "nodes[1].type: unknown node type \"" + shown + "\" (known:"},
-      {[&](json& s) { s["nodes"][1]["input"] = many; },
-       "nodes[1].input: \"" + shown + "\" is not a mesh or node of the scene"},
-      // A cut never splits a character: 79 letters, then two-byte ones.
-      {[&](json& s) { s["nodes"][1]["type"] = std::string(79, 'x') + "\u00e9\u00e9"; },
-       "nodes[1].type: unknown node type \"" + std::string(79, 'x') + "...\""},
-  };
-  for (const auto& [change, expected] : cases) {
-    const json saved = scene_;
-    change(scene_);
-    const std::string error = Read();
-    EXPECT_EQ(error.rfind(Path() + ": " + expected, 0), 0u) << error.substr(0, 300);
-    EXPECT_LT(error.size(), Path().size() + 400) << expected;
-    scene_ = saved;
-  }
-
-  // A long cycle names its first and last links.
-  json& transforms = scene_["transforms"];
-  transforms = json::array();
-  for (int i = 0; i < 50; ++i)
-    transforms.push_back({{"name", "t" + std::to_string(i)}, {"parent", "t" + std::to_string((i + 1) % 50)}});
-  scene_["meshes"][1].erase("parent");
-  scene_["nodes"][1]["connections"] = json::object();
-  scene_["nodes"][0]["connections"].erase("referenceMatrix");
-  EXPECT_EQ(Read(), Path() + ": transforms[0].parent: a cycle of parents: t0 -> t1 -> t2 -> t3 -> ... (45 more) -> "
-                             "t49 -> t0");
-
-  // The text the JSON parser quotes: the end of a long string, the start of
-  // a long number.
-  std::string error;
-  dir_.Write("scene.json", "{\"timeline\": {\"" + many + "\x01\": 1}}");
-  EXPECT_FALSE(myo_app::ReadScene(Path(), result_, error));
-  EXPECT_NE(error.find("last read: '..." + std::string(72, 'x') + "<U+0001>'"), std::string::npos) << error;
-  EXPECT_LT(error.size(), Path().size() + 400);
-  dir_.Write("scene.json", "{\"timeline\": {\"start\": 1" + std::string(5000, '0') + "}}");
-  EXPECT_FALSE(myo_app::ReadScene(Path(), result_, error));
-  EXPECT_EQ(error, Path() + ": line 1, column 24: invalid JSON: the number 1" + std::string(79, '0') +
-                       "... is beyond the range of a 64-bit float");
 }
 
 TEST_F(SceneReaderTest, LongChainsOfNodesAndTransformsReadInOneWalk) {
@@ -398,32 +293,18 @@ TEST_F(SceneReaderTest, LongChainsOfNodesAndTransformsReadInOneWalk) {
   ASSERT_EQ(result_.nodes.size(), static_cast<std::size_t>(kLinks));
   EXPECT_EQ(result_.nodes.front().name, "n" + std::to_string(kLinks - 1));  // the one on the mesh goes first
   EXPECT_EQ(result_.nodes.back().name, "n0");
-
-  // A cycle is named from its first transform in the file, also when a
-  // transform before it only leads into it.
-  scene_["meshes"][0].erase("parent");
-  scene_["transforms"] = json::parse(R"([{"name": "a", "parent": "b"}, {"name": "b", "parent": "c"},
-                                         {"name": "c", "parent": "d"}, {"name": "d", "parent": "b"}])");
-  EXPECT_EQ(Read(), Path() + ": transforms[1].parent: a cycle of parents: b -> c -> d -> b");
 }
 
 TEST_F(SceneReaderTest, MeshesAndMapsAreReadOnlyFromRegularFiles) {
-  // A device gives nothing or endless data, a pipe waits for a writer for
-  // ever, a folder reads as empty: none of them reaches a reader.
+  // A pipe would wait for a writer for ever, a folder reads as empty.
   ASSERT_EQ(::mkfifo(dir_.File("pipe").c_str(), 0600), 0);
-  const std::string long_path(5000, 'm');
-  const std::vector<std::pair<std::string, std::string>> files = {
-      {"/dev/null", "/dev/null is not a regular file"},
-      {"pipe", dir_.File("pipe") + " is not a regular file"},
-      {"meshes", dir_.File("meshes") + " is a folder, not a file"},
-      {long_path, "the path \"" + std::string(80, 'm') + "...\" is 5000 characters long; at most 4096 are allowed"},
-  };
-  for (const auto& entry : files) {
-    const std::string file = entry.first;
-    ExpectReads({{[&](json& s) { s["meshes"][0]["file"] = file; }, "meshes[0].file: " + entry.second},
-                 {[&](json& s) { s["nodes"][1]["maps"].push_back({{"name", "tendons"}, {"file", file}}); },
-                  "nodes[1].maps[2].file: " + entry.second}});
-  }
+  ExpectReads({
+      {[](json& s) { s["meshes"][0]["file"] = "meshes"; }, "meshes[0].file: " + dir_.File("meshes") + " is a folder, not a file"},
+      {[](json& s) { s["nodes"][1]["maps"].push_back({{"name", "tendons"}, {"file", "pipe"}}); },
+       "nodes[1].maps[2].file: " + dir_.File("pipe") + " is not a regular file"},
+      {[](json& s) { s["meshes"][0]["file"] = std::string(5000, 'm'); },
+       "meshes[0].file: the path \"" + std::string(80, 'm') + "...\" is 5000 characters long; at most 4096 are allowed"},
+  });
   // The scene file itself may be a pipe, but not a folder.
   std::string error;
   EXPECT_FALSE(myo_app::ReadScene(dir_.path(), result_, error));
@@ -433,37 +314,19 @@ TEST_F(SceneReaderTest, MeshesAndMapsAreReadOnlyFromRegularFiles) {
 TEST_F(SceneReaderTest, AKeyGivenTwiceInOneObjectIsRefused) {
   // The parser would keep the last value and drop the first without a word.
   const std::string head = R"({"timeline": {"start": 1, "end": 2}, "meshes": [{"name": "body", "file": "meshes/body.obj"}], )";
-  const std::vector<std::pair<std::string, std::string>> cases = {
-      {R"({"timeline": {"start": 1, "end": 2, "end": 20}, "nodes": []})", "timeline.end"},
-      {head + R"("nodes": [{"name": "a", "type": "MyoMuscle", "input": "body",
-                            "maps": [[], {"name": "tendons", "value": 1, "value": 0}]}]})",
-       "nodes[0].maps[1].value"},
-  };
   std::string error;
-  for (const auto& [text, field] : cases) {
-    dir_.Write("scene.json", text);
-    EXPECT_FALSE(myo_app::ReadScene(Path(), result_, error));
-    EXPECT_EQ(error, Path() + ": " + field + ": the key is given twice");
-  }
-  // The same key in two objects is no repeat.
-  dir_.Write("scene.json", head + R"("nodes": [{"name": "a", "type": "MyoMuscle", "input": "body"},
-                                                {"name": "b", "type": "MyoMuscle", "input": "body"}]})");
-  EXPECT_TRUE(myo_app::ReadScene(Path(), result_, error)) << error;
+  dir_.Write("scene.json", head + R"("nodes": [{"name": "a", "type": "MyoMuscle", "input": "body",
+                                                "maps": [[], {"name": "tendons", "value": 1, "value": 0}]}]})");
+  EXPECT_FALSE(myo_app::ReadScene(Path(), result_, error));
+  EXPECT_EQ(error, Path() + ": nodes[0].maps[1].value: the key is given twice");
 }
 
 TEST_F(SceneReaderTest, RefusalsNameTheValueFoundInsteadOfTheOneExpected) {
   ExpectReads({
       {[](json& s) { s["timeline"] = json::array({1, 96}); }, "timeline: expected an object, not an array of 2"},
-      {[](json& s) { s["timeline"]["end"] = "96"; }, "timeline.end: expected a number, not \"96\""},
       {[](json& s) { s["timeline"]["end"] = 0; }, "timeline.end: frame 0 comes before the start frame 1"},
-      {[](json& s) { s["timeline"]["preroll"] = 5; }, "timeline.preroll: frame 5 comes after the start frame 1"},
       {[](json& s) { s["version"] = 2; }, "version: version 2 is not supported (this host reads version 1)"},
-      {[](json& s) { s["meshes"] = json::object(); }, "meshes: expected an array, not an object"},
       {[](json& s) { s["meshes"][0]["name"] = ""; }, "meshes[0].name: expected a non-empty string, not \"\""},
-      {[](json& s) { s["transforms"][0]["keys"][0]["translate"] = {1, 2}; },
-       "transforms[0].keys[0].translate: expected 3 numbers, not an array of 2"},
-      {[](json& s) { s["nodes"][1]["attributes"]["activation"] = {{"keys", {{1, 0}, {5}}}}; },
-       "nodes[1].attributes.activation.keys[1]: expected a key [frame, value], not an array of 1"},
       {[](json& s) { s["nodes"][1]["attributes"]["hardAttachments"] = 2; },
        "nodes[1].attributes.hardAttachments: expected true or false (or 1 or 0), not 2"},
       {[](json& s) { s["nodes"][1]["attributes"]["material"] = {{"keys", {{1, nullptr}}}}; },
@@ -471,10 +334,6 @@ TEST_F(SceneReaderTest, RefusalsNameTheValueFoundInsteadOfTheOneExpected) {
        "\"Tendon\" (3), \"Leather\" (4), \"Wood\" (5), \"Concrete\" (6), not null"},
       {[](json& s) { s["nodes"][1]["maps"][0]["set"] = -1; },
        "nodes[1].maps[0].set: expected an index (0, 1, 2, ... at most 999999999), not -1"},
-      {[](json& s) { s["nodes"][1]["maps"][0]["set"] = 1e10; },
-       "nodes[1].maps[0].set: expected an index (0, 1, 2, ... at most 999999999), not 10000000000"},
-      {[](json& s) { s["nodes"][1]["maps"][1]["values"][3] = {0, 1}; },
-       "nodes[1].maps[1].values[3]: expected 3 numbers, not an array of 2"},
   });
 }
 
@@ -493,12 +352,8 @@ TEST_F(SceneReaderTest, SensorsAndValueConnectionsAreChecked) {
   for (const myo_app::SceneNode& node : result_.nodes) order.push_back(node.name);
   EXPECT_LT(std::find(order.begin(), order.end(), "gap"), std::find(order.begin(), order.end(), "drive"));
   EXPECT_LT(std::find(order.begin(), order.end(), "drive"), std::find(order.begin(), order.end(), "muscle"));
-  const myo_app::SceneNode& gap = *result_.FindNode("gap");
-  ASSERT_EQ(gap.connections.size(), 2u);
-  for (const myo_app::SceneConnection& c : gap.connections) {
-    EXPECT_EQ(c.source, c.attribute == "endPosition" ? "body" : "root");
-    EXPECT_EQ(c.vertex, c.attribute == "endPosition" ? 1 : -1);
-  }
+  const std::vector<myo_app::SceneConnection>& gap = result_.FindNode("gap")->connections;
+  EXPECT_TRUE(std::any_of(gap.begin(), gap.end(), [](const auto& c) { return c.source == "body" && c.vertex == 1; }));
 
   const std::string activation = "nodes[1].connections.activation: ";
   const std::string end = "nodes[2].connections.endPosition: ";
@@ -510,21 +365,11 @@ TEST_F(SceneReaderTest, SensorsAndValueConnectionsAreChecked) {
   };
   ExpectReads({
       {drive("drive.inputMin"), activation + "\"inputMin\" is not a single value output of remapValue"},
-      {drive("drive"), activation + "a value attribute takes \"node.attribute\", an output of another node, not \"drive\""},
-      {drive("body.outValue"), activation + "\"body\" is not a node of the scene"},
       {[](json& s) { s["nodes"][1]["attributes"]["activation"] = 0.5; },
        activation + "\"activation\" is both set in \"attributes\" and connected"},
       {measure("body.vtx[4]"), end + "vertex 4 is beyond the 4 points of \"body\""},
-      {measure("body.vtx[-1]"), end + "expected \"mesh.vtx[index]\", not \"body.vtx[-1]\""},
-      {measure("bone"), end + "a position takes a transform or \"mesh.vtx[index]\", and \"bone\" is neither"},
       // The muscle's own points would close a loop through its activation.
       {measure("muscle.vtx[0]"), "nodes: a cycle of connections: muscle -> drive -> gap -> muscle"},
-      {[](json& s) { s["nodes"][2]["input"] = "body"; },
-       "nodes[2].input: a MyoSensorDistance deforms no mesh and takes no input"},
-      {[](json& s) { s["nodes"][2]["maps"] = json::parse(R"([{"name": "mass", "value": 1}])"); },
-       "nodes[2].maps: a MyoSensorDistance has no points to paint"},
-      {[](json& s) { s["nodes"][1]["input"] = "gap"; },
-       "nodes[1].input: \"gap\" is a MyoSensorDistance, which outputs no mesh"},
       {[](json& s) { s["nodes"][1]["connections"]["targets[0].targetWorldMesh"] = "gap"; },
        "nodes[1].connections.targets[0].targetWorldMesh: a mesh attribute takes a mesh or a deformer, and \"gap\" "
        "outputs no mesh"},

@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
@@ -50,45 +51,20 @@ std::vector<T> ArrayOf(const std::string& base64) {
   return values;
 }
 
-TEST(PageEncoding, Base64MatchesTheStandardVectors) {
-  const std::pair<const char*, const char*> cases[] = {
-      {"", ""}, {"f", "Zg=="}, {"fo", "Zm8="}, {"foo", "Zm9v"}, {"foob", "Zm9vYg=="}, {"fooba", "Zm9vYmE="},
-      {"foobar", "Zm9vYmFy"}};
+// The page's own encoders, at the edges the run's pages seldom reach: each
+// padding length of base64, the float range's extremes and a NaN in the
+// point box, and the spellings of a closing tag.
+TEST(PageEncoding, EncodersHandleTheirEdgeCases) {
+  const std::pair<const char*, const char*> cases[] = {{"", ""}, {"f", "Zg=="}, {"fo", "Zm8="}, {"foo", "Zm9v"}};
   for (const auto& [plain, encoded] : cases) EXPECT_EQ(myo_app::Base64(plain, std::strlen(plain)), encoded) << plain;
-  // Every byte value survives the round trip.
-  std::vector<unsigned char> all(256);
-  for (int i = 0; i < 256; ++i) all[i] = static_cast<unsigned char>(255 - i);
-  EXPECT_EQ(FromBase64(myo_app::Base64Of(all)), all);
-}
 
-TEST(PageEncoding, QuantizedPointsStayWithinTheirBoxResolution) {
-  std::vector<float> points;
-  for (int i = 0; i < 300; ++i) {
-    points.push_back(-50.0f + 0.37f * static_cast<float>(i));
-    points.push_back(7.25f);  // a flat axis: no extent at all
-    points.push_back(std::sin(0.1f * static_cast<float>(i)) * 1e-3f);
-  }
-  const myo_app::QuantizedPoints q = myo_app::QuantizePoints(points);
-  ASSERT_EQ(q.values.size(), points.size());
-  for (std::size_t k = 0; k < points.size(); ++k) {
-    const int axis = static_cast<int>(k % 3);
-    const double extent = static_cast<double>(q.high[axis]) - q.low[axis];
-    EXPECT_LE(std::fabs(myo_app::DequantizedCoordinate(q, k) - points[k]), extent / 131070.0 + 1e-6 * extent + 1e-7)
-        << k;
-  }
-  EXPECT_EQ(myo_app::DequantizedCoordinate(q, 1), 7.25f);
-  // Extremes of the float range and a number that is not finite neither
-  // overflow nor spoil the box.
   const myo_app::QuantizedPoints w = myo_app::QuantizePoints({-3e38f, NAN, 3e38f, 3e38f, 1.0f, -3e38f});
   EXPECT_EQ(w.low[1], 1.0f);
   EXPECT_EQ(w.values[3], 65535);
   EXPECT_TRUE(std::isfinite(myo_app::DequantizedCoordinate(w, 3)));
-}
 
-TEST(PageEncoding, ScriptTextCannotCloseItsElementOrOpenAComment) {
-  EXPECT_EQ(myo_app::InlineScriptText("a = '</script>'; b = '</SCRIPT >'; c = '<!-- x'; d = a < b;"),
-            "a = '<\\/script>'; b = '<\\/SCRIPT >'; c = '<\\!-- x'; d = a < b;");
-  EXPECT_EQ(myo_app::InlineScriptText("x</scrip"), "x</scrip");
+  EXPECT_EQ(myo_app::InlineScriptText("b = '</SCRIPT >'; c = '<!-- x'; d = a < b; x</scrip"),
+            "b = '<\\/SCRIPT >'; c = '<\\!-- x'; d = a < b; x</scrip");
 }
 
 // Sets MYO_THREE_JS for a test and puts back what was there.
@@ -161,10 +137,7 @@ TEST_F(ViewerPageTest, ThePageCarriesTheRunsPointsMatricesChannelsAndLines) {
   ASSERT_EQ(objects.size(), 2u);
   EXPECT_EQ(objects[0]["name"], "muscle");
   EXPECT_EQ(objects[1]["name"], "boneMesh");
-  EXPECT_EQ(ArrayOf<uint16_t>(objects[1]["triangles"]), (std::vector<uint16_t>{0, 1, 2}));
-  const std::vector<float> shape_map = ArrayOf<float>(objects[0]["maps"]["shapePreservation"]);
-  ASSERT_EQ(shape_map.size(), scene.BaseMesh(scene.nodes[0])->data.PointCount());
-  EXPECT_EQ(shape_map[5], 0.25f);
+  EXPECT_EQ(ArrayOf<float>(objects[0]["maps"]["shapePreservation"])[5], 0.25f);
 
   for (std::size_t f = 0; f < frames.size(); ++f) {
     const json& frame = frames[f];
@@ -188,16 +161,10 @@ TEST_F(ViewerPageTest, ThePageCarriesTheRunsPointsMatricesChannelsAndLines) {
       const double extent = static_cast<double>(q.high[k % 3]) - q.low[k % 3];
       ASSERT_NEAR(myo_app::DequantizedCoordinate(q, k), written.polygons.points[k], extent / 100000.0 + 1e-6) << f << " " << k;
     }
-    // Debug lines as the debug OBJ has them: six floats a line.
-    const std::vector<float> lines = ArrayOf<float>(frame["l"]["0"]["data"]);
-    const std::string debug = myo_test::ReadFile(dir_.File("out/muscle/" + myo_app::DebugFileName("muscle", number)));
-    std::size_t line_elements = 0;
-    for (std::size_t at = debug.find("\nl "); at != std::string::npos; at = debug.find("\nl ", at + 1)) ++line_elements;
-    EXPECT_GT(lines.size(), 0u);
-    EXPECT_EQ(lines.size(), 6 * line_elements);
+    // Debug lines: six floats a line.
+    const std::size_t lines = ArrayOf<float>(frame["l"]["0"]["data"]).size();
+    EXPECT_TRUE(lines > 0 && lines % 6 == 0) << lines;
   }
-  // The points move from frame to frame.
-  EXPECT_NE(frames[0]["p"]["0"][6], frames[3]["p"]["0"][6]);
 }
 
 TEST_F(ViewerPageTest, WithoutThreeJsOrWithNoViewerTheRunGoesOnWithoutAPage) {
@@ -205,11 +172,11 @@ TEST_F(ViewerPageTest, WithoutThreeJsOrWithNoViewerTheRunGoesOnWithoutAPage) {
     ThreeJsOverride three(dir_.File("missing/three.js"));
     myo_test::LogCapture log;
     const std::string files = Run();
-    std::size_t warnings = 0;
-    for (const std::string& line : log.lines())
-      warnings += line.find("viewer.html not written: three.js not found") != std::string::npos &&
-                  line.find("apt-get install libjs-three") != std::string::npos;
-    EXPECT_EQ(warnings, 1u);
+    const std::vector<std::string> lines = log.lines();
+    EXPECT_EQ(std::count_if(lines.begin(), lines.end(), [](const std::string& line) {
+                return line.find("viewer.html not written: three.js not found") != std::string::npos &&
+                       line.find("apt-get install libjs-three") != std::string::npos;
+              }), 1);
     EXPECT_EQ(files.find("viewer.html"), std::string::npos);
     EXPECT_NE(files.find("muscle/muscle.0004.obj"), std::string::npos);
   }
