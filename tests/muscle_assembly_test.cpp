@@ -9,8 +9,6 @@
 #include "core/kernels/edge_constraints_build.h"
 #include "core/mesh/mesh_data.h"
 #include "core/muscle/muscle_assembly.h"
-#include "core/skin/skin_assembly.h"
-#include "core/muscle/muscle_mass_weights.h"
 #include "scenes/muscle_meshes.h"
 #include "scenes/muscle_setup.h"
 #include "support/log_capture.h"
@@ -145,41 +143,6 @@ TEST(ComputeFibersTest, DiffusionStopsOnMeshesTendonsCannotReach) {
   ASSERT_EQ(edges.fibers_.size(), 18u);
   EXPECT_NE(edges.fibers_[0], 0.0f);
   EXPECT_EQ(std::vector<float>(edges.fibers_.begin() + 9, edges.fibers_.end()), std::vector<float>(9, 0.0f));
-
-  // No tendons at all: one pass, all fibers zero.
-  edges.tendons_.assign(6, 0.0f);
-  ComputeFibersFromTendons(edges, 6);
-  EXPECT_EQ(edges.fibers_, std::vector<float>(18, 0.0f));
-}
-
-TEST(MassWeightsTest, MassesFoldIntoSoftWeightsOnly) {
-  MuscleScene scene;
-  std::string error;
-  MuscleSetupOptions options;
-  options.shape_preservation = 0.5f;
-  ASSERT_TRUE(AssembleMuscle(MakeSpindle(4, 6, 10.0f, 2.0f), options, scene, error));
-  MuscleSolver& solver = scene.solver;
-  const uint32_t n = solver.point_count_;
-  solver.masses_.assign(n, 2.0f);
-  // Two attachment sets, hard, and one slide set.
-  solver.attachment_constraints_->inverse_masses_.assign(2 * n, 9.0f);
-  solver.attachment_constraints_->hard_ = true;
-  solver.slide_on_geometry_constraints_->inverse_masses_.assign(n, 9.0f);
-  std::vector<float> attachments(2 * n, 0.5f), slides(n, 0.5f);
-  slides[1] = 0.0f;
-  ApplyMassesToWeights(solver, scene.node.shape_map_, attachments, {}, {}, slides);
-  EXPECT_EQ(solver.edge_constraints_->inverse_masses_[3], 0.5f);
-  EXPECT_EQ(solver.shape_constraints_->inverse_masses_[3], 0.25f);
-  EXPECT_EQ(solver.attachment_constraints_->inverse_masses_[n + 3], 0.5f);  // hard: the map as it is
-  EXPECT_EQ(solver.slide_on_geometry_constraints_->inverse_masses_[3], 0.25f);
-  EXPECT_EQ(solver.slide_on_geometry_constraints_->inverse_masses_[1], 0.0f);
-
-  // A map of the wrong size changes nothing and says so.
-  myo_test::LogCapture log;
-  solver.masses_.assign(n, 4.0f);
-  ApplyMassesToWeights(solver, scene.node.shape_map_, attachments, {}, {}, std::vector<float>(n + 1, 1.0f));
-  EXPECT_EQ(solver.edge_constraints_->inverse_masses_[3], 0.5f);
-  EXPECT_EQ(log.Count("[MyoForge][Debug] Could not apply masses to weights because of incorrect weight sizes."), 1u);
 }
 
 TEST(MuscleAssemblyTest, MassesByDensityUseTheMeshVolume) {
@@ -218,7 +181,7 @@ TEST(ShapeBuildTest, RowsFollowTheHostsOrderOfConnectedPoints) {
   const ShapeConstraints& a = *ascending.solver.shape_constraints_;
   const ShapeConstraints& b = *hosted.solver.shape_constraints_;
   ASSERT_GT(b.RowCount(), 0u);
-  EXPECT_NE(b.first_points_, a.first_points_);  // another sequence of rows
+  ASSERT_NE(b.first_points_, a.first_points_);  // the host's order makes a difference
 
   ShapeConstraints expected;
   std::vector<float> lambdas;
@@ -228,13 +191,4 @@ TEST(ShapeBuildTest, RowsFollowTheHostsOrderOfConnectedPoints) {
   EXPECT_EQ(b.centre_points_, expected.centre_points_);
   EXPECT_EQ(b.third_points_, expected.third_points_);
   EXPECT_EQ(hosted.node.vertex_neighbors_, host.vertex_neighbors);
-
-  // The skin builds its rows from the same lists.
-  SkinNodeState skin_node;
-  SkinSolver skin;
-  SkinAssemblyInputs skin_inputs;
-  InitSolverData(host, maps, skin_inputs, skin_node, skin);
-  InitShapeConstraints(host, maps, skin_inputs, skin_node, skin);
-  EXPECT_EQ(skin.shape_constraints_->first_points_, expected.first_points_);
-  EXPECT_EQ(skin.shape_constraints_->third_points_, expected.third_points_);
 }

@@ -133,35 +133,3 @@ TEST(MuscleDeformerTest, CurrentInfluenceFallsBackWhenItsSetIsGone) {
     EXPECT_EQ(ClampCurrentInfluence(c.map, c.current, counts), c.expected) << c.map << " " << c.current;
   }
 }
-
-TEST(MuscleDeformerTest, TheHostIsAskedInTheOrderOfTheEvaluation) {
-  Timeline t;
-  t.frame.preroll_start_time = t.frame.start_time;
-  t.frame.displayed_weights = 3;  // attachments to transforms on display
-  t.frame.current_influence = 2;
-  t.host.attachments.indices = {4};
-  t.host.attachments.matrices = {IdentityMatrix()};
-
-  // "enable" off: nothing is asked, nothing written.
-  t.frame.enable = false;
-  t.At(10);
-  EXPECT_EQ(t.host.mesh_reads, 0);
-  EXPECT_TRUE(t.host.written_influences.empty());
-  t.frame.enable = true;
-
-  // A build: the clamped influence is written before the mesh is read, and
-  // the targets are asked whole.
-  const MuscleEvaluation e = t.At(10);
-  EXPECT_EQ(t.host.written_influences, (std::vector<int32_t>{0}));
-  EXPECT_EQ(t.host.reads_at_last_write, 0);
-  EXPECT_EQ(t.host.mesh_reads, 1);
-  EXPECT_EQ(t.host.whole_reads, 1);
-  EXPECT_EQ(e.current_influence, 0);
-
-  // A step: neither the mesh nor whole targets; an influence in range is not written.
-  t.frame.current_influence = 0;
-  EXPECT_TRUE(t.At(11).stepped);
-  EXPECT_EQ(t.host.mesh_reads, 1);
-  EXPECT_EQ(t.host.whole_reads, 1);
-  EXPECT_EQ(t.host.written_influences.size(), 1u);
-}

@@ -5,11 +5,8 @@
 #include <cmath>
 #include <vector>
 
-#include "core/maps/map_store.h"
-#include "core/muscle/muscle_assembly.h"
 #include "core/muscle/muscle_deformer.h"
 #include "scenes/muscle_meshes.h"
-#include "support/log_capture.h"
 #include "support/solver_runs.h"
 #include "support/test_geometry.h"
 
@@ -65,42 +62,4 @@ TEST(RibbonMuscleTest, MassesByDensityComeFromTheArea) {
   float lowest = 0.0f;
   for (std::size_t k = 1; k < positions.size(); k += 3) lowest = std::fmin(lowest, positions[k]);
   EXPECT_LT(lowest, -0.01f);
-}
-
-TEST(RibbonMuscleTest, TheMassWarningNamesTheRibbon) {
-  myo_test::LogCapture log;
-  const MeshData sheet = myo_test::BuildMesh(myo_scenes::MakeGrid(2, 2, 1.0f, 1.0f));
-  MapStore maps;
-  maps.SetAll("massList", "mass", 0, std::vector<float>(sheet.PointCount(), 0.0f));
-  RibbonMuscleSolver solver;
-  MuscleNodeState node;
-  InitializeSolver(sheet, maps, MuscleAssemblyInputs{}, node, solver);
-  EXPECT_EQ(log.Count("[MyoForge][Warning] Mass values lower than 1e-06 are not supported by the Ribbon Muscle "
-                      "solver. Non supported mass values are replaced with 1e-06 minimum mass values."),
-            1u);
-}
-
-TEST(MuscleAssemblyProgressTest, AFirstBuildShowsOneUnitPerTable) {
-  const MeshData mesh = myo_test::BuildMesh(myo_scenes::MakeSpindle(4, 6, 10.0f, 2.0f));
-  myo_test::ProgressHost host;
-  MapStore maps;
-  MuscleAssemblyInputs inputs;
-  inputs.progress = &host;
-  MuscleSolver muscle;
-  MuscleNodeState node;
-  InitializeSolver(mesh, maps, inputs, node, muscle);
-  EXPECT_EQ(host.status, "[MyoForge] Initializing MyoMuscle...");
-  EXPECT_EQ(host.begun_count, 7);
-  EXPECT_EQ(host.advances, 7);
-  EXPECT_EQ(host.ends, 1);
-  // A later build shows nothing.
-  InitializeSolver(mesh, maps, inputs, node, muscle);
-  EXPECT_EQ(host.advances, 7);
-
-  myo_test::ProgressHost ribbon_host;
-  inputs.progress = &ribbon_host;
-  RibbonMuscleSolver ribbon;
-  InitializeSolver(mesh, maps, inputs, node, ribbon);
-  EXPECT_EQ(ribbon_host.begun_count, 6);
-  EXPECT_EQ(ribbon_host.advances, 6);
 }

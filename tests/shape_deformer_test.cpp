@@ -1,8 +1,6 @@
 // The shape deformer on a time line: its fall-backs to the input geometry,
-// the collider it binds on, a rest mesh that moves, collisions switched off,
-// and what it asks of its host and hands to it (the activation plugs read by
-// logical index and written back per point, the vertex colours of the
-// activation, and the form in which each mesh input is read).
+// the collider it binds on, its rest mesh, collisions switched off, and the
+// activation plugs read by logical index and written back per point.
 
 #include <gtest/gtest.h>
 
@@ -12,7 +10,6 @@
 #include <vector>
 
 #include "core/maps/map_store.h"
-#include "core/shape/shape_attributes.h"
 #include "core/shape/shape_deformer.h"
 #include "scenes/muscle_meshes.h"
 #include "support/log_capture.h"
@@ -29,31 +26,14 @@ class ShapeHost : public myo_test::TestHost {
  public:
   using TestHost::TestHost;
 
-  MeshInput ReadMesh(const std::string& attribute, MeshRead what, const MeshData*& mesh) override {
-    mesh_reads.emplace_back(attribute, what);
-    return TestHost::ReadMesh(attribute, what, mesh);
-  }
   void WriteOutActivation(const std::vector<float>& activations) override { written.push_back(activations); }
   bool ReadActivationValues(std::vector<std::optional<float>>& values) override {
-    ++plug_reads;
     values = plug_values.value_or(std::vector<std::optional<float>>{});
     return plug_values.has_value();
   }
-  void ShowVertexColors(const std::vector<float>* rgba) override {
-    shown.push_back(rgba == nullptr ? std::nullopt : std::optional<std::vector<float>>(*rgba));
-  }
-  // Whether `attribute` was read as `what` since mesh_reads was cleared.
-  bool Read(const std::string& attribute, MeshRead what) const {
-    for (const auto& read : mesh_reads)
-      if (read.first == attribute && read.second == what) return true;
-    return false;
-  }
 
   std::optional<std::vector<std::optional<float>>> plug_values;  // none: the list has no element
-  int plug_reads = 0;
-  std::vector<std::pair<std::string, MeshRead>> mesh_reads;
-  std::vector<std::vector<float>> written;               // every "outActivation" write
-  std::vector<std::optional<std::vector<float>>> shown;  // none: the display switched off
+  std::vector<std::vector<float>> written;                       // every "outActivation" write
 };
 
 MeshData LiftedGrid() {
@@ -177,26 +157,33 @@ TEST(ShapeDeformerTest, TheRestColliderBindsOnlyWithTheRestPoseOfTheShape) {
   for (float d : t.CollisionDistances()) ASSERT_NEAR(d, 0.5f, 1e-4f);
 }
 
-TEST(ShapeDeformerTest, AnAnimatableRestMeshSetsTheEdgeLengthsOfEachStep) {
+TEST(ShapeDeformerTest, ARestMeshSetsTheEdgeLengthsAtTheBuildOrEveryStepWhenAnimatable) {
   ShapeOnTimeLine t;
   MeshData rest = t.mesh;
-  t.host.meshes["restMesh"] = &rest;
-  t.At(1);
-  const std::vector<float> built = t.solver().distance_constraints_->rest_lengths_;
   for (std::size_t k = 0; k < rest.points.size(); k += 3) rest.points[k] *= 2.0f;
+  t.host.meshes["restMesh"] = &rest;
+  const auto expect_lengths_of = [&t](const MeshData& shape) {
+    const DistanceConstraints& d = *t.solver().distance_constraints_;
+    for (uint32_t e = 0; e < d.RowCount(); ++e) {
+      const Vec3 a = Load3(shape.points.data(), d.edge_vertices_a_[e]);
+      const Vec3 b = Load3(shape.points.data(), d.edge_vertices_b_[e]);
+      ASSERT_NEAR(d.rest_lengths_[e], Length(b - a), 1e-5f) << e;
+    }
+  };
+  t.At(1);
+  EXPECT_EQ(t.solver().rest_positions_, rest.points);
+  expect_lengths_of(rest);
+  const MeshData built = rest;
+  for (std::size_t k = 2; k < rest.points.size(); k += 3) rest.points[k] *= 1.5f;
 
   // Off: the lengths of the build stay.
   EXPECT_TRUE(t.At(2).stepped);
-  EXPECT_EQ(t.solver().distance_constraints_->rest_lengths_, built);
+  expect_lengths_of(built);
   // On: every edge takes its length on the rest mesh of this frame.
   t.frame.animatable_rest_mesh = true;
   EXPECT_TRUE(t.At(3).stepped);
+  expect_lengths_of(rest);
   const DistanceConstraints& d = *t.solver().distance_constraints_;
-  for (uint32_t e = 0; e < d.RowCount(); ++e) {
-    const Vec3 a = Load3(rest.points.data(), d.edge_vertices_a_[e]);
-    const Vec3 b = Load3(rest.points.data(), d.edge_vertices_b_[e]);
-    ASSERT_NEAR(d.rest_lengths_[e], Length(b - a), 1e-6f) << e;
-  }
   // A rest mesh of another count is passed over without a warning.
   const std::vector<float> moved = d.rest_lengths_;
   const MeshData other = myo_test::BuildMesh(myo_scenes::MakeGrid(4, 4, 1.0f, 1.0f));
@@ -218,12 +205,10 @@ TEST(ShapeDeformerTest, CollisionsSwitchedOffKeepTheGroupWithItsOldCollider) {
   t.frame.compute_collisions = false;
   t.frame.keep_collision_orientation = false;
   FillWorldSpace(myo_test::Affine(0.0f, 0.2f, 0.0f), t.collider);
-  t.host.mesh_reads.clear();
   for (int f = 2; f <= 3; ++f) EXPECT_TRUE(t.At(static_cast<float>(f)).stepped);
   EXPECT_EQ(t.solver().slide_collision_constraints_.get(), group);
   EXPECT_EQ(group->collider_positions_, bound);
   EXPECT_TRUE(group->keep_orientation_);
-  for (const auto& read : t.host.mesh_reads) EXPECT_NE(read.first, "collisionMesh");  // not read at all
 
   // On again: the collider of this frame and its orientation flag are read.
   t.frame.compute_collisions = true;
@@ -260,86 +245,19 @@ TEST(ShapeDeformerTest, ThePrerollPoseBecomesRestAtTheStart) {
 
 // What the activation code makes of the plugs is tested with it; here, what
 // the deformer reads and hands back, and when.
-TEST(ShapeHostPortsTest, PlugActivationsAreWrittenBackAndColouredAsTheLastBuildSaid) {
+TEST(ShapeHostPortsTest, PlugActivationsAreReadByLogicalIndexAndWrittenBack) {
   ShapeOnTimeLine t;
   t.frame.activation_mode = kActivationPlugValues;
   t.frame.write_out_activation = true;
-  t.frame.draw_activation = true;
   t.SetPlugValues({{0, 0.25f}, {2, 0.75f}});
   t.At(1);  // the build writes zeros first, then what it read of the plugs
   ASSERT_EQ(t.host.written.size(), 2u);
   EXPECT_EQ(t.host.written.front(), std::vector<float>(t.Points(), 0.0f));
   EXPECT_EQ(std::vector<float>(t.host.written[1].begin(), t.host.written[1].begin() + 3),
             (std::vector<float>{0.25f, 0.0f, 0.75f}));
-  ASSERT_EQ(t.host.shown.size(), 1u);
-  ASSERT_TRUE(t.host.shown[0].has_value());
-  EXPECT_EQ(std::vector<float>(t.host.shown[0]->begin(), t.host.shown[0]->begin() + 8),
-            (std::vector<float>{0.25f, 0, 0, 1, 0, 0, 0, 1}));
-
-  // A step reads the plugs again; the draw switch counts at a build only.
-  t.frame.draw_activation = false;
+  // A step reads the plugs again.
   t.SetPlugValues({{1, 0.5f}});
   ASSERT_TRUE(t.At(2).stepped);
   EXPECT_EQ(std::vector<float>(t.host.written[2].begin(), t.host.written[2].begin() + 3),
             (std::vector<float>{0.25f, 0.5f, 0.75f}));
-  ASSERT_EQ(t.host.shown.size(), 2u);
-  EXPECT_TRUE(t.host.shown[1].has_value());
-  // A build with the switch off turns the display off once, then leaves it.
-  t.At(1);
-  t.At(2);
-  ASSERT_EQ(t.host.shown.size(), 3u);
-  EXPECT_FALSE(t.host.shown[2].has_value());
-
-  // Without a source of activation the plugs are not read; with the switch
-  // off they are read. Either way only the build's zeros are written.
-  for (int32_t mode : {kActivationNone, kActivationPlugValues}) {
-    SCOPED_TRACE(mode);
-    ShapeOnTimeLine quiet;
-    quiet.frame.activation_mode = mode;
-    quiet.frame.write_out_activation = mode == kActivationNone;
-    quiet.SetPlugValues({{0, 1.0f}});
-    quiet.At(1);
-    quiet.At(2);
-    EXPECT_EQ(quiet.host.written.size(), 1u);
-    EXPECT_EQ(quiet.host.plug_reads, mode == kActivationNone ? 0 : 2);
-  }
-}
-
-TEST(ShapeHostPortsTest, MeshInputsAreAskedInTheFormTheHostReadsThem) {
-  ShapeOnTimeLine t;
-  MeshData rest = t.mesh, anim = t.mesh, deform = t.mesh;
-  t.host.meshes = {{"restMesh", &rest}, {"animMesh", &anim}, {"deformMesh", &deform}, {"collisionMesh", &t.collider}};
-  t.frame.activation_mode = kActivationMusclePatches;
-  t.frame.muscles_file = "no-such-file.mmp";
-  t.frame.animatable_rest_mesh = true;
-  myo_test::LogCapture log;
-
-  // A build reads the rest mesh and the colliders whole, the anim and the
-  // deform mesh by their points.
-  t.At(1);
-  EXPECT_TRUE(t.host.Read("restMesh", MeshRead::kWhole));
-  EXPECT_TRUE(t.host.Read("collisionMesh", MeshRead::kWhole));
-  EXPECT_TRUE(t.host.Read("collisionRestMesh", MeshRead::kWhole));
-  EXPECT_TRUE(t.host.Read("animMesh", MeshRead::kPoints));
-  EXPECT_TRUE(t.host.Read("deformMesh", MeshRead::kPoints));
-  EXPECT_TRUE(t.deformer.has_collider());
-
-  // A step reads the collider in world space, the anim mesh by its points
-  // and the moving rest mesh for its edges.
-  t.host.mesh_reads.clear();
-  ASSERT_TRUE(t.At(2).stepped);
-  EXPECT_TRUE(t.host.Read("collisionMesh", MeshRead::kWorldSpace));
-  EXPECT_TRUE(t.host.Read("animMesh", MeshRead::kPoints));
-  EXPECT_TRUE(t.host.Read("restMesh", MeshRead::kWhole));
-}
-
-TEST(ShapeHostPortsTest, EveryPaintableMapIsAPerPointArrayMadePaintableInOneScript) {
-  std::string expected;
-  for (const std::string& map : ShapePaintableMaps()) {
-    expected += "makePaintable -attrType multiFloat -sm deformer MyoSimshape " + map + ";\n";
-    const AttributeInfo* info = FindAttribute(ShapeAttributes(), map);
-    ASSERT_NE(info, nullptr) << map;
-    EXPECT_TRUE(info->Has(kArray)) << map;
-  }
-  EXPECT_EQ(MakePaintableScript("MyoSimshape", ShapePaintableMaps()), expected);
 }

@@ -1,11 +1,10 @@
-// The skin deformer on a time line, and a skin over a moving body.
+// The skin deformer on a time line over a body mesh.
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <vector>
 
-#include "core/mesh/closest_point_query.h"
 #include "core/skin/skin_deformer.h"
 #include "scenes/muscle_meshes.h"
 #include "support/log_capture.h"
@@ -134,63 +133,4 @@ TEST(SkinDeformerTest, TheStartRebuildsFromThePrerollPose) {
   t.frame.enable = false;
   t.At(12);
   EXPECT_EQ(t.deformer.last_time(), 11 * kFrame);
-}
-
-TEST(SkinDeformerTest, SkinOverAMovingBodyFollowsSlidesAndStaysFinite) {
-  SkinOverBody t;
-  t.frame.preroll_start_time = t.frame.start_time = kFrame;
-  t.frame.use_custom_stiffness = true;
-  t.frame.stiffness = 1e7f;
-  t.frame.iterations = 6;
-  t.frame.max_sliding_distance = 3.0f;
-  const uint32_t n = t.mesh.PointCount();
-  std::vector<float> hard(n, 0.0f), soft(n, 0.0f), slide(n, 0.0f);
-  for (uint32_t i = 0; i < n; ++i) {
-    const float x = t.mesh.points[3 * i];
-    (x < -2.0f ? hard : x > 2.0f ? slide : soft)[i] = 1.0f;
-  }
-  t.maps.SetAll("hardConstraintsList", "hardConstraints", 0, hard);
-  t.maps.SetAll("softConstraintsList", "softConstraints", 0, soft);
-  t.maps.SetAll("slideConstraintsList", "slideConstraints", 0, slide);
-
-  // The gap of every point to the body at rest.
-  ClosestPointQuery rest_surface;
-  rest_surface.Build(t.body.points, t.body.triangle_vertices, t.body.polygon_triangle_counts);
-  std::vector<float> rest_gap(n);
-  for (uint32_t i = 0; i < n; ++i) {
-    ClosestPointHit hit;
-    rest_surface.Closest(&t.mesh.points[3 * i], -1.0f, hit);
-    rest_gap[i] = hit.distance;
-  }
-  float worst_hard = 0.0f, worst_slide = 0.0f;
-  for (int f = 1; f <= 200; ++f) {
-    // The body turns about z and drifts along y.
-    const float angle = 0.3f * std::sin(f * 0.05f);
-    t.Place(myo_test::RotationZ(angle, {0.0f, 0.5f * std::sin(f * 0.03f), 0.0f}));
-    ASSERT_TRUE(t.At(static_cast<float>(f)).succeeded);
-    const std::vector<float>& p = t.solver().positions_;
-    for (float v : p) ASSERT_TRUE(std::isfinite(v)) << "frame " << f;
-    if (f == 1) continue;
-    // Hard points ride rigidly with the body; sliding points keep their gap.
-    std::vector<float> moved(t.body.points.size());
-    for (uint32_t i = 0; i < t.body.PointCount(); ++i)
-      Store3(moved.data(), i, TransformPoint(Load3(t.body.points.data(), i), t.frame.reference_matrix));
-    ClosestPointQuery surface;
-    surface.Build(moved, t.body.triangle_vertices, t.body.polygon_triangle_counts);
-    for (uint32_t i = 0; i < n; ++i) {
-      const Vec3 x = Load3(p.data(), i);
-      if (hard[i] > 0.0f) {
-        const Vec3 rigid = TransformPoint(Load3(t.mesh.points.data(), i), t.frame.reference_matrix);
-        worst_hard = std::fmax(worst_hard, Length(x - rigid));
-      }
-      if (slide[i] > 0.0f) {
-        ClosestPointHit hit;
-        const float q[3] = {x.x, x.y, x.z};
-        ASSERT_TRUE(surface.Closest(q, -1.0f, hit));
-        worst_slide = std::fmax(worst_slide, std::fabs(hit.distance - rest_gap[i]));
-      }
-    }
-  }
-  EXPECT_LT(worst_hard, 0.1f);  // cm; the edges to the soft belly pull a little
-  EXPECT_LT(worst_slide, 0.1f);
 }

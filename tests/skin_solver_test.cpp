@@ -1,5 +1,5 @@
-// The skin solver's build (rows, blocks, maps, progress, masses) and its
-// step against a plain sequential step.
+// The skin solver's build (rows, blocks, maps, masses) and its step against
+// a plain sequential step.
 
 #include <gtest/gtest.h>
 
@@ -10,12 +10,10 @@
 
 #include "core/kernels/row_schedule.h"
 #include "core/skin/skin_assembly.h"
-#include "core/skin/skin_mass_weights.h"
 #include "core/skin/skin_solver.h"
 #include "core/solver/solver_stages.h"
 #include "core/solver/stop_request.h"
 #include "scenes/skin_setup.h"
-#include "support/log_capture.h"
 #include "support/ordered_sliding_scan.h"
 #include "support/solver_runs.h"
 #include "support/test_geometry.h"
@@ -94,77 +92,18 @@ TEST(SkinAssemblyTest, LaysOutRowsBlocksAndWeights) {
   EXPECT_EQ(solver.shape_constraints_->inverse_masses_, std::vector<float>(n, 0.25f));
 }
 
-TEST(SkinAssemblyTest, ResistanceMapsAreClampedAndMassesFloored) {
-  myo_test::LogCapture capture;
+TEST(SkinAssemblyTest, ResistanceMapsAreClamped) {
   SkinScene scene;
-  std::vector<float> masses(9, 1.0f), compression(9, 1.5f);
-  masses[2] = 0.0f;
-  masses[5] = -3.0f;
+  std::vector<float> compression(9, 1.5f);
   compression[0] = -1.0f;
-  scene.maps.SetAll("massList", "mass", 0, masses);
   scene.maps.SetAll("compressionResistanceList", "compressionResistance", 0, compression);
   Assemble(Small(2), scene);
-
-  EXPECT_EQ(capture.Count("[MyoForge][Warning] Mass values lower than 1e-06 are not supported by the Simshape "
-                          "solver. Non supported mass values are replaced with 1e-06 minimum mass values."),
-            1u);
-  EXPECT_EQ(scene.node.masses_map_[2], 0.000001f);
-  EXPECT_EQ(scene.node.masses_map_[5], 0.000001f);
   // Clamped to [0, 1]: the edges of point 0 mean 0 with 1.
   const DistanceConstraints& distance = *scene.solver.distance_constraints_;
   for (uint32_t e = 0; e < distance.RowCount(); ++e) {
     const bool touches_0 = distance.edge_vertices_a_[e] == 0 || distance.edge_vertices_b_[e] == 0;
     EXPECT_EQ(distance.compression_weights_[e], touches_0 ? 0.5f : 1.0f) << "edge " << e;
   }
-}
-
-TEST(SkinAssemblyTest, OnlyAFirstBuildShowsProgress) {
-  myo_test::ProgressHost host;
-  SkinScene scene;
-  Assemble(SkinSetupOptions{}, scene);  // builds meshes and maps
-  SkinAssemblyInputs inputs;
-  inputs.node_name = "skin1";
-  inputs.progress = &host;
-  inputs.reference_mesh = &scene.reference_mesh;
-
-  SkinSolver fresh;
-  SkinNodeState node;
-  ASSERT_TRUE(InitSkinData(scene.mesh, scene.maps, inputs, node, fresh));
-  const int n = static_cast<int>(scene.mesh.PointCount());
-  EXPECT_EQ(host.begun_count, n + 4);
-  EXPECT_EQ(host.advances, n + 4);
-  EXPECT_EQ(host.ends, 1);
-  EXPECT_EQ(host.status, "[MyoForge] Initializing MyoSkin...");
-
-  // A reset that keeps the simulated points: no progress, the points stay.
-  fresh.positions_[1] += 0.25f;
-  const std::vector<float> carried = fresh.positions_;
-  inputs.read_points = false;
-  ASSERT_TRUE(InitSkinData(scene.mesh, scene.maps, inputs, node, fresh));
-  EXPECT_EQ(host.advances, n + 4);
-  EXPECT_EQ(fresh.positions_, carried);
-  EXPECT_EQ(fresh.previous_positions_, std::vector<float>(scene.mesh.points));
-}
-
-TEST(SkinMassWeightsTest, WrongSizesKeepTheOldWeights) {
-  myo_test::LogCapture capture;
-  SkinScene scene;
-  Assemble(Small(2), scene);
-  SkinSolver& solver = scene.solver;
-  solver.masses_.assign(9, 4.0f);
-  std::vector<float> shape_map(9, 0.5f);
-  shape_map[3] = 0.0f;
-  ApplyMassesToWeights(solver, shape_map);
-  EXPECT_EQ(solver.distance_constraints_->inverse_masses_, std::vector<float>(9, 0.25f));
-  EXPECT_EQ(solver.uber_constraints_->inverse_masses_, std::vector<float>(9, 0.25f));
-  EXPECT_EQ(solver.shape_constraints_->inverse_masses_[0], 0.125f);
-  EXPECT_EQ(solver.shape_constraints_->inverse_masses_[3], 0.0f);
-
-  solver.masses_.assign(9, 1.0f);
-  ApplyMassesToWeights(solver, std::vector<float>(8, 0.5f));
-  EXPECT_EQ(capture.Count("[MyoForge][Debug] Could not apply masses to weights because of incorrect weight sizes."),
-            1u);
-  EXPECT_EQ(solver.distance_constraints_->inverse_masses_, std::vector<float>(9, 0.25f));
 }
 
 // StepSkin with its lanes, schedules, bounded search and side-by-side search
