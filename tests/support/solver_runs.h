@@ -62,20 +62,6 @@ inline void PlainShapeRows(const myo_core::ShapeConstraints& shape, float* p, fl
   }
 }
 
-// Counts the progress calls of a build.
-class ProgressHost : public TestHost {
- public:
-  explicit ProgressHost(myo_core::MeshData mesh = {}) : TestHost(std::move(mesh)) {}
-  void BeginProgress(int count, const std::string& text) override {
-    begun_count = count;
-    status = text;
-  }
-  void AdvanceProgress() override { ++advances; }
-  void EndProgress() override { ++ends; }
-  int begun_count = -1, advances = 0, ends = 0;
-  std::string status;
-};
-
 // A deformer fed `mesh` as its input, evaluated at whole frames of 24 fps.
 template <class Deformer, class FrameValues, class Host = TestHost>
 struct TimeLine {
