@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <vector>
 
 namespace myo_scenes {
 
@@ -52,6 +53,50 @@ PolygonMesh MakeSpindleWithPoints(uint32_t target_points, float length, float ra
   uint32_t segments = static_cast<uint32_t>(std::max(3.0, std::round(std::sqrt(n / ratio))));
   uint32_t rings = static_cast<uint32_t>(std::max(1.0, std::round((n - 2.0) / segments)));
   return MakeSpindle(rings, segments, length, radius);
+}
+
+PolygonMesh MakeCubeSphere(uint32_t n, float radius) {
+  PolygonMesh mesh;
+  n = std::max(n, 1u);
+  const uint32_t side = n + 1;
+  // Index of each lattice point on the surface, -1 inside.
+  std::vector<int32_t> index(static_cast<std::size_t>(side) * side * side, -1);
+  auto at = [&](uint32_t x, uint32_t y, uint32_t z) -> int32_t& { return index[(z * side + y) * side + x]; };
+  int32_t count = 0;
+  for (uint32_t z = 0; z < side; ++z)
+    for (uint32_t y = 0; y < side; ++y)
+      for (uint32_t x = 0; x < side; ++x) {
+        if (x != 0 && x != n && y != 0 && y != n && z != 0 && z != n) continue;
+        at(x, y, z) = count++;
+        const double c[3] = {2.0 * x / n - 1.0, 2.0 * y / n - 1.0, 2.0 * z / n - 1.0};
+        const double length = std::sqrt(c[0] * c[0] + c[1] * c[1] + c[2] * c[2]);
+        for (double v : c) mesh.points.push_back(static_cast<float>(radius * v / length));
+      }
+  // Each face: the axis it faces along, its side, and the two axes that span
+  // it in the order that makes the quads face outward.
+  for (uint32_t axis = 0; axis < 3; ++axis)
+    for (uint32_t high = 0; high < 2; ++high) {
+      uint32_t u_axis = (axis + 1) % 3, v_axis = (axis + 2) % 3;
+      if (high == 0) std::swap(u_axis, v_axis);
+      for (uint32_t v = 0; v < n; ++v)
+        for (uint32_t u = 0; u < n; ++u) {
+          auto corner = [&](uint32_t du, uint32_t dv) {
+            uint32_t c[3];
+            c[axis] = high ? n : 0;
+            c[u_axis] = u + du;
+            c[v_axis] = v + dv;
+            return at(c[0], c[1], c[2]);
+          };
+          mesh.vertex_counts.push_back(4);
+          mesh.vertices.insert(mesh.vertices.end(), {corner(0, 0), corner(1, 0), corner(1, 1), corner(0, 1)});
+        }
+    }
+  return mesh;
+}
+
+PolygonMesh MakeCubeSphereWithPoints(uint32_t target_points, float radius) {
+  const double n = std::sqrt(std::max(8.0, static_cast<double>(target_points) - 2.0) / 6.0);
+  return MakeCubeSphere(static_cast<uint32_t>(std::max(1.0, std::round(n))), radius);
 }
 
 PolygonMesh MakeGrid(uint32_t nx, uint32_t nz, float size_x, float size_z) {

@@ -39,4 +39,7 @@ constexpr uint32_t kRowScheduleWindow = 4096;
 RowSchedule BuildRowSchedule(std::initializer_list<const std::vector<int32_t>*> rows_points,
                              uint32_t point_count, uint32_t window = 0);
 
+// The schedule of a table filled without one: table order, one row a level.
+void TableOrderSchedule(uint32_t rows, std::vector<uint32_t>& order, std::vector<uint32_t>& level_offsets);
+
 }  // namespace myo_core

@@ -41,6 +41,8 @@ void SearchBesideRows(SkinSolver& solver, bool has_transform) {
 
 void StepSkin(SkinSolver& solver) {
   BeginStep(solver);
+  PrepareDistanceRows(*solver.distance_constraints_);
+  PrepareShapeRows(*solver.shape_constraints_);
   const bool has_transform = !IsIdentity(solver.world_matrix_);
 
   const DistanceConstraints& distance = *solver.distance_constraints_;

@@ -14,6 +14,7 @@
 #include "core/kernels/distance_constraints.h"
 #include "core/kernels/shape_constraints.h"
 #include "core/maps/map_store.h"
+#include "core/solver/parallel_levels.h"
 #include "support/test_host.h"
 
 namespace myo_test {
@@ -35,6 +36,32 @@ class ScopedThreads {
  private:
   int saved_;
 };
+
+// OpenMP's thread count set for the life of the object, with every level
+// pass of a row schedule threaded however few rows its levels hold, so that
+// small tables take the threaded path too.
+class ScopedLevelThreads {
+ public:
+  explicit ScopedLevelThreads(int threads) : threads_(threads), saved_(myo_core::LevelThreadingMinimum()) {
+    myo_core::SetLevelThreadingMinimum(0);
+  }
+  ~ScopedLevelThreads() { myo_core::SetLevelThreadingMinimum(saved_); }
+  ScopedLevelThreads(const ScopedLevelThreads&) = delete;
+  ScopedLevelThreads& operator=(const ScopedLevelThreads&) = delete;
+
+ private:
+  ScopedThreads threads_;
+  uint32_t saved_;
+};
+
+// lambdas with the rows of one group, which a step keeps in solving order,
+// put back in table order: row schedule[k] is at base + k.
+inline std::vector<float> InTableOrder(std::vector<float> lambdas, uint32_t base,
+                                       const std::vector<uint32_t>& schedule) {
+  const std::vector<float> solved(lambdas.begin() + base, lambdas.begin() + base + schedule.size());
+  for (std::size_t k = 0; k < schedule.size(); ++k) lambdas[base + schedule[k]] = solved[k];
+  return lambdas;
+}
 
 // Every distance row in table order, one after the other; rows for which
 // `skip(a, b)` holds are passed over.
