@@ -20,6 +20,7 @@
 
 #include "core/kernels/edge_constraints.h"
 #include "core/kernels/shape_constraints.h"
+#include "core/muscle/muscle_assembly.h"
 #include "scenes/muscle_meshes.h"
 #include "scenes/muscle_setup.h"
 
@@ -182,5 +183,30 @@ void BM_VolumeRow(benchmark::State& state) {
 BENCHMARK(BM_VolumeRow)
     ->Apply([](auto* b) { myo_bench::ArgsWithThreads(b, {{100000}}); })
     ->Unit(benchmark::kMicrosecond);
+
+}  // namespace
+
+namespace {
+
+// The rebuild a muscle goes through at the start frame: every table again
+// from the points the simulation left (range(0) points; range(1): 0
+// spindle with tendons, so fibers are computed and projected, 1
+// cube-sphere), on all threads.
+void BM_MuscleRebuild(benchmark::State& state) {
+  const uint32_t points = static_cast<uint32_t>(state.range(0));
+  const Shape shape = state.range(1) == 0 ? Shape::kSpindle : Shape::kCubeSphere;
+  myo_scenes::MuscleScene& scene = SceneWithPoints(points, shape);
+  myo_core::MuscleAssemblyInputs inputs;
+  inputs.node_name = "muscle1";
+  inputs.warn = false;
+  inputs.reset_positions = false;
+  const myo_bench::LoopClock clock;
+  for (auto _ : state) {
+    myo_core::InitializeSolver(scene.mesh, scene.maps, inputs, scene.node, scene.solver);
+    benchmark::ClobberMemory();
+  }
+  state.counters["ms_per_build"] = clock.Nanoseconds() / state.iterations() * 1e-6;
+}
+BENCHMARK(BM_MuscleRebuild)->Args({100000, 0})->Args({100000, 1})->Unit(benchmark::kMillisecond);
 
 }  // namespace
