@@ -39,15 +39,7 @@ TEST(RowScheduleTest, ScheduledRowsGiveTheBitsOfTableOrder) {
 
   std::vector<float> table_positions = solver.positions_, table_lambdas(solver.lambdas_.size(), 0.0f);
   for (int iteration = 0; iteration < 3; ++iteration) {
-    for (uint32_t e = 0; e < edges.RowCount(); ++e) {
-      const uint32_t i = edges.edge_start_[e], j = edges.edge_end_[e];
-      SolveEdgeConstraint(edges.lambda_base_ + e, e, i, j, edges.inverse_masses_[i], edges.inverse_masses_[j], 0.01f,
-                          edges.activation_, edges.rest_activation_, edges.rest_length_multiplier_,
-                          std::min(1.0f, edges.edge_compression_[e] * edges.compression_multiplier_),
-                          std::min(1.0f, edges.edge_stretching_[e] * edges.stretching_multiplier_),
-                          edges.rest_vectors_.data(), edges.edge_fibers_.data(), table_positions.data(),
-                          table_lambdas.data());
-    }
+    myo_test::PlainEdgeRows(edges, 0.01f, edges.rest_activation_, table_positions.data(), table_lambdas.data());
     myo_test::PlainShapeRows(shape, table_positions.data(), table_lambdas.data());
   }
 

@@ -76,35 +76,6 @@ TEST(VolumeTest, RatioScalesTheGoalAndPreservationTheMove) {
   EXPECT_EQ(pinned.positions[11], 1.0f);
 }
 
-namespace {
-
-// The volume row as one pass over the triangles and one over the points.
-void PlainVolumeRow(const VolumeConstraint& v, float compliance, std::vector<float>& positions,
-                    std::vector<float>& lambdas) {
-  float* p = positions.data();
-  std::vector<float> g(positions.size(), 0.0f);
-  float volume = 0.0f;
-  for (std::size_t t = 0; t < v.triangles_.size() / 3; ++t) {
-    const int32_t ia = v.triangles_[3 * t], ib = v.triangles_[3 * t + 1], ic = v.triangles_[3 * t + 2];
-    const Vec3 a = Load3(p, ia), b = Load3(p, ib), c = Load3(p, ic);
-    volume += Dot(Cross(a, b), c);
-    Store3(g.data(), ia, Load3(g.data(), ia) + Cross(b, c));
-    Store3(g.data(), ib, Load3(g.data(), ib) + Cross(c, a));
-    Store3(g.data(), ic, Load3(g.data(), ic) + Cross(a, b));
-  }
-  const float violation = volume - v.rest_volume_ * v.volume_ratio_;
-  if (std::fabs(violation) < kEpsilon) return;
-  float sum = 0.0f;
-  for (uint32_t i = 0; i < v.inverse_masses_.size(); ++i) sum += v.inverse_masses_[i] * Dot(Load3(g.data(), i), Load3(g.data(), i));
-  sum += compliance;
-  float& lambda = lambdas[v.lambda_base_];
-  const float delta = (-violation - lambda * compliance) / sum;
-  lambda += delta;
-  for (uint32_t i = 0; i < v.inverse_masses_.size(); ++i)
-    Store3(p, i, Load3(p, i) + Load3(g.data(), i) * (delta * v.inverse_masses_[i] * v.volume_preservation_));
-}
-
-}  // namespace
 
 // Terms formed over the threads, sums added in order: the bits of one pass,
 // for any number of threads, on a mesh large enough to be shared out. A
@@ -130,7 +101,7 @@ TEST(VolumeTest, ThreadedRowGivesTheBitsOfOnePass) {
   for (uint32_t i = 0; i < n; ++i) volume.inverse_masses_[i] = i % 11 == 0 ? 0.0f : 1.0f / (1.0f + (i % 5));
 
   std::vector<float> plain = start, plain_lambdas = rest_lambdas;
-  for (int iteration = 0; iteration < 3; ++iteration) PlainVolumeRow(volume, 1e-4f, plain, plain_lambdas);
+  for (int iteration = 0; iteration < 3; ++iteration) myo_test::PlainVolumeRow(volume, 1e-4f, plain, plain_lambdas);
   ASSERT_NE(plain, start);
   for (int threads = 1; threads <= 4; ++threads) {
     myo_test::ScopedThreads team(threads);

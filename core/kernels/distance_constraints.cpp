@@ -1,5 +1,6 @@
 #include "core/kernels/distance_constraints.h"
 
+#include <omp.h>
 
 #include "core/kernels/row_schedule.h"
 #include "core/solver/parallel_levels.h"
@@ -61,7 +62,7 @@ void BuildDistanceConstraints(DistanceConstraints& group, const std::vector<int3
     ends[e] = edge_vertices[2 * e + 1];
   }
   RowSchedule schedule =
-      BuildRowSchedule({&starts, &ends}, static_cast<uint32_t>(positions.size() / 3), kRowScheduleWindow);
+      BuildRowSchedule({&starts, &ends}, static_cast<uint32_t>(positions.size() / 3), RowScheduleWindowFor(omp_get_max_threads()));
   group.schedule_ = std::move(schedule.order);
   group.schedule_levels_ = std::move(schedule.level_offsets);
 }

@@ -26,6 +26,12 @@ struct RowSchedule {
 // every level several rows on a mesh.
 constexpr uint32_t kRowScheduleWindow = 4096;
 
+// The window of the tables a solver builds for `threads` threads: windows
+// of kRowScheduleWindow rows, whose levels touch few points, when one thread
+// runs every level; whole-table levels, the widest there are, when the rows
+// of a level are shared out over several threads.
+inline uint32_t RowScheduleWindowFor(int threads) { return threads > 1 ? 0u : kRowScheduleWindow; }
+
 // rows_points: the arrays of point indices of the rows, one array per corner
 // (e.g. starts and ends of edges), each of R entries. Indices outside
 // [0, point_count) make the row depend on everything before it.
