@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 #include <vector>
 
 namespace myo_scenes {
@@ -59,19 +60,19 @@ PolygonMesh MakeCubeSphere(uint32_t n, float radius) {
   PolygonMesh mesh;
   n = std::max(n, 1u);
   const uint32_t side = n + 1;
-  // Index of each lattice point on the surface, -1 inside.
+  // Points are numbered as the faces first use them, so that the points of a
+  // face lie together in memory, as in a mesh modelled face by face.
   std::vector<int32_t> index(static_cast<std::size_t>(side) * side * side, -1);
-  auto at = [&](uint32_t x, uint32_t y, uint32_t z) -> int32_t& { return index[(z * side + y) * side + x]; };
-  int32_t count = 0;
-  for (uint32_t z = 0; z < side; ++z)
-    for (uint32_t y = 0; y < side; ++y)
-      for (uint32_t x = 0; x < side; ++x) {
-        if (x != 0 && x != n && y != 0 && y != n && z != 0 && z != n) continue;
-        at(x, y, z) = count++;
-        const double c[3] = {2.0 * x / n - 1.0, 2.0 * y / n - 1.0, 2.0 * z / n - 1.0};
-        const double length = std::sqrt(c[0] * c[0] + c[1] * c[1] + c[2] * c[2]);
-        for (double v : c) mesh.points.push_back(static_cast<float>(radius * v / length));
-      }
+  auto point = [&](const uint32_t c[3]) {
+    int32_t& id = index[(c[2] * side + c[1]) * side + c[0]];
+    if (id < 0) {
+      id = static_cast<int32_t>(mesh.points.size() / 3);
+      const double v[3] = {2.0 * c[0] / n - 1.0, 2.0 * c[1] / n - 1.0, 2.0 * c[2] / n - 1.0};
+      const double length = std::sqrt(v[0] * v[0] + v[1] * v[1] + v[2] * v[2]);
+      for (double x : v) mesh.points.push_back(static_cast<float>(radius * x / length));
+    }
+    return id;
+  };
   // Each face: the axis it faces along, its side, and the two axes that span
   // it in the order that makes the quads face outward.
   for (uint32_t axis = 0; axis < 3; ++axis)
@@ -85,10 +86,11 @@ PolygonMesh MakeCubeSphere(uint32_t n, float radius) {
             c[axis] = high ? n : 0;
             c[u_axis] = u + du;
             c[v_axis] = v + dv;
-            return at(c[0], c[1], c[2]);
+            return point(c);
           };
           mesh.vertex_counts.push_back(4);
-          mesh.vertices.insert(mesh.vertices.end(), {corner(0, 0), corner(1, 0), corner(1, 1), corner(0, 1)});
+          for (const auto& [du, dv] : {std::pair{0u, 0u}, {1u, 0u}, {1u, 1u}, {0u, 1u}})
+            mesh.vertices.push_back(corner(du, dv));
         }
     }
   return mesh;

@@ -21,9 +21,8 @@ PolygonMesh MakeSpindle(uint32_t rings, uint32_t segments, float length, float r
 PolygonMesh MakeSpindleWithPoints(uint32_t target_points, float length, float radius);
 
 // A closed sphere of quads: the surface lattice of a cube cut `n` times along
-// each edge, pushed out to `radius`. Points are numbered through the lattice
-// z-major, y, then x, so that neighbours have near indices. 6 n^2 + 2 points,
-// 6 n^2 quads facing outward.
+// each edge, pushed out to `radius`, face after face. Points are numbered as
+// the faces first use them. 6 n^2 + 2 points, 6 n^2 quads facing outward.
 PolygonMesh MakeCubeSphere(uint32_t n, float radius);
 
 // A cube-sphere with about `target_points` points.
