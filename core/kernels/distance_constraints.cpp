@@ -24,13 +24,14 @@ void PrepareDistanceRows(DistanceConstraints& group) {
     row.target = group.rest_lengths_[e] * group.rest_length_multiplier_;
     row.compression = DistanceResistance(group.compression_weights_[e], group.compression_multiplier_);
     row.stretching = DistanceResistance(group.stretching_weights_[e], group.stretching_multiplier_);
+    row.w_i = group.inverse_masses_[row.i];
+    row.w_j = group.inverse_masses_[row.j];
   }
 }
 
 void SolveDistanceRows(const DistanceConstraints& group, float compliance, float* positions, float* lambdas,
                        const float* attraction) {
-  SolveLengthRows(group.frame_rows_, group.schedule_levels_, group.inverse_masses_.data(), compliance, attraction,
-                  positions, lambdas);
+  SolveLengthRows(group.frame_rows_, group.schedule_levels_, compliance, attraction, positions, lambdas);
 }
 
 void BuildDistanceConstraints(DistanceConstraints& group, const std::vector<int32_t>& edge_vertices,

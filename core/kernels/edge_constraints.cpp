@@ -32,12 +32,13 @@ void PrepareEdgeRows(EdgeConstraints& edges, float rest_activation) {
                                      edges.activation_, rest_activation, edges.rest_length_multiplier_);
     row.compression = std::min(1.0f, edges.edge_compression_[e] * edges.compression_multiplier_);
     row.stretching = std::min(1.0f, edges.edge_stretching_[e] * edges.stretching_multiplier_);
+    row.w_i = edges.inverse_masses_[row.i];
+    row.w_j = edges.inverse_masses_[row.j];
   }
 }
 
 void SolveEdgeRows(const EdgeConstraints& edges, float compliance, float* positions, float* lambdas) {
-  SolveLengthRows(edges.frame_rows_, edges.schedule_levels_, edges.inverse_masses_.data(), compliance, nullptr,
-                  positions, lambdas);
+  SolveLengthRows(edges.frame_rows_, edges.schedule_levels_, compliance, nullptr, positions, lambdas);
 }
 
 }  // namespace myo_core

@@ -15,9 +15,9 @@ inline bool BothAttracted(const float* attraction, uint32_t i, uint32_t j) {
 }
 
 // One row, as SolveLengthRows describes.
-inline void SolveLengthRow(const LengthRow& row, const float* w, float compliance, const float* attraction,
-                           float* positions, float* lambdas) {
-  const float w_i = w[row.i], w_j = w[row.j];
+inline void SolveLengthRow(const LengthRow& row, float compliance, const float* attraction, float* positions,
+                           float* lambdas) {
+  const float w_i = row.w_i, w_j = row.w_j;
   const float weight = w_i + w_j;
   if (weight < kEpsilon || BothAttracted(attraction, row.i, row.j)) return;
   const Vec3 pi = Load3(positions, row.i);
@@ -39,8 +39,8 @@ inline void SolveLengthRow(const LengthRow& row, const float* w, float complianc
 // lane performs the single row's operations in its order; a skipped lane
 // computes but writes nothing.
 template <uint32_t kLanes>
-void SolveLengthBatch(const LengthRow* rows, const float* w, float compliance, const float* attraction,
-                      float* positions, float* lambdas) {
+void SolveLengthBatch(const LengthRow* rows, float compliance, const float* attraction, float* positions,
+                      float* lambdas) {
   float pix[kLanes], piy[kLanes], piz[kLanes], pjx[kLanes], pjy[kLanes], pjz[kLanes];
   float wi[kLanes], wj[kLanes], target[kLanes], compression[kLanes], stretching[kLanes], lambda[kLanes];
   for (uint32_t l = 0; l < kLanes; ++l) {
@@ -51,8 +51,8 @@ void SolveLengthBatch(const LengthRow* rows, const float* w, float compliance, c
     pjx[l] = positions[3 * row.j];
     pjy[l] = positions[3 * row.j + 1];
     pjz[l] = positions[3 * row.j + 2];
-    wi[l] = w[row.i];
-    wj[l] = w[row.j];
+    wi[l] = row.w_i;
+    wj[l] = row.w_j;
     target[l] = row.target;
     compression[l] = row.compression;
     stretching[l] = row.stretching;
@@ -85,17 +85,16 @@ void SolveLengthBatch(const LengthRow* rows, const float* w, float compliance, c
 }  // namespace
 
 void SolveLengthRows(const std::vector<LengthRow>& rows, const std::vector<uint32_t>& level_offsets,
-                     const float* inverse_masses, float compliance, const float* attraction, float* positions,
-                     float* lambdas) {
+                     float compliance, const float* attraction, float* positions, float* lambdas) {
   const LengthRow* packed = rows.data();
   ForEachLevelChunk(level_offsets, [&](uint32_t begin, uint32_t end) {
     // Wide batches first, then a narrower one, then single rows.
     for (; begin + 16 <= end; begin += 16)
-      SolveLengthBatch<16>(packed + begin, inverse_masses, compliance, attraction, positions, lambdas);
+      SolveLengthBatch<16>(packed + begin, compliance, attraction, positions, lambdas);
     for (; begin + 8 <= end; begin += 8)
-      SolveLengthBatch<8>(packed + begin, inverse_masses, compliance, attraction, positions, lambdas);
+      SolveLengthBatch<8>(packed + begin, compliance, attraction, positions, lambdas);
     for (; begin < end; ++begin)
-      SolveLengthRow(packed[begin], inverse_masses, compliance, attraction, positions, lambdas);
+      SolveLengthRow(packed[begin], compliance, attraction, positions, lambdas);
   });
 }
 

@@ -17,6 +17,7 @@ struct LengthRow {
   float target;         // target length of this step
   float compression;    // resistance when shorter than the target, at most 1
   float stretching;     // resistance when longer
+  float w_i, w_j;       // weights of the ends, copied so that a row reads them in sequence
 };
 
 // Runs every row of `rows` once, in the order of the schedule whose levels
@@ -25,10 +26,10 @@ struct LengthRow {
 //   when C < 0 else stretching, delta = (-(k C) - lambda compliance) /
 //   (n.x w n.x + n.y w n.y + n.z w n.z + compliance) with w = w_i + w_j; the
 //   ends move by -n delta w_i and n delta w_j, each only when its own weight
-//   is at least 1e-6. A row whose weights sum below 1e-6 is skipped, and so
+//   is at least 1e-6 (w_i, w_j: the row's copies of the weights of its ends).
+//   A row whose weights sum below 1e-6 is skipped, and so
 //   is one whose two ends are both at `attraction` 1 or more, when given (N).
 void SolveLengthRows(const std::vector<LengthRow>& rows, const std::vector<uint32_t>& level_offsets,
-                     const float* inverse_masses, float compliance, const float* attraction, float* positions,
-                     float* lambdas);
+                     float compliance, const float* attraction, float* positions, float* lambdas);
 
 }  // namespace myo_core
