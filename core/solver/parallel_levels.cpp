@@ -11,7 +11,7 @@ namespace myo_core {
 
 namespace {
 
-std::atomic<uint32_t> level_threading_minimum{64};
+std::atomic<uint32_t> level_threading_minimum{128};
 
 inline void Pause() {
 #if defined(__SSE2__) || defined(_M_X64)
@@ -25,9 +25,8 @@ uint32_t LevelThreadingMinimum() { return level_threading_minimum.load(std::memo
 
 void SetLevelThreadingMinimum(uint32_t rows) { level_threading_minimum.store(rows, std::memory_order_relaxed); }
 
-int LevelPassThreads(uint64_t rows, uint64_t levels) {
-  if (levels == 0 || omp_in_parallel()) return 1;
-  if (rows < static_cast<uint64_t>(LevelThreadingMinimum()) * levels) return 1;
+int LevelPassThreads(uint32_t largest_level) {
+  if (omp_in_parallel() || largest_level < LevelThreadingMinimum()) return 1;
   return std::min(omp_get_max_threads(), kMaxLevelThreads);
 }
 

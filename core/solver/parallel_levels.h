@@ -11,6 +11,7 @@
 
 #include <omp.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cstdint>
 #include <vector>
@@ -24,16 +25,18 @@ constexpr int64_t kParallelPrepareRows = 16384;
 // Most threads a level pass runs on; a larger team is cut to this size.
 constexpr int kMaxLevelThreads = 64;
 
-// The least mean number of rows per level for which a pass runs on more than
-// one thread: with fewer, the hand-over between levels costs more than the
-// rows it shares out. Tests lower it so that small tables take the threaded
-// path; the result is the same either way.
+// The least number of rows of a level that is shared out over the threads:
+// on fewer, the hand-over between threads costs more than the rows it
+// shares. Smaller levels in a row run together on one thread, and a pass
+// with no larger level runs on the calling thread alone. Tests lower it so
+// that small tables take the threaded path; the result is the same either
+// way.
 uint32_t LevelThreadingMinimum();
 void SetLevelThreadingMinimum(uint32_t rows);
 
-// Threads a pass over `rows` rows in `levels` levels runs on: 1 when the
-// levels are too small, else omp_get_max_threads() up to kMaxLevelThreads.
-int LevelPassThreads(uint64_t rows, uint64_t levels);
+// Threads a pass runs on: 1 when no level reaches `largest_level` rows of
+// the minimum, else omp_get_max_threads() up to kMaxLevelThreads.
+int LevelPassThreads(uint32_t largest_level);
 
 // The share of one thread in every level: `claimed` counts the levels whose
 // share has been taken, by the thread or by another, and `finished` those
@@ -65,42 +68,64 @@ inline void LevelShare(uint32_t begin, uint32_t end, int t, int team, uint32_t& 
 // level; rows [first, last) lie within one level. level_offsets: levels + 1
 // ascending offsets into the schedule's order.
 //
-// Each thread of the team solves its share of a level once every share of
-// the level before is done. A thread that finds a share of the level before
-// not yet begun solves it itself, so that a thread the system has set aside
-// does not hold the others up: shares move to whoever runs, and the result
-// stays that of one thread.
+// The pass walks units: a level of at least the minimum rows, shared out
+// over the team, or a run of smaller levels, all given to the first thread.
+// Each thread solves its share of a unit once every share of the unit before
+// is done. A thread that finds a share of the unit before not yet begun
+// solves it itself, so that a thread the system has set aside does not hold
+// the others up: shares move to whoever runs, and the result stays that of
+// one thread.
 template <typename ChunkPass>
 void ForEachLevelChunk(const std::vector<uint32_t>& level_offsets, ChunkPass&& chunk_pass) {
   if (level_offsets.size() < 2) return;
   const uint32_t levels = static_cast<uint32_t>(level_offsets.size() - 1);
-  const int threads = LevelPassThreads(level_offsets.back() - level_offsets.front(), levels);
-  if (threads <= 1) {
-    for (uint32_t level = 0; level < levels; ++level)
+  const uint32_t minimum = LevelThreadingMinimum();
+  uint32_t largest = 0;
+  for (uint32_t level = 0; level < levels; ++level)
+    largest = std::max(largest, level_offsets[level + 1] - level_offsets[level]);
+  const int threads = LevelPassThreads(largest);
+  const auto solve_levels = [&](uint32_t first_level, uint32_t last_level) {
+    for (uint32_t level = first_level; level < last_level; ++level)
       if (level_offsets[level] < level_offsets[level + 1]) chunk_pass(level_offsets[level], level_offsets[level + 1]);
+  };
+  if (threads <= 1) {
+    solve_levels(0, levels);
     return;
   }
+  const auto shared = [&](uint32_t level) { return level_offsets[level + 1] - level_offsets[level] >= minimum; };
   LevelShareState shares[kMaxLevelThreads];
 #pragma omp parallel num_threads(threads)
   {
     const int t = omp_get_thread_num(), team = omp_get_num_threads();
-    const auto solve_share = [&](uint32_t level, int owner) {
-      uint32_t first = 0, last = 0;
-      LevelShare(level_offsets[level], level_offsets[level + 1], owner, team, first, last);
-      if (first < last) chunk_pass(first, last);
-      shares[owner].finished.store(level + 1, std::memory_order_release);
+    // Unit `unit` spans levels [begin, end); each thread walks the same units.
+    const auto solve_share = [&](uint32_t unit, uint32_t begin, uint32_t end, int owner) {
+      if (end - begin == 1 && shared(begin)) {
+        uint32_t first = 0, last = 0;
+        LevelShare(level_offsets[begin], level_offsets[end], owner, team, first, last);
+        if (first < last) chunk_pass(first, last);
+      } else if (owner == 0) {
+        solve_levels(begin, end);
+      }
+      shares[owner].finished.store(unit + 1, std::memory_order_release);
     };
-    // Level `levels` stands for the end: every share of the last level done.
-    for (uint32_t level = 0; level <= levels; ++level) {
-      if (level > 0)
-        for (int u = 0; u < team; ++u) {
-          // Its own share too: another thread may still be solving it.
-          for (uint32_t spins = 0; shares[u].finished.load(std::memory_order_acquire) < level;) {
-            if (ClaimLevelShare(shares[u], level - 1)) solve_share(level - 1, u);
+    uint32_t unit = 0, previous_begin = 0, previous_end = 0;
+    for (uint32_t begin = 0; begin <= levels; ++unit) {
+      uint32_t end = begin + 1;
+      if (begin < levels && !shared(begin))
+        while (end < levels && !shared(end)) ++end;
+      // Every share of the unit before must be done, this thread's own too:
+      // another thread may still be solving it.
+      if (unit > 0)
+        for (int u = 0; u < team; ++u)
+          for (uint32_t spins = 0; shares[u].finished.load(std::memory_order_acquire) < unit;) {
+            if (ClaimLevelShare(shares[u], unit - 1)) solve_share(unit - 1, previous_begin, previous_end, u);
             else BackOff(spins);
           }
-        }
-      if (level < levels && ClaimLevelShare(shares[t], level)) solve_share(level, t);
+      if (begin == levels) break;  // the end: every share of the last unit done
+      if (ClaimLevelShare(shares[t], unit)) solve_share(unit, begin, end, t);
+      previous_begin = begin;
+      previous_end = end;
+      begin = end;
     }
   }
 }
