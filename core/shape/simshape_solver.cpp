@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "core/solver/parallel_levels.h"
 #include "core/solver/solver_stages.h"
 #include "core/solver/stop_request.h"
 
@@ -27,7 +28,10 @@ void ComputeAttraction(SimshapeSolver& solver) {
   const uint32_t n = solver.point_count_;
   if (solver.attract_forces_.size() < n || solver.activations_.size() < n) return;
   solver.attraction_.resize(n);
-  for (uint32_t i = 0; i < n; ++i) {
+  // Each point's attraction is its own: the points are shared out over the
+  // threads (a logarithm or a power per point is worth it).
+#pragma omp parallel for schedule(static) if (n >= kParallelPrepareRows)
+  for (int64_t i = 0; i < static_cast<int64_t>(n); ++i) {
     float a = solver.attraction_multiplier_ * solver.attract_forces_[i];
     a = a > 0.0f ? a : 0.0f;
     if (a > 1.0f) a = 1.0f;
@@ -43,9 +47,10 @@ void ApplyAttraction(SimshapeSolver& solver) {
     return;
   float* p = solver.positions_.data();
   const float* target = solver.attraction_targets_.data();
-  for (uint32_t i = 0; i < n; ++i) {
+#pragma omp parallel for schedule(static) if (n >= kParallelPrepareRows)
+  for (int64_t i = 0; i < static_cast<int64_t>(n); ++i) {
     const float a = solver.attraction_[i];
-    for (uint32_t k = 3 * i; k < 3 * i + 3; ++k) p[k] += (target[k] - p[k]) * a;
+    for (int64_t k = 3 * i; k < 3 * i + 3; ++k) p[k] += (target[k] - p[k]) * a;
   }
 }
 
