@@ -12,6 +12,7 @@
 #include <filesystem>
 #include <iostream>
 #include <new>
+#include <optional>
 
 #include <CLI/CLI.hpp>
 
@@ -24,6 +25,7 @@
 #include "app/cli/snapshot_command.h"
 #include "app/cli/progress_bar.h"
 #include "app/run/output_folder.h"
+#include "app/run/run_checkpoint.h"
 #include "app/run/scene_run.h"
 #include "app/scene/scene_field.h"
 #include "app/scene/scene_names.h"
@@ -100,7 +102,10 @@ std::string RunFooter() {
          "Output folder: a new or empty folder, or one an earlier run wrote into (it holds " +
          myo_app::kManifestName + "):\nthat run's outputs are replaced. Any other folder with files in it is "
          "refused.\nCtrl-C (or SIGTERM) stops within moments and keeps the whole frames written so far (exit code "
-         "130);\na second Ctrl-C quits at once. Exit codes: 0 done, 2 command line, 3 invalid scene, 4 run failed.";
+         "130);\na second Ctrl-C quits at once. With --checkpoint-every or --resume, checkpoints go to "
+         "<output>/checkpoints/\nand a stopped run goes on from the newest with --resume (docs/farm.md).\n"
+         "Several scenes or a list: each scene writes into <output>/<scene name>, and runs.json sums them up.\n"
+         "Exit codes: 0 done, 2 command line, 3 invalid scene, 4 run failed (for several scenes: the highest).";
 }
 
 int Main(int argc, char** argv) {
@@ -134,6 +139,14 @@ int Main(int argc, char** argv) {
   run->add_flag("--no-progress", no_progress, "Do not draw the progress bar");
   bool no_viewer = false;
   run->add_flag("--no-viewer", no_viewer, "Do not write viewer.html, the page that plays the run in a browser");
+  std::optional<uint32_t> checkpoint_every;
+  run->add_option("--checkpoint-every", checkpoint_every,
+                  "Write a checkpoint after every N simulated frames (0: none; default none, or " +
+                      std::to_string(myo_app::kDefaultCheckpointInterval) + " with --resume)")
+      ->check(CLI::Range(0u, 1000000u));
+  bool resume = false;
+  run->add_flag("--resume", resume,
+                "Go on from the newest checkpoint in the output folder; start from the first frame when it has none");
   run->footer(RunFooter());
 
   myo_app::SnapshotOptions snapshot_options;
@@ -253,6 +266,8 @@ int Main(int argc, char** argv) {
   options.run.format = format == "pc2" ? myo_app::OutputFormat::kPc2 : myo_app::OutputFormat::kObj;
   options.run.interrupted = &g_interrupted;
   options.run.viewer = !no_viewer;
+  options.run.resume = resume;
+  options.run.checkpoint_every = checkpoint_every.value_or(resume ? myo_app::kDefaultCheckpointInterval : 0u);
   options.quiet = quiet;
   options.progress_bar = !quiet && !no_progress && myo_app::StandardErrorIsTerminal();
   std::vector<myo_app::SceneOutcome> outcomes;
