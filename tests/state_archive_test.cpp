@@ -119,7 +119,7 @@ TEST(StateEnvelope, RefusesOtherFilesVersionsTruncationAndDamageWithTheReason) {
     return why;
   };
   EXPECT_EQ(refusal("{\"timeline\": {}}\n............................"), "not a myoforge state file");
-  EXPECT_EQ(refusal(file.substr(0, 20)), "truncated: 20 bytes, less than its 32-byte header");
+  EXPECT_EQ(refusal(file.substr(0, 20)), "truncated: 20 bytes, less than its 24-byte header");
   EXPECT_EQ(refusal(file.substr(0, file.size() - 5)),
             "truncated: 18 bytes of state where its header announces 23");
   EXPECT_EQ(refusal(file + "xy"), "lengthened: 25 bytes of state where its header announces 23");
@@ -131,7 +131,15 @@ TEST(StateEnvelope, RefusesOtherFilesVersionsTruncationAndDamageWithTheReason) {
   EXPECT_EQ(refusal(later), "format version 7; this myoforge reads version 1");
 }
 
-TEST(StateChecksum, IsFnv1aOfTheBytes) {
+TEST(StateChecksum, Crc32AndFnv1aGiveTheirKnownValuesInPiecesOrWhole) {
+  EXPECT_EQ(myo_core::Crc32("123456789", 9), 0xcbf43926u);
+  EXPECT_EQ(myo_core::Crc32("", 0), 0u);
+  // Eight bytes at a time and the tail byte by byte agree with one piece.
+  const std::string text = "the state of every node, saved after frame 40";
+  for (std::size_t cut = 0; cut <= text.size(); ++cut)
+    EXPECT_EQ(myo_core::Crc32(text.data() + cut, text.size() - cut, myo_core::Crc32(text.data(), cut)),
+              myo_core::Crc32(text.data(), text.size()))
+        << cut;
   EXPECT_EQ(myo_core::Fnv1a64(""), 14695981039346656037ull);
   EXPECT_EQ(myo_core::HashText(myo_core::Fnv1a64("a")), "af63dc4c8601ec8c");
   EXPECT_EQ(myo_core::Fnv1a64("ab"), myo_core::Fnv1a64("b", 1, myo_core::Fnv1a64("a")));

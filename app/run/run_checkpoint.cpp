@@ -6,6 +6,7 @@
 #include <filesystem>
 
 #include "app/run/scene_run.h"
+#include "core/state/state_envelope.h"
 #include "io/atomic_file.h"
 
 namespace myo_app {
@@ -64,11 +65,14 @@ std::vector<CheckpointFile> FindCheckpoints(const std::string& output_folder) {
   return files;
 }
 
-bool WriteCheckpoint(const std::string& output_folder, long long frame, const std::string& file, std::string& error) {
+bool WriteCheckpoint(const std::string& output_folder, long long frame, const std::string& state, std::string& error) {
   const fs::path folder = fs::path(output_folder) / kCheckpointFolder;
   std::error_code ec;
   fs::create_directories(folder, ec);
-  if (!myo_io::WriteFileAtomically((folder / CheckpointFileName(frame)).string(), file, error)) return false;
+  myo_io::AtomicFile file;
+  if (!file.Open((folder / CheckpointFileName(frame)).string(), error) ||
+      !file.Write(myo_core::StateHeader(state), error) || !file.Write(state, error) || !file.Commit(error))
+    return false;
   const std::vector<CheckpointFile> files = FindCheckpoints(output_folder);
   for (std::size_t k = 2; k < files.size(); ++k) fs::remove(files[k].path, ec);
   return true;

@@ -41,9 +41,10 @@ struct CheckpointFile {
 // The checkpoints in the output folder, newest frame first.
 std::vector<CheckpointFile> FindCheckpoints(const std::string& output_folder);
 
-// Writes `file` (a sealed state) as the checkpoint of `frame`, atomically,
-// then removes the folder's checkpoints older than the one before it.
-bool WriteCheckpoint(const std::string& output_folder, long long frame, const std::string& file, std::string& error);
+// Writes `state` behind its header as the checkpoint of `frame`,
+// atomically, then removes the folder's checkpoints older than the one
+// before it.
+bool WriteCheckpoint(const std::string& output_folder, long long frame, const std::string& state, std::string& error);
 
 // Removes the folder's checkpoints and their folder: a finished run needs none.
 void RemoveCheckpoints(const std::string& output_folder);

@@ -84,6 +84,8 @@ class SceneRun {
     // Every output is named and its place checked before the first frame.
     std::optional<long long> resumed;  // the last frame of the checkpoint the run goes on from
     if (options_.resume && !FindResumePoint(resumed, error)) return RunResult::kFailed;
+    resumed_from_ = resumed;
+    resume_seconds_ = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
     if (resumed) {
       if (!ResumeOutputFolder(options_.output_directory, Plan(), error)) return RunResult::kFailed;
     } else {
@@ -276,7 +278,9 @@ class SceneRun {
     for (auto& cache : caches_)
       if (cache && !cache->Flush(error)) return false;
     if (viewer_ && !viewer_->Flush(error)) return false;
+    const auto begin = std::chrono::steady_clock::now();
     myo_core::StateWriter writer;
+    writer.Reserve(checkpoint_bytes_ + checkpoint_bytes_ / 16);
     CheckpointHead head;
     head.scene = scene_.path;
     head.frame = frame;
@@ -284,7 +288,24 @@ class SceneRun {
     head.fingerprint = fingerprint_;
     CheckpointHeadFields(writer, head);
     RunStateFields(writer, *this);
-    return WriteCheckpoint(options_.output_directory, frame, myo_core::SealState(writer.bytes()), error);
+    if (!WriteCheckpoint(options_.output_directory, frame, writer.bytes(), error)) return false;
+    ++checkpoints_written_;
+    checkpoint_bytes_ = writer.bytes().size() + myo_core::kStateHeaderSize;
+    checkpoint_seconds_ += std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
+    return true;
+  }
+
+  // What the checkpoints of the run cost, and where it went on from.
+  nlohmann::json CheckpointSummary() const {
+    nlohmann::json summary = {{"every", options_.checkpoint_every},
+                              {"written", checkpoints_written_},
+                              {"seconds", checkpoint_seconds_},
+                              {"bytes", checkpoint_bytes_}};
+    if (resumed_from_) {
+      summary["resumed_from_frame"] = *resumed_from_;
+      summary["resume_seconds"] = resume_seconds_;
+    }
+    return summary;
   }
 
   bool Interrupted() const { return options_.interrupted != nullptr && options_.interrupted->load(); }
@@ -483,7 +504,7 @@ class SceneRun {
       }
       nodes.push_back(entry);
     }
-    return {
+    nlohmann::json summary = {
         {"scene", scene_.path},
         {"timeline", {{"preroll", t.preroll}, {"start", t.start}, {"end", t.end}, {"fps", t.fps}}},
         {"frames_simulated", static_cast<std::size_t>(t.end - t.preroll) + 1},
@@ -494,6 +515,8 @@ class SceneRun {
         {"nodes", nodes},
         {"figures", "figures.csv"},
     };
+    if (options_.checkpoint_every > 0 || options_.resume) summary["checkpoints"] = CheckpointSummary();
+    return summary;
   }
 
   const Scene& scene_;
@@ -509,6 +532,12 @@ class SceneRun {
   // progress, none when that run wrote no page.
   std::vector<uint32_t> resume_samples_;
   std::optional<ViewerProgress> resume_viewer_;
+  // For the summary.
+  std::optional<long long> resumed_from_;
+  double resume_seconds_ = 0.0;  // finding and loading the checkpoint
+  std::size_t checkpoints_written_ = 0;
+  double checkpoint_seconds_ = 0.0;
+  std::size_t checkpoint_bytes_ = 0;  // of the last one
 };
 
 }  // namespace

@@ -26,16 +26,12 @@ T Get(const std::string& in, std::size_t offset) {
 
 }  // namespace
 
-std::string SealState(const std::string& state) {
-  std::string file;
-  file.reserve(kStateHeaderSize + state.size());
-  file.append(kTag, sizeof kTag);
-  Put<uint32_t>(file, kStateFormatVersion);
-  Put<uint32_t>(file, 0);
-  Put<uint64_t>(file, state.size());
-  Put<uint64_t>(file, Fnv1a64(state));
-  file += state;
-  return file;
+std::string StateHeader(const std::string& state) {
+  std::string header(kTag, sizeof kTag);
+  Put<uint32_t>(header, kStateFormatVersion);
+  Put<uint32_t>(header, Crc32(state.data(), state.size()));
+  Put<uint64_t>(header, state.size());
+  return header;
 }
 
 bool OpenState(const std::string& file, std::string& state, std::string& error) {
@@ -61,8 +57,8 @@ bool OpenState(const std::string& file, std::string& state, std::string& error) 
             std::to_string(size);
     return false;
   }
-  const uint64_t checksum = Get<uint64_t>(file, 24);
-  if (Fnv1a64(file.data() + kStateHeaderSize, held) != checksum) {
+  const uint32_t checksum = Get<uint32_t>(file, 12);
+  if (Crc32(file.data() + kStateHeaderSize, held) != checksum) {
     error = "damaged: its checksum does not match its contents";
     return false;
   }

@@ -52,8 +52,9 @@ class StateWriter {
     if (record) fields(*record);
   }
 
+  // Room for `size` bytes, so that a state of a known size grows without copies.
+  void Reserve(std::size_t size) { bytes_.reserve(size); }
   const std::string& bytes() const { return bytes_; }
-  std::string TakeBytes() { return std::move(bytes_); }
 
  private:
   void Size(std::size_t size) { Value(static_cast<uint64_t>(size)); }
