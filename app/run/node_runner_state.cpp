@@ -60,8 +60,15 @@ void NodeRunner::LoadState(myo_core::StateReader& reader) {
       reader.Fail("\"" + attribute + "\" is no output of " + node_.type->name);
     outputs_[attribute] = value;
   }
-  if (reader.ok() && output_.points.size() != points)
-    reader.Fail("the output of " + node_.name + " holds " + std::to_string(output_.points.size() / 3) +
+  // A solver of another mesh would step out of its arrays.
+  const myo_core::SolverData* solver = nullptr;
+  if (muscle_) solver = &muscle_->solver();
+  if (ribbon_) solver = &ribbon_->solver();
+  if (skin_) solver = &skin_->solver();
+  if (shape_) solver = &shape_->solver();
+  const std::size_t solved = solver != nullptr && !solver->positions_.empty() ? solver->positions_.size() : points;
+  if (reader.ok() && (output_.points.size() != points || solved != points))
+    reader.Fail("the state of " + node_.name + " holds " + std::to_string(std::max(output_.points.size(), solved) / 3) +
                 " points; its mesh has " + std::to_string(points / 3));
   if (reader.ok()) host_.WriteOutActivation(out_activation);
 }

@@ -180,12 +180,12 @@ class SceneRun {
     }
     for (std::size_t k = 0; k < files.size(); ++k) {
       const CheckpointFile& file = files[k];
-      std::string bytes, state, reason;
+      std::string bytes, reason;
       if (!myo_io::ReadFileText(file.path, bytes)) {
         reason = "cannot be read";
-      } else if (myo_core::OpenState(bytes, state, reason)) {
-        bytes.clear();
-        myo_core::StateReader reader(state);
+      } else if (myo_core::OpenState(bytes, reason)) {
+        myo_core::StateReader reader(bytes.data() + myo_core::kStateHeaderSize,
+                                     bytes.size() - myo_core::kStateHeaderSize);
         CheckpointHead head;
         CheckpointHeadFields(reader, head);
         if (reader.ok()) {

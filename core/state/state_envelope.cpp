@@ -34,7 +34,7 @@ std::string StateHeader(const std::string& state) {
   return header;
 }
 
-bool OpenState(const std::string& file, std::string& state, std::string& error) {
+bool OpenState(const std::string& file, std::string& error) {
   if (file.size() >= sizeof kTag && std::memcmp(file.data(), kTag, sizeof kTag) != 0) {
     error = "not a myoforge state file";
     return false;
@@ -62,7 +62,6 @@ bool OpenState(const std::string& file, std::string& state, std::string& error) 
     error = "damaged: its checksum does not match its contents";
     return false;
   }
-  state.assign(file, kStateHeaderSize, std::string::npos);
   return true;
 }
 

@@ -21,9 +21,10 @@ std::string StateHeader(const std::string& state);
 // The header and the state in one string.
 inline std::string SealState(const std::string& state) { return StateHeader(state) + state; }
 
-// The state inside `file`. False with the reason in `error` ("truncated:
-// ...", "not a myoforge state file", "format version 7; this myoforge reads
-// version 1", "damaged: its checksum does not match").
-bool OpenState(const std::string& file, std::string& state, std::string& error);
+// Checks the envelope of `file`: true when the state that follows its
+// header (from byte kStateHeaderSize on) is whole. False with the reason in
+// `error` ("truncated: ...", "not a myoforge state file", "format version 7;
+// this myoforge reads version 1", "damaged: its checksum does not match").
+bool OpenState(const std::string& file, std::string& error);
 
 }  // namespace myo_core

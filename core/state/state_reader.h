@@ -17,8 +17,9 @@ class StateReader {
  public:
   static constexpr bool kLoading = true;
 
-  // `bytes` must outlive the reader.
+  // The bytes must outlive the reader.
   explicit StateReader(const std::string& bytes) : data_(bytes.data()), size_(bytes.size()) {}
+  StateReader(const char* data, std::size_t size) : data_(data), size_(size) {}
 
   bool ok() const { return error_.empty(); }
   // The first fault, naming the section it was found in.
