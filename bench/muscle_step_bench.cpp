@@ -1,16 +1,26 @@
-// Cost of the muscle step on closed spindles of about 1k, 10k and 100k
-// points, 10 iterations, with edge, shape and volume rows.
+// Cost of the muscle family's step, 10 iterations, dt 1/24, on 1, 2 and all
+// threads with the speed-up over one: the muscle on closed spindles of about
+// 1k, 10k and 100k points with edge, shape and volume rows; the muscle on
+// closed cube-spheres of the same sizes with edge rows on every mesh edge
+// and the volume row alone; the ribbon muscle (no volume row) on flat grids
+// of about 10k and 100k points with edge and shape rows. And the three kinds
+// of rows by themselves.
 
 #include <benchmark/benchmark.h>
 
 #include "bench/support/loop_clock.h"
+#include "bench/support/thread_runs.h"
 
 #include <chrono>
+#include <cmath>
+#include <string>
+#include <utility>
 #include <map>
 #include <memory>
 
 #include "core/kernels/edge_constraints.h"
 #include "core/kernels/shape_constraints.h"
+#include "core/muscle/muscle_assembly.h"
 #include "scenes/muscle_meshes.h"
 #include "scenes/muscle_setup.h"
 
@@ -37,70 +47,91 @@ std::size_t SolverBytes(const myo_core::MuscleSolver& s) {
          Bytes(e.schedule_levels_) + Bytes(e.frame_rows_) + Bytes(sh.schedule_);
 }
 
-// One assembled muscle per size, kept across benchmark runs.
-myo_scenes::MuscleScene& SceneWithPoints(uint32_t points) {
-  static std::map<uint32_t, std::unique_ptr<myo_scenes::MuscleScene>> scenes;
-  auto& scene = scenes[points];
+enum class Shape { kSpindle, kCubeSphere, kGrid };
+
+// One assembled muscle per shape and size, kept across benchmark runs. The
+// spindle and the grid carry shape rows and tendons at their ends; the
+// cube-sphere only edges and volume.
+myo_scenes::MuscleScene& SceneWithPoints(uint32_t points, Shape shape = Shape::kSpindle) {
+  static std::map<std::pair<Shape, uint32_t>, std::unique_ptr<myo_scenes::MuscleScene>> scenes;
+  auto& scene = scenes[{shape, points}];
   if (!scene) {
     scene = std::make_unique<myo_scenes::MuscleScene>();
     myo_scenes::MuscleSetupOptions options;
-    options.shape_preservation = 1.0f;
-    options.tendon_ends = 1.0f;
+    if (shape != Shape::kCubeSphere) {
+      options.shape_preservation = 1.0f;
+      options.tendon_ends = 1.0f;
+    }
+    const uint32_t side = static_cast<uint32_t>(std::lround(std::sqrt(static_cast<double>(points)))) - 1;
+    const myo_core::PolygonMesh mesh = shape == Shape::kSpindle ? myo_scenes::MakeSpindleWithPoints(points, 20.0f, 3.0f)
+                                       : shape == Shape::kCubeSphere
+                                           ? myo_scenes::MakeCubeSphereWithPoints(points, 5.0f)
+                                           : myo_scenes::MakeGrid(side, side, 20.0f, 20.0f);
     std::string error;
-    myo_scenes::AssembleMuscle(myo_scenes::MakeSpindleWithPoints(points, 20.0f, 3.0f), options, *scene, error);
+    myo_scenes::AssembleMuscle(mesh, options, *scene, error);
   }
   return *scene;
 }
 
-// The frame the step benchmarks run: a little activation and damping.
-myo_core::MuscleSolver& SteppedSolver(benchmark::State& state) {
-  myo_core::MuscleSolver& solver = SceneWithPoints(static_cast<uint32_t>(state.range(0))).solver;
+// The frame the step benchmarks run: a little activation and damping on the
+// spindle and grid; the cube-sphere as it is.
+myo_core::MuscleSolver& SteppedSolver(uint32_t points, Shape shape) {
+  myo_core::MuscleSolver& solver = SceneWithPoints(points, shape).solver;
   myo_scenes::FrameSettings frame;
-  frame.activation = 0.3f;
-  frame.global_damping = 0.1f;
+  if (shape != Shape::kCubeSphere) {
+    frame.activation = 0.3f;
+    frame.global_damping = 0.1f;
+  }
   myo_scenes::ApplyFrameSettings(frame, solver);
   return solver;
 }
 
-// Wall time per step, in nanoseconds.
-double TimeSteps(benchmark::State& state, myo_core::MuscleSolver& solver) {
+// range(0): points; range(1): threads. The ribbon's step is the muscle
+// family's without the volume row.
+template <Shape kShape, bool kVolume>
+void BM_Step(benchmark::State& state) {
+  const uint32_t points = static_cast<uint32_t>(state.range(0));
+  const int threads = static_cast<int>(state.range(1));
+  myo_core::MuscleSolver& solver = SteppedSolver(points, kShape);
+  const myo_bench::OmpThreads team(threads);
   const myo_bench::LoopClock clock;
   for (auto _ : state) {
-    myo_core::Step(solver);
+    myo_core::StepMuscleFamily(solver, kVolume ? solver.volume_constraint_.get() : nullptr);
     benchmark::ClobberMemory();
   }
-  return clock.Nanoseconds() / state.iterations();
-}
-
-void BM_MuscleStep(benchmark::State& state) {
-  myo_core::MuscleSolver& solver = SteppedSolver(state);
-  const double ns = TimeSteps(state, solver) * state.iterations();
   const double n = solver.point_count_;
   state.counters["points"] = n;
   state.counters["edge_rows"] = solver.edge_constraints_->RowCount();
   state.counters["shape_rows"] = solver.shape_constraints_->RowCount();
   state.counters["bytes_per_point"] = static_cast<double>(SolverBytes(solver)) / n;
-  state.counters["ms_per_step"] = ns * 1e-6 / state.iterations();
+  myo_bench::ReportStep(state, std::to_string(static_cast<int>(kShape)) + "/" + std::to_string(kVolume) + "/" +
+                                   std::to_string(points),
+                        threads, clock.Nanoseconds() / state.iterations() * 1e-6);
 }
-BENCHMARK(BM_MuscleStep)->Arg(1000)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond);
 
-// The same step with the shape group switched off: edges and volume only.
-void BM_MuscleStepEdgesAndVolume(benchmark::State& state) {
-  myo_core::MuscleSolver& solver = SteppedSolver(state);
-  myo_core::ShapeConstraints& shape = *solver.shape_constraints_;
-  myo_core::SetShapeCompliance(shape, 1.0f, solver.compliance_, 0.0f, true);  // switched off
-  state.counters["ms_per_step"] = TimeSteps(state, solver) * 1e-6;
-  myo_core::SetShapeCompliance(shape, 1.0f, solver.compliance_, 0.0f, false);
-}
-BENCHMARK(BM_MuscleStepEdgesAndVolume)->Arg(10000)->Unit(benchmark::kMillisecond);
+void BM_MuscleStep(benchmark::State& state) { BM_Step<Shape::kSpindle, true>(state); }
+BENCHMARK(BM_MuscleStep)
+    ->Apply([](auto* b) { myo_bench::ArgsWithThreads(b, {{1000}, {10000}, {100000}}); })
+    ->Unit(benchmark::kMillisecond);
 
-// One Gauss-Seidel pass over the edge rows alone.
+void BM_CubeSphereMuscleStep(benchmark::State& state) { BM_Step<Shape::kCubeSphere, true>(state); }
+BENCHMARK(BM_CubeSphereMuscleStep)
+    ->Apply([](auto* b) { myo_bench::ArgsWithThreads(b, {{1000}, {10000}, {100000}}); })
+    ->Unit(benchmark::kMillisecond);
+
+void BM_RibbonStep(benchmark::State& state) { BM_Step<Shape::kGrid, false>(state); }
+BENCHMARK(BM_RibbonStep)
+    ->Apply([](auto* b) { myo_bench::ArgsWithThreads(b, {{10000}, {100000}}); })
+    ->Unit(benchmark::kMillisecond);
+
+// One pass over each kind of rows by itself, on the cube-sphere (edges,
+// volume) and the grid (shape rows). range(0): points; range(1): threads.
 void BM_EdgeRows(benchmark::State& state) {
-  myo_scenes::MuscleScene& scene = SceneWithPoints(static_cast<uint32_t>(state.range(0)));
-  myo_core::MuscleSolver& solver = scene.solver;
+  myo_core::MuscleSolver& solver = SceneWithPoints(static_cast<uint32_t>(state.range(0)), Shape::kCubeSphere).solver;
   myo_scenes::ApplyFrameSettings(myo_scenes::FrameSettings{}, solver);
   auto& edges = *solver.edge_constraints_;
   myo_core::PrepareEdgeRows(edges, 0.0f);
+  const myo_bench::OmpThreads team(static_cast<int>(state.range(1)));
   const myo_bench::LoopClock clock;
   for (auto _ : state) {
     myo_core::SolveEdgeRows(edges, solver.compliance_, solver.positions_.data(), solver.lambdas_.data());
@@ -109,13 +140,16 @@ void BM_EdgeRows(benchmark::State& state) {
   state.counters["ns_per_edge_row"] = clock.Nanoseconds() / (static_cast<double>(edges.RowCount()) * state.iterations());
   std::fill(solver.lambdas_.begin(), solver.lambdas_.end(), 0.0f);
 }
-BENCHMARK(BM_EdgeRows)->Arg(1000)->Arg(10000)->Arg(100000)->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_EdgeRows)
+    ->Apply([](auto* b) { myo_bench::ArgsWithThreads(b, {{10000}, {100000}}); })
+    ->Unit(benchmark::kMicrosecond);
 
 void BM_ShapeRows(benchmark::State& state) {
-  myo_scenes::MuscleScene& scene = SceneWithPoints(static_cast<uint32_t>(state.range(0)));
-  myo_core::MuscleSolver& solver = scene.solver;
+  myo_core::MuscleSolver& solver = SceneWithPoints(static_cast<uint32_t>(state.range(0)), Shape::kGrid).solver;
   myo_scenes::ApplyFrameSettings(myo_scenes::FrameSettings{}, solver);
-  const auto& shape = *solver.shape_constraints_;
+  auto& shape = *solver.shape_constraints_;
+  myo_core::PrepareShapeRows(shape);
+  const myo_bench::OmpThreads team(static_cast<int>(state.range(1)));
   const myo_bench::LoopClock clock;
   for (auto _ : state) {
     myo_core::SolveShapeRows(shape, solver.positions_.data(), solver.lambdas_.data());
@@ -124,27 +158,55 @@ void BM_ShapeRows(benchmark::State& state) {
   state.counters["ns_per_shape_row"] = clock.Nanoseconds() / (static_cast<double>(shape.RowCount()) * state.iterations());
   std::fill(solver.lambdas_.begin(), solver.lambdas_.end(), 0.0f);
 }
-BENCHMARK(BM_ShapeRows)->Arg(10000)->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_ShapeRows)
+    ->Apply([](auto* b) { myo_bench::ArgsWithThreads(b, {{100000}}); })
+    ->Unit(benchmark::kMicrosecond);
+
+void BM_VolumeRow(benchmark::State& state) {
+  myo_core::MuscleSolver& solver = SceneWithPoints(static_cast<uint32_t>(state.range(0)), Shape::kCubeSphere).solver;
+  auto& volume = *solver.volume_constraint_;
+  // A goal away from rest, so that every call does the whole work; no move.
+  const float ratio = volume.volume_ratio_, preservation = volume.volume_preservation_;
+  volume.volume_ratio_ = 1.01f;
+  volume.volume_preservation_ = 0.0f;
+  const myo_bench::OmpThreads team(static_cast<int>(state.range(1)));
+  const myo_bench::LoopClock clock;
+  for (auto _ : state) {
+    myo_core::SolveVolumeConstraint(volume, 1e-4f, solver.positions_, solver.lambdas_);
+    benchmark::ClobberMemory();
+  }
+  state.counters["ns_per_point"] = clock.Nanoseconds() / (static_cast<double>(solver.point_count_) * state.iterations());
+  std::fill(solver.lambdas_.begin(), solver.lambdas_.end(), 0.0f);
+  volume.volume_ratio_ = ratio;
+  volume.volume_preservation_ = preservation;
+}
+BENCHMARK(BM_VolumeRow)
+    ->Apply([](auto* b) { myo_bench::ArgsWithThreads(b, {{100000}}); })
+    ->Unit(benchmark::kMicrosecond);
 
 }  // namespace
 
 namespace {
 
-void BM_VolumeRow(benchmark::State& state) {
-  myo_scenes::MuscleScene& scene = SceneWithPoints(static_cast<uint32_t>(state.range(0)));
-  myo_core::MuscleSolver& solver = scene.solver;
-  auto& volume = *solver.volume_constraint_;
+// The rebuild a muscle goes through at the start frame: every table again
+// from the points the simulation left (range(0) points; range(1): 0
+// spindle with tendons, so fibers are computed and projected, 1
+// cube-sphere), on all threads.
+void BM_MuscleRebuild(benchmark::State& state) {
+  const uint32_t points = static_cast<uint32_t>(state.range(0));
+  const Shape shape = state.range(1) == 0 ? Shape::kSpindle : Shape::kCubeSphere;
+  myo_scenes::MuscleScene& scene = SceneWithPoints(points, shape);
+  myo_core::MuscleAssemblyInputs inputs;
+  inputs.node_name = "muscle1";
+  inputs.warn = false;
+  inputs.reset_positions = false;
   const myo_bench::LoopClock clock;
   for (auto _ : state) {
-    // A goal away from rest, so that every call does the whole work.
-    myo_core::SolveVolumeConstraint(volume.lambda_base_, volume.rest_volume_, 0.0f, 1.01f, 1e-4f,
-                                    volume.inverse_masses_, volume.triangles_, solver.positions_,
-                                    solver.lambdas_, volume.gradients_);
+    myo_core::InitializeSolver(scene.mesh, scene.maps, inputs, scene.node, scene.solver);
     benchmark::ClobberMemory();
   }
-  state.counters["ns_per_point"] = clock.Nanoseconds() / (static_cast<double>(solver.point_count_) * state.iterations());
-  std::fill(solver.lambdas_.begin(), solver.lambdas_.end(), 0.0f);
+  state.counters["ms_per_build"] = clock.Nanoseconds() / state.iterations() * 1e-6;
 }
-BENCHMARK(BM_VolumeRow)->Arg(10000)->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_MuscleRebuild)->Args({100000, 0})->Args({100000, 1})->Unit(benchmark::kMillisecond);
 
 }  // namespace

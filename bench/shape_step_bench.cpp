@@ -1,8 +1,8 @@
 // Cost of the shape step on square grids of about 10k and 100k points, 3
 // iterations, attraction partly painted (force 0.3), shape preservation on,
 // with and without a collider grid of 20k triangles just under the mesh,
-// which the mesh falls onto so that most collision rows act; on 1 and 2
-// threads. Counters: ns per point and per collision row (one per point and
+// which the mesh falls onto so that most collision rows act; on 1, 2 and
+// all threads, with the speed-up over one. Counters: ns per point and per collision row (one per point and
 // iteration), and for the build of the 100k mesh with its collider, ms per
 // build. Run with OMP_WAIT_POLICY=PASSIVE, as the plug-in's process does.
 
@@ -11,9 +11,11 @@
 
 #include <map>
 #include <memory>
+#include <string>
 #include <tuple>
 
 #include "bench/support/loop_clock.h"
+#include "bench/support/thread_runs.h"
 #include "core/log/logger.h"
 #include "core/solver/solver_stages.h"
 #include "scenes/shape_setup.h"
@@ -66,8 +68,8 @@ myo_scenes::ShapeScene& ShapeWithCells(uint32_t cells, bool with_collider) {
   return *scene;
 }
 
-// Milliseconds per step by grid size, threads and collider, for the
-// speed-up and for the share of the collision rows.
+// Milliseconds per step by grid size, threads and collider, for the share
+// of the collision rows.
 std::map<std::tuple<uint32_t, int, bool>, double>& StepMs() {
   static std::map<std::tuple<uint32_t, int, bool>, double> ms;
   return ms;
@@ -109,19 +111,19 @@ void BM_ShapeStep(benchmark::State& state) {
   const bool with_collider = state.range(2) != 0;
   const InfoLogLevel log_level;
   myo_core::SimshapeSolver& solver = ShapeWithCells(cells, with_collider).solver;
-  const int saved = omp_get_max_threads();
-  omp_set_num_threads(threads);
-  const myo_bench::LoopClock clock;
-  for (auto _ : state) {
-    myo_core::StepSimshape(solver);
-    benchmark::ClobberMemory();
+  double ns = 0.0;
+  {
+    const myo_bench::OmpThreads team(threads);
+    const myo_bench::LoopClock clock;
+    for (auto _ : state) {
+      myo_core::StepSimshape(solver);
+      benchmark::ClobberMemory();
+    }
+    ns = clock.Nanoseconds() / static_cast<double>(state.iterations());
   }
-  const double ns = clock.Nanoseconds() / static_cast<double>(state.iterations());
-  omp_set_num_threads(saved);
 
   const uint32_t n = solver.point_count_;
   state.counters["points"] = n;
-  state.counters["ms_per_step"] = ns * 1e-6;
   state.counters["ns_per_point"] = ns / n;
   StepMs()[{cells, threads, with_collider}] = ns * 1e-6;
   if (with_collider) {
@@ -131,18 +133,10 @@ void BM_ShapeStep(benchmark::State& state) {
       state.counters["ns_per_collision_row"] =
           (ns - plain->second * 1e6) / (static_cast<double>(n) * solver.iterations_);
   }
-  const auto single = StepMs().find({cells, 1, with_collider});
-  if (threads > 1 && single != StepMs().end()) state.counters["speedup"] = single->second / (ns * 1e-6);
+  myo_bench::ReportStep(state, "shape" + std::to_string(cells) + (with_collider ? "c" : ""), threads, ns * 1e-6);
 }
 BENCHMARK(BM_ShapeStep)
-    ->Args({99, 1, 0})
-    ->Args({99, 2, 0})
-    ->Args({99, 1, 1})
-    ->Args({99, 2, 1})
-    ->Args({315, 1, 0})
-    ->Args({315, 2, 0})
-    ->Args({315, 1, 1})
-    ->Args({315, 2, 1})
+    ->Apply([](auto* b) { myo_bench::ArgsWithThreads(b, {{99, 0}, {99, 1}, {315, 0}, {315, 1}}); })
     ->Unit(benchmark::kMillisecond);
 
 // The whole build (InitSimshape) of about 100k points with the collider, on

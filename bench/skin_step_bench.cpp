@@ -1,8 +1,8 @@
 // Cost of the skin step on square grids of about 10k and 100k points over a
 // reference grid, 3 iterations, with distance, shape and Uber rows (hard,
-// soft and slide blended, Fast sliding), on 1 and 2 threads; and of the
-// 100k skin with the default maps on 2 threads. The 2-thread
-// runs report their speed-up over the 1-thread run of the same size. The
+// soft and slide blended, Fast sliding), on 1, 2 and all threads; and of the
+// 100k skin with the default maps on 2 threads. The runs on more than one
+// thread report their speed-up over the 1-thread run of the same size. The
 // plug-in's process runs OpenMP with OMP_WAIT_POLICY=PASSIVE; run the
 // benchmark so too, or spinning threads distort the 2-thread figures on a
 // loaded machine.
@@ -12,9 +12,11 @@
 
 #include <map>
 #include <memory>
+#include <string>
 #include <utility>
 
 #include "bench/support/loop_clock.h"
+#include "bench/support/thread_runs.h"
 #include "scenes/skin_setup.h"
 
 namespace {
@@ -46,38 +48,23 @@ myo_scenes::SkinScene& SkinWithCells(uint32_t cells, bool default_maps = false) 
   return *scene;
 }
 
-// Milliseconds per step of the 1-thread run, by grid size.
-std::map<uint32_t, double>& SingleThreadMs() {
-  static std::map<uint32_t, double> ms;
-  return ms;
-}
-
 // range(0): cells per side; range(1): OpenMP threads.
 void BM_SkinStep(benchmark::State& state) {
   const uint32_t cells = static_cast<uint32_t>(state.range(0));
   const int threads = static_cast<int>(state.range(1));
   myo_core::SkinSolver& solver = SkinWithCells(cells).solver;
-  const int saved = omp_get_max_threads();
-  omp_set_num_threads(threads);
+  const myo_bench::OmpThreads team(threads);
   const myo_bench::LoopClock clock;
   for (auto _ : state) {
     myo_core::StepSkin(solver);
     benchmark::ClobberMemory();
   }
-  const double ms = clock.Nanoseconds() / state.iterations() * 1e-6;
-  omp_set_num_threads(saved);
-
   state.counters["points"] = solver.point_count_;
-  state.counters["ms_per_step"] = ms;
-  if (threads == 1) SingleThreadMs()[cells] = ms;
-  const auto single = SingleThreadMs().find(cells);
-  if (threads > 1 && single != SingleThreadMs().end()) state.counters["speedup"] = single->second / ms;
+  myo_bench::ReportStep(state, "skin" + std::to_string(cells), threads,
+                        clock.Nanoseconds() / state.iterations() * 1e-6);
 }
 BENCHMARK(BM_SkinStep)
-    ->Args({99, 1})
-    ->Args({99, 2})
-    ->Args({315, 1})
-    ->Args({315, 2})
+    ->Apply([](auto* b) { myo_bench::ArgsWithThreads(b, {{99}, {315}}); })
     ->Unit(benchmark::kMillisecond);
 
 // The skin as it comes out of the box: the default maps, so no shape rows,

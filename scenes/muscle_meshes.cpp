@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
+#include <vector>
 
 namespace myo_scenes {
 
@@ -52,6 +54,51 @@ PolygonMesh MakeSpindleWithPoints(uint32_t target_points, float length, float ra
   uint32_t segments = static_cast<uint32_t>(std::max(3.0, std::round(std::sqrt(n / ratio))));
   uint32_t rings = static_cast<uint32_t>(std::max(1.0, std::round((n - 2.0) / segments)));
   return MakeSpindle(rings, segments, length, radius);
+}
+
+PolygonMesh MakeCubeSphere(uint32_t n, float radius) {
+  PolygonMesh mesh;
+  n = std::max(n, 1u);
+  const uint32_t side = n + 1;
+  // Points are numbered as the faces first use them, so that the points of a
+  // face lie together in memory, as in a mesh modelled face by face.
+  std::vector<int32_t> index(static_cast<std::size_t>(side) * side * side, -1);
+  auto point = [&](const uint32_t c[3]) {
+    int32_t& id = index[(c[2] * side + c[1]) * side + c[0]];
+    if (id < 0) {
+      id = static_cast<int32_t>(mesh.points.size() / 3);
+      const double v[3] = {2.0 * c[0] / n - 1.0, 2.0 * c[1] / n - 1.0, 2.0 * c[2] / n - 1.0};
+      const double length = std::sqrt(v[0] * v[0] + v[1] * v[1] + v[2] * v[2]);
+      for (double x : v) mesh.points.push_back(static_cast<float>(radius * x / length));
+    }
+    return id;
+  };
+  // Each face: the axis it faces along, its side, and the two axes that span
+  // it in the order that makes the quads face outward.
+  for (uint32_t axis = 0; axis < 3; ++axis)
+    for (uint32_t high = 0; high < 2; ++high) {
+      uint32_t u_axis = (axis + 1) % 3, v_axis = (axis + 2) % 3;
+      if (high == 0) std::swap(u_axis, v_axis);
+      for (uint32_t v = 0; v < n; ++v)
+        for (uint32_t u = 0; u < n; ++u) {
+          auto corner = [&](uint32_t du, uint32_t dv) {
+            uint32_t c[3];
+            c[axis] = high ? n : 0;
+            c[u_axis] = u + du;
+            c[v_axis] = v + dv;
+            return point(c);
+          };
+          mesh.vertex_counts.push_back(4);
+          for (const auto& [du, dv] : {std::pair{0u, 0u}, {1u, 0u}, {1u, 1u}, {0u, 1u}})
+            mesh.vertices.push_back(corner(du, dv));
+        }
+    }
+  return mesh;
+}
+
+PolygonMesh MakeCubeSphereWithPoints(uint32_t target_points, float radius) {
+  const double n = std::sqrt(std::max(8.0, static_cast<double>(target_points) - 2.0) / 6.0);
+  return MakeCubeSphere(static_cast<uint32_t>(std::max(1.0, std::round(n))), radius);
 }
 
 PolygonMesh MakeGrid(uint32_t nx, uint32_t nz, float size_x, float size_z) {

@@ -99,8 +99,8 @@ TEST(DistanceRowsTest, ScheduledRowsGiveTheBitsOfTableOrder) {
   // are both fully attracted is skipped, its multiplier left alone.
   std::vector<float> attraction(n);
   for (uint32_t i = 0; i < n; ++i) attraction[i] = i % 3 == 0 ? 1.0f : (i % 3 == 1 ? 0.5f : 1.5f);
+  PrepareDistanceRows(group);
   for (const float* pull : {static_cast<const float*>(nullptr), static_cast<const float*>(attraction.data())}) {
-    std::vector<float> scheduled = start, scheduled_lambdas = lambdas;
     std::vector<float> table = start, table_lambdas = lambdas;
     uint32_t skipped = 0;
     const auto fully_attracted = [&](uint32_t a, uint32_t b) {
@@ -108,15 +108,21 @@ TEST(DistanceRowsTest, ScheduledRowsGiveTheBitsOfTableOrder) {
       skipped += skip ? 1 : 0;
       return skip;
     };
-    for (int iteration = 0; iteration < 3; ++iteration) {
-      SolveDistanceRows(group, 0.05f, scheduled.data(), scheduled_lambdas.data(), pull);
+    for (int iteration = 0; iteration < 3; ++iteration)
       myo_test::PlainDistanceRows(group, 0.05f, table.data(), table_lambdas.data(), fully_attracted);
-    }
     EXPECT_NE(table, start);
-    EXPECT_EQ(scheduled, table);
-    EXPECT_EQ(scheduled_lambdas, table_lambdas);
     if (pull != nullptr) {
       EXPECT_GT(skipped, 30u);
+    }
+    for (int threads = 1; threads <= 4; ++threads) {
+      myo_test::ScopedLevelThreads team(threads);
+      std::vector<float> scheduled = start, scheduled_lambdas = lambdas;
+      for (int iteration = 0; iteration < 3; ++iteration)
+        SolveDistanceRows(group, 0.05f, scheduled.data(), scheduled_lambdas.data(), pull);
+      EXPECT_TRUE(myo_test::SameBits(scheduled, table)) << threads << " threads";
+      EXPECT_TRUE(myo_test::SameBits(myo_test::InTableOrder(scheduled_lambdas, group.lambda_base_, group.schedule_),
+                                     table_lambdas))
+          << threads << " threads";
     }
   }
 }

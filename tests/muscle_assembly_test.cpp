@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <memory>
 #include <vector>
 
 #include "core/kernels/edge_constraints_build.h"
@@ -12,6 +13,7 @@
 #include "scenes/muscle_meshes.h"
 #include "scenes/muscle_setup.h"
 #include "support/log_capture.h"
+#include "support/solver_runs.h"
 #include "support/test_geometry.h"
 
 using namespace myo_core;
@@ -143,6 +145,83 @@ TEST(ComputeFibersTest, DiffusionStopsOnMeshesTendonsCannotReach) {
   ASSERT_EQ(edges.fibers_.size(), 18u);
   EXPECT_NE(edges.fibers_[0], 0.0f);
   EXPECT_EQ(std::vector<float>(edges.fibers_.begin() + 9, edges.fibers_.end()), std::vector<float>(9, 0.0f));
+}
+
+// The diffusion runs over the levels of the edge schedule: the fibers of
+// table order for any number of threads.
+TEST(ComputeFibersTest, DiffusionOverLevelsGivesTheFibersOfTableOrder) {
+  MeshData mesh = SpindleData(12, 10);
+  MapStore maps;
+  std::vector<float> tendons(mesh.PointCount(), 0.0f);
+  for (uint32_t i : EndPoints(mesh.points)) tendons[i] = 1.0f;
+  maps.SetAll("tendonsList", "tendons", 0, tendons);
+  MuscleScene scene;
+  InitializeSolver(mesh, maps, MuscleAssemblyInputs{}, scene.node, scene.solver);
+  EdgeConstraints scheduled = *scene.solver.edge_constraints_;
+  EdgeConstraints table = scheduled;
+  table.schedule_.clear();
+  ComputeFibersFromTendons(table, mesh.PointCount());
+  ASSERT_NE(table.fibers_, std::vector<float>(table.fibers_.size(), 0.0f));
+  for (int threads = 1; threads <= 4; ++threads) {
+    myo_test::ScopedLevelThreads team(threads);
+    ComputeFibersFromTendons(scheduled, mesh.PointCount());
+    EXPECT_TRUE(myo_test::SameBits(scheduled.fibers_, table.fibers_)) << threads << " threads";
+  }
+}
+
+// A rebuild keeps the tendons' diffusion and the closest-point query of the
+// last build while their inputs stay the same, and gives the tables of a
+// first build from the same points; a changed map or mesh is taken anew.
+TEST(MuscleAssemblyTest, ARebuildReusesOnlyWhatItsInputsLeaveUnchanged) {
+  const MeshData mesh = SpindleData(10, 12);
+  const uint32_t n = mesh.PointCount();
+  MapStore maps;
+  std::vector<float> tendons(n, 0.0f);
+  for (uint32_t i : EndPoints(mesh.points)) tendons[i] = 1.0f;
+  maps.SetAll("tendonsList", "tendons", 0, tendons);
+  MuscleAssemblyInputs later;
+  later.reset_positions = false;
+
+  MuscleScene muscle;
+  MapStore muscle_maps = maps;
+  InitializeSolver(mesh, muscle_maps, MuscleAssemblyInputs{}, muscle.node, muscle.solver);
+  std::vector<float> settled = muscle.solver.positions_;  // as a preroll might leave them
+  for (std::size_t k = 0; k < settled.size(); ++k) settled[k] += 0.05f * std::sin(static_cast<float>(k));
+
+  // A first build on the settled points, the host's mesh and the given maps.
+  const auto first_build = [&](const MeshData& host_mesh, const MapStore& first_maps) {
+    auto scene = std::make_unique<MuscleScene>();
+    MapStore copy = first_maps;
+    scene->solver.positions_ = settled;
+    scene->solver.previous_positions_ = settled;
+    InitializeSolver(host_mesh, copy, later, scene->node, scene->solver);
+    return scene;
+  };
+  const auto expect_same_tables = [](const MuscleScene& a, const MuscleScene& b, const char* what) {
+    const EdgeConstraints &x = *a.solver.edge_constraints_, &y = *b.solver.edge_constraints_;
+    EXPECT_TRUE(myo_test::SameBits(x.fibers_, y.fibers_)) << what;
+    EXPECT_TRUE(myo_test::SameBits(x.edge_fibers_, y.edge_fibers_)) << what;
+    EXPECT_TRUE(myo_test::SameBits(x.fiber_bary_u_, y.fiber_bary_u_)) << what;
+    EXPECT_EQ(x.fiber_triangles_, y.fiber_triangles_) << what;
+  };
+
+  muscle.solver.positions_ = muscle.solver.previous_positions_ = settled;
+  InitializeSolver(mesh, muscle_maps, later, muscle.node, muscle.solver);
+  expect_same_tables(muscle, *first_build(mesh, maps), "same inputs");
+
+  tendons.assign(n, 0.0f);
+  tendons[n / 2] = 1.0f;
+  maps.SetAll("tendonsList", "tendons", 0, tendons);
+  muscle_maps.SetAll("tendonsList", "tendons", 0, tendons);
+  muscle.solver.positions_ = muscle.solver.previous_positions_ = settled;
+  InitializeSolver(mesh, muscle_maps, later, muscle.node, muscle.solver);
+  expect_same_tables(muscle, *first_build(mesh, maps), "a new tendon map");
+
+  MeshData moved = mesh;
+  for (float& coordinate : moved.points) coordinate *= 1.2f;
+  muscle.solver.positions_ = muscle.solver.previous_positions_ = settled;
+  InitializeSolver(moved, muscle_maps, later, muscle.node, muscle.solver);
+  expect_same_tables(muscle, *first_build(moved, maps), "a moved mesh");
 }
 
 TEST(MuscleAssemblyTest, MassesByDensityUseTheMeshVolume) {

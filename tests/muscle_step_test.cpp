@@ -7,9 +7,11 @@
 #include <vector>
 
 #include "core/kernels/volume_constraint.h"
+#include "core/solver/solver_stages.h"
 #include "scenes/muscle_meshes.h"
 #include "core/solver/stop_request.h"
 #include "scenes/muscle_setup.h"
+#include "support/solver_runs.h"
 
 using namespace myo_core;
 using namespace myo_scenes;
@@ -38,7 +40,54 @@ float Extent(const std::vector<float>& points, int axis) {
   return high - low;
 }
 
+// The step of a muscle without attachments or targets, every group in table
+// order on one thread.
+void PlainStep(MuscleFamilySolver& solver, VolumeConstraint* volume) {
+  BeginStep(solver);
+  const EdgeConstraints& edges = *solver.edge_constraints_;
+  for (uint32_t iteration = 0; iteration < solver.iterations_; ++iteration) {
+    myo_test::PlainEdgeRows(edges, solver.compliance_, ClampRestActivation(edges.rest_activation_),
+                            solver.positions_.data(), solver.lambdas_.data());
+    myo_test::PlainShapeRows(*solver.shape_constraints_, solver.positions_.data(), solver.lambdas_.data());
+    if (volume != nullptr) myo_test::PlainVolumeRow(*volume, solver.compliance_, solver.positions_, solver.lambdas_);
+  }
+  EndStep(solver);
+}
+
 }  // namespace
+
+// Levels of rows over the threads, the volume's terms over the threads: the
+// bits of the plain step for the muscle and the ribbon (no volume row) on any
+// number of threads, built on those threads.
+TEST(MuscleStepTest, MatchesThePlainStepBitForBitOnAnyThreadCount) {
+  MuscleSetupOptions options;
+  options.shape_preservation = 0.7f;
+  options.tendon_ends = 1.0f;
+  FrameSettings frame;
+  frame.activation = 0.3f;
+  frame.global_damping = 0.1f;
+  frame.iterations = 4;
+  for (bool with_volume : {true, false}) {
+    for (int threads = 1; threads <= 4; ++threads) {
+      SCOPED_TRACE(testing::Message() << (with_volume ? "muscle" : "ribbon") << ", threads " << threads);
+      myo_test::ScopedLevelThreads team(threads);
+      MuscleScene fast, plain;
+      Assemble(fast, MakeCubeSphere(30, 4.0f), options);
+      Assemble(plain, MakeCubeSphere(30, 4.0f), options);
+      ASSERT_GT(fast.solver.volume_constraint_->triangles_.size() / 3, 8192u);  // the volume's threaded path
+      for (int step = 0; step < 3; ++step) {
+        ApplyFrameSettings(frame, fast.solver);
+        ApplyFrameSettings(frame, plain.solver);
+        StepMuscleFamily(fast.solver, with_volume ? fast.solver.volume_constraint_.get() : nullptr);
+        PlainStep(plain.solver, with_volume ? plain.solver.volume_constraint_.get() : nullptr);
+      }
+      EXPECT_TRUE(myo_test::SameBits(fast.solver.positions_, plain.solver.positions_));
+      EXPECT_TRUE(myo_test::SameBits(fast.solver.velocities_, plain.solver.velocities_));
+      EXPECT_NE(fast.solver.positions_, fast.mesh.points);
+      EXPECT_EQ(fast.solver.lambdas_, std::vector<float>(fast.solver.lambdas_.size(), 0.0f));
+    }
+  }
+}
 
 TEST(MuscleStepTest, AMeshAtRestStaysAtRest) {
   MuscleScene scene;

@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstring>
 #include <random>
 #include <vector>
 
@@ -40,26 +39,27 @@ TEST(RowScheduleTest, ScheduledRowsGiveTheBitsOfTableOrder) {
 
   std::vector<float> table_positions = solver.positions_, table_lambdas(solver.lambdas_.size(), 0.0f);
   for (int iteration = 0; iteration < 3; ++iteration) {
-    for (uint32_t e = 0; e < edges.RowCount(); ++e) {
-      const uint32_t i = edges.edge_start_[e], j = edges.edge_end_[e];
-      SolveEdgeConstraint(edges.lambda_base_ + e, e, i, j, edges.inverse_masses_[i], edges.inverse_masses_[j], 0.01f,
-                          edges.activation_, edges.rest_activation_, edges.rest_length_multiplier_,
-                          std::min(1.0f, edges.edge_compression_[e] * edges.compression_multiplier_),
-                          std::min(1.0f, edges.edge_stretching_[e] * edges.stretching_multiplier_),
-                          edges.rest_vectors_.data(), edges.edge_fibers_.data(), table_positions.data(),
-                          table_lambdas.data());
-    }
+    myo_test::PlainEdgeRows(edges, 0.01f, edges.rest_activation_, table_positions.data(), table_lambdas.data());
     myo_test::PlainShapeRows(shape, table_positions.data(), table_lambdas.data());
   }
 
+  // Rows of a level shared out over any number of threads: still the bits
+  // of table order, with each group's multipliers in solving order.
   PrepareEdgeRows(edges, edges.rest_activation_);
-  for (int iteration = 0; iteration < 3; ++iteration) {
-    SolveEdgeRows(edges, 0.01f, solver.positions_.data(), solver.lambdas_.data());
-    SolveShapeRows(shape, solver.positions_.data(), solver.lambdas_.data());
+  PrepareShapeRows(shape);
+  const std::vector<float> start = solver.positions_, no_lambdas(solver.lambdas_.size(), 0.0f);
+  for (int threads = 1; threads <= 4; ++threads) {
+    myo_test::ScopedLevelThreads team(threads);
+    std::vector<float> positions = start, lambdas = no_lambdas;
+    for (int iteration = 0; iteration < 3; ++iteration) {
+      SolveEdgeRows(edges, 0.01f, positions.data(), lambdas.data());
+      SolveShapeRows(shape, positions.data(), lambdas.data());
+    }
+    EXPECT_TRUE(myo_test::SameBits(positions, table_positions)) << threads << " threads";
+    lambdas = myo_test::InTableOrder(lambdas, edges.lambda_base_, edges.schedule_);
+    lambdas = myo_test::InTableOrder(lambdas, shape.lambda_base_, shape.schedule_);
+    EXPECT_TRUE(myo_test::SameBits(lambdas, table_lambdas)) << threads << " threads";
   }
-  ASSERT_EQ(table_positions.size(), solver.positions_.size());
-  EXPECT_EQ(0, std::memcmp(table_positions.data(), solver.positions_.data(), 4 * table_positions.size()));
-  EXPECT_EQ(0, std::memcmp(table_lambdas.data(), solver.lambdas_.data(), 4 * table_lambdas.size()));
 }
 
 // Windows level runs of rows one after the other: whatever the window, a row

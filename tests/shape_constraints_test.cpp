@@ -103,6 +103,7 @@ TEST(ShapeComplianceTest, AnOverrideStiffnessOfZeroSwitchesTheGroupOff) {
   group.rest_distances_ = {0.0f};
   group.inverse_masses_ = {1, 1, 1};
   std::vector<float> positions{0, 0, 0, 1, 0.3f, 0, 2, 0, 0}, lambdas{0.0f};
+  PrepareShapeRows(group);
   SolveShapeRows(group, positions.data(), lambdas.data());
   EXPECT_EQ(positions[4], 0.3f);
   group.disabled_ = false;

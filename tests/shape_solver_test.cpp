@@ -127,10 +127,10 @@ TEST(ShapeStepTest, MatchesThePlainStepBitForBitAndTheColliderHoldsThePointsUp) 
     for (int threads : {1, 2, 3}) {
       SCOPED_TRACE("collider " + std::to_string(with_collider) + ", threads " + std::to_string(threads));
       const ShapeSetupOptions options = StepOptions(with_collider, threads);
+      myo_test::ScopedLevelThreads scoped(threads);  // windowed schedules on one thread, levels shared on more
       ShapeScene fast, plain;
       AssemblePainted(options, fast);
       AssemblePainted(options, plain);
-      myo_test::ScopedThreads scoped(threads);
       ShapeFrameSettings frame;
       frame.stiffness = 20000.0f;
       frame.iterations = 4;

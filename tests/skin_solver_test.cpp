@@ -129,6 +129,9 @@ TEST(SkinStepTest, MatchesThePlainStepBitForBitOnAnyThreadCount) {
     options.shape_preservation = 0.5f;
     options.max_sliding_distance = 0.45f;
     options.thread_count = c.blocks;
+    // Built and stepped on the case's threads: windowed schedules on one,
+    // whole-table levels shared out over the threads on more.
+    myo_test::ScopedLevelThreads threads(c.threads);
     SkinScene fast, plain;
     Assemble(options, fast);
     Assemble(options, plain);
@@ -139,7 +142,6 @@ TEST(SkinStepTest, MatchesThePlainStepBitForBitOnAnyThreadCount) {
       solver->world_matrix_ = world;
       solver->world_matrix_inverse_ = InvertMatrix(world);
     }
-    myo_test::ScopedThreads threads(c.threads);
     myo_scenes::SkinFrameSettings frame;
     frame.sliding_mode = c.mode;
     frame.iterations = c.iterations;

@@ -302,6 +302,7 @@ struct FallingCloth {
     const std::vector<float> attraction(n, 0.0f);
     const Matrix identity = myo_core::IdentityMatrix();
     std::vector<float> velocities(3 * n, 0.0f);
+    myo_core::PrepareDistanceRows(distances);
     for (int step = 0; step < 24; ++step) {
       const std::vector<float> previous = positions;
       for (uint32_t i = 0; i < n; ++i) {

@@ -5,6 +5,8 @@
 
 #include "core/kernels/volume_constraint.h"
 #include "core/muscle/mesh_volume.h"
+#include "scenes/muscle_meshes.h"
+#include "support/solver_runs.h"
 
 using namespace myo_core;
 
@@ -15,8 +17,7 @@ struct Tetrahedron {
   std::vector<float> positions{0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0, 1};
   std::vector<int32_t> triangles{0, 2, 1, 0, 1, 3, 0, 3, 2, 1, 2, 3};
   std::vector<float> inverse_masses{1, 1, 1, 1};
-  std::vector<float> lambdas{0.0f};
-  std::vector<float> gradients;
+  std::vector<float> lambdas;
 };
 
 }  // namespace
@@ -37,33 +38,76 @@ TEST(VolumeTest, ARestMeshIsLeftAloneWithItsMultiplier) {
   ASSERT_EQ(lambdas.size(), 1u);
   lambdas[0] = 0.5f;
   const std::vector<float> before = t.positions;
-  SolveVolumeConstraint(0, volume.rest_volume_, 1.0f, 1.0f, 0.0f, volume.inverse_masses_, volume.triangles_,
-                        t.positions, lambdas, volume.gradients_);
+  SolveVolumeConstraint(volume, 0.0f, t.positions, lambdas);
   EXPECT_EQ(t.positions, before);
   EXPECT_EQ(lambdas[0], 0.5f);
 }
 
 TEST(VolumeTest, RatioScalesTheGoalAndPreservationTheMove) {
-  Tetrahedron t;
-  const float rest = SixTimesVolume(t.triangles, t.positions.data());
+  // A volume row of the tetrahedron asking for twice its rest sum.
+  const auto doubling = [](Tetrahedron& t, float preservation) {
+    VolumeConstraint volume;
+    BuildVolumeConstraint(t.triangles, t.positions, 4, t.lambdas, volume);
+    volume.lambda_base_ = 0;
+    volume.volume_ratio_ = 2.0f;
+    volume.volume_preservation_ = preservation;
+    volume.inverse_masses_ = t.inverse_masses;
+    return volume;
+  };
   // A rigid solve towards twice the rest sum gets close in a few iterations.
-  for (int iteration = 0; iteration < 5; ++iteration)
-    SolveVolumeConstraint(0, rest, 1.0f, 2.0f, 0.0f, t.inverse_masses, t.triangles, t.positions, t.lambdas,
-                          t.gradients);
+  Tetrahedron t;
+  VolumeConstraint volume = doubling(t, 1.0f);
+  for (int iteration = 0; iteration < 5; ++iteration) SolveVolumeConstraint(volume, 0.0f, t.positions, t.lambdas);
   EXPECT_NEAR(SixTimesVolume(t.triangles, t.positions.data()), 2.0f, 1e-3f);
 
   // Preservation 0: the multiplier moves, the points do not.
   Tetrahedron still;
   const std::vector<float> before = still.positions;
-  SolveVolumeConstraint(0, rest, 0.0f, 2.0f, 0.0f, still.inverse_masses, still.triangles, still.positions,
-                        still.lambdas, still.gradients);
+  VolumeConstraint still_volume = doubling(still, 0.0f);
+  SolveVolumeConstraint(still_volume, 0.0f, still.positions, still.lambdas);
   EXPECT_EQ(still.positions, before);
   EXPECT_NE(still.lambdas[0], 0.0f);
 
   // A point of zero weight does not move.
   Tetrahedron pinned;
   pinned.inverse_masses[3] = 0.0f;
-  SolveVolumeConstraint(0, rest, 1.0f, 2.0f, 0.0f, pinned.inverse_masses, pinned.triangles, pinned.positions,
-                        pinned.lambdas, pinned.gradients);
+  VolumeConstraint pinned_volume = doubling(pinned, 1.0f);
+  SolveVolumeConstraint(pinned_volume, 0.0f, pinned.positions, pinned.lambdas);
   EXPECT_EQ(pinned.positions[11], 1.0f);
+}
+
+
+// Terms formed over the threads, sums added in order: the bits of one pass,
+// for any number of threads, on a mesh large enough to be shared out. A
+// triangle that names one point twice adds to it in corner order.
+TEST(VolumeTest, ThreadedRowGivesTheBitsOfOnePass) {
+  const myo_core::PolygonMesh sphere = myo_scenes::MakeCubeSphere(40, 3.0f);
+  std::vector<int32_t> triangles;
+  for (std::size_t q = 0; q < sphere.vertex_counts.size(); ++q) {
+    const int32_t* v = sphere.vertices.data() + 4 * q;
+    triangles.insert(triangles.end(), {v[0], v[1], v[2], v[0], v[2], v[3]});
+  }
+  triangles.insert(triangles.end(), {5, 5, 9});
+  const uint32_t n = static_cast<uint32_t>(sphere.points.size() / 3);
+  std::vector<float> start = sphere.points;
+  for (std::size_t k = 0; k < start.size(); ++k) start[k] *= 1.0f + 0.05f * std::sin(static_cast<float>(k) * 0.37f);
+
+  std::vector<float> rest_lambdas;
+  VolumeConstraint volume;
+  BuildVolumeConstraint(triangles, sphere.points, n, rest_lambdas, volume);
+  ASSERT_GT(triangles.size() / 3, 8192u);
+  volume.volume_ratio_ = 1.1f;
+  volume.volume_preservation_ = 0.8f;
+  for (uint32_t i = 0; i < n; ++i) volume.inverse_masses_[i] = i % 11 == 0 ? 0.0f : 1.0f / (1.0f + (i % 5));
+
+  std::vector<float> plain = start, plain_lambdas = rest_lambdas;
+  for (int iteration = 0; iteration < 3; ++iteration) myo_test::PlainVolumeRow(volume, 1e-4f, plain, plain_lambdas);
+  ASSERT_NE(plain, start);
+  for (int threads = 1; threads <= 4; ++threads) {
+    myo_test::ScopedThreads team(threads);
+    std::vector<float> threaded = start, lambdas = rest_lambdas;
+    for (int iteration = 0; iteration < 3; ++iteration) SolveVolumeConstraint(volume, 1e-4f, threaded, lambdas);
+    EXPECT_TRUE(myo_test::SameBits(threaded, plain)) << threads << " threads";
+    EXPECT_TRUE(myo_test::SameBits(lambdas, plain_lambdas)) << threads << " threads";
+  }
 }

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "core/kernels/constraint_group.h"
+#include "core/kernels/length_rows.h"
 #include "core/math/vec3.h"
 
 namespace myo_core {
@@ -30,6 +31,7 @@ struct DistanceConstraints : ConstraintGroup {
 
   std::vector<uint32_t> schedule_;         // E, solving order (BuildDistanceConstraints)
   std::vector<uint32_t> schedule_levels_;  // levels + 1, ranges of independent rows in schedule_
+  std::vector<LengthRow> frame_rows_;      // E, per-step values in solving order (PrepareDistanceRows)
 
   uint32_t RowCount() const { return static_cast<uint32_t>(rest_lengths_.size()); }
 };
@@ -62,14 +64,17 @@ inline void SolveDistanceConstraint(uint32_t row, uint32_t a, uint32_t b, float 
 // multiplier, capped at 1.
 inline float DistanceResistance(float weight, float multiplier) { return std::min(1.0f, weight * multiplier); }
 
-// Runs every row once with the group's weights and multipliers and the
-// solver's compliance. Rows run in the schedule's order, which gives the same
-// result as table order (see RowSchedule); the rows of one level share no
-// point, so they are solved several at a time with the arithmetic of
-// SolveDistanceConstraint in every lane. A table without a schedule runs in
-// table order. With `attraction` (N, the shape solver's pull of this step), a
-// row whose two ends are both at attraction 1 or more is skipped and its
-// multiplier left alone.
+// Forms the values of each row that stay fixed during a step (target length,
+// the two resistances capped at 1), in solving order; run once per step
+// before SolveDistanceRows. A table without a schedule runs in table order.
+void PrepareDistanceRows(DistanceConstraints& group);
+
+// Runs every row once with the values of PrepareDistanceRows and the
+// solver's compliance (see SolveLengthRows), with the result of running
+// them in table order. With `attraction` (N, the shape solver's pull of this
+// step), a row whose two ends are both at attraction 1 or more is skipped
+// and its multiplier left alone. During a step the multiplier of the row at
+// place k of the schedule stands at lambda_base_ + k.
 void SolveDistanceRows(const DistanceConstraints& group, float compliance, float* positions, float* lambdas,
                        const float* attraction = nullptr);
 

@@ -7,18 +7,10 @@
 #include <vector>
 
 #include "core/kernels/constraint_group.h"
+#include "core/kernels/length_rows.h"
 #include "core/math/vec3.h"
 
 namespace myo_core {
-
-// What one edge row needs during a step, packed in solving order.
-struct EdgeRowFrame {
-  uint32_t i, j;        // end points
-  uint32_t lambda_row;  // the row's multiplier
-  float target;         // activated rest length of this step
-  float compression;    // min(1, mean resistance times multiplier)
-  float stretching;
-};
 
 struct EdgeConstraints : ConstraintGroup {
   // inverse_masses_: N, 1 / mass of each point, 1 at construction.
@@ -51,7 +43,7 @@ struct EdgeConstraints : ConstraintGroup {
 
   std::vector<uint32_t> schedule_;          // E, solving order (ScheduleEdgeRows)
   std::vector<uint32_t> schedule_levels_;   // levels + 1, ranges of independent rows in schedule_
-  std::vector<EdgeRowFrame> frame_rows_;    // E, per-step values in solving order (PrepareEdgeRows)
+  std::vector<LengthRow> frame_rows_;       // E, per-step values in solving order (PrepareEdgeRows)
 
   uint32_t RowCount() const { return static_cast<uint32_t>(edge_start_.size()); }
 };
@@ -111,10 +103,10 @@ void ScheduleEdgeRows(EdgeConstraints& edges, uint32_t point_count);
 // and the two resistances capped at 1), in solving order.
 void PrepareEdgeRows(EdgeConstraints& edges, float rest_activation);
 
-// Runs every edge row once with the values of PrepareEdgeRows. Rows run in
-// the schedule's order, which gives the same result as table order; the rows
-// of one level share no point, so they are solved several at a time with the
-// arithmetic of SolveEdgeRow in every lane.
+// Runs every edge row once with the values of PrepareEdgeRows (see
+// SolveLengthRows), with the result of running them in table order. During a
+// step the multiplier of the row at place k of the schedule stands at
+// lambda_base_ + k; all are 0 again at the end of the step.
 void SolveEdgeRows(const EdgeConstraints& edges, float compliance, float* positions, float* lambdas);
 
 }  // namespace myo_core

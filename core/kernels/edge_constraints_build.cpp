@@ -4,6 +4,7 @@
 
 #include "core/log/logger.h"
 #include "core/log/stream_text.h"
+#include "core/solver/parallel_levels.h"
 
 namespace myo_core {
 
@@ -92,15 +93,19 @@ void BuildEdgeConstraints(const MeshData& mesh, MapPort& maps, uint32_t map_inde
   // otherwise the fibers follow from the tendons and are stored for the next.
   if (first_initialisation) node.consolidate_fibers_ = maps.ElementCount("fibersList", "fibers", 0) != n;
   if (node.consolidate_fibers_) {
-    ComputeFibersFromTendons(edges, n);
+    ComputeFibersFromTendons(edges, n, &node.diffused_tendons_);
     maps.WriteVectors("fibersList", "fibers", FiberChildren(), 0, edges.fibers_);
   } else {
     maps.ReadVectors("fibersList", "fibers", FiberChildren(), 0, n, 0.0f, edges.fibers_);
   }
 
-  for (uint32_t i = 0; i < n; ++i) {
+  // Each point's projection reads the shared query and writes its own
+  // entries only.
+#pragma omp parallel for schedule(static) if (n >= kParallelPrepareRows)
+  for (int64_t i = 0; i < static_cast<int64_t>(n); ++i) {
+    const uint32_t point = static_cast<uint32_t>(i);
     float fiber[3] = {edges.fibers_[3 * i], edges.fibers_[3 * i + 1], edges.fibers_[3 * i + 2]};
-    ProjectVertexFiber(i, fiber, node, solver, edges);
+    ProjectVertexFiber(point, fiber, node, solver, edges);
   }
   for (uint32_t e = 0; e < edge_count; ++e) {
     const Vec3 mean = (Load3(edges.fibers_.data(), edges.edge_start_[e]) +
@@ -109,28 +114,63 @@ void BuildEdgeConstraints(const MeshData& mesh, MapPort& maps, uint32_t map_inde
   }
 }
 
-void ComputeFibersFromTendons(EdgeConstraints& edges, uint32_t point_count) {
-  edges.fibers_.assign(3 * point_count, 0.0f);
+namespace {
+
+// One diffusion pass: for every edge in table order, in place, each end takes
+// a quarter of the other's value (the start first, then the end with the
+// start's new value). Rows of one level of the schedule share no point, so
+// the levels run over the threads with the result of table order.
+void DiffusionPass(const EdgeConstraints& edges, std::vector<float>& t) {
+  float* values = t.data();
+  const int32_t* starts = edges.edge_start_.data();
+  const int32_t* ends = edges.edge_end_.data();
+  const auto diffuse = [&](uint32_t e) {
+    float& ta = values[starts[e]];
+    float& tb = values[ends[e]];
+    ta = tb * 0.25f + ta * 0.75f;
+    tb = ta * 0.25f + tb * 0.75f;
+  };
+  if (edges.schedule_.size() != edges.RowCount()) {
+    for (uint32_t e = 0; e < edges.RowCount(); ++e) diffuse(e);
+    return;
+  }
+  const uint32_t* order = edges.schedule_.data();
+  ForEachLevelChunk(edges.schedule_levels_, [&](uint32_t begin, uint32_t end) {
+    for (uint32_t k = begin; k < end; ++k) diffuse(order[k]);
+  });
+}
+
+// The tendon map diffused until every point carries some tendon value, or
+// none does. A pass that changes nothing is a fixed point: the count can no
+// longer change, so the loop ends there too (a part of the mesh that no
+// tendon reaches).
+std::vector<float> DiffuseTendons(const EdgeConstraints& edges, uint32_t point_count) {
   std::vector<float> t = edges.tendons_;  // N
   t.resize(point_count, 0.0f);
-  const uint32_t edge_count = edges.RowCount();
-
-  // Diffuse until every point carries some tendon value, or none does. A pass
-  // that changes nothing is a fixed point: the count can no longer change, so
-  // the loop ends there too (a part of the mesh that no tendon reaches).
   std::vector<float> before;
   for (;;) {
     before = t;
-    for (uint32_t e = 0; e < edge_count; ++e) {
-      float& ta = t[edges.edge_start_[e]];
-      float& tb = t[edges.edge_end_[e]];
-      ta = tb * 0.25f + ta * 0.75f;
-      tb = ta * 0.25f + tb * 0.75f;
-    }
+    DiffusionPass(edges, t);
     uint32_t below = 0;
     for (float value : t) below += value < 0.001f ? 1u : 0u;
     if (below == 0 || below == point_count) break;
     if (t == before) break;
+  }
+  return t;
+}
+
+}  // namespace
+
+void ComputeFibersFromTendons(EdgeConstraints& edges, uint32_t point_count, DiffusedTendons* cache) {
+  edges.fibers_.assign(3 * point_count, 0.0f);
+  const uint32_t edge_count = edges.RowCount();
+  std::vector<float> t;
+  if (cache != nullptr && cache->values.size() == point_count && cache->tendons == edges.tendons_ &&
+      cache->starts == edges.edge_start_ && cache->ends == edges.edge_end_) {
+    t = cache->values;
+  } else {
+    t = DiffuseTendons(edges, point_count);
+    if (cache != nullptr) *cache = DiffusedTendons{edges.tendons_, edges.edge_start_, edges.edge_end_, t};
   }
 
   for (uint32_t e = 0; e < edge_count; ++e) {

@@ -22,8 +22,10 @@ void BuildEdgeConstraints(const MeshData& mesh, MapPort& maps, uint32_t map_inde
 
 // Fibers as the gradient of the tendon map diffused over the edges, so that
 // they run from tendon to tendon through the belly. Fills fibers_ (3N), not
-// normalised.
-void ComputeFibersFromTendons(EdgeConstraints& edges, uint32_t point_count);
+// normalised. The diffusion runs over the levels of the edge schedule, with
+// the result of table order. With `cache`, a diffusion of the same map over
+// the same edges is taken from it, and a new one is kept in it.
+void ComputeFibersFromTendons(EdgeConstraints& edges, uint32_t point_count, DiffusedTendons* cache = nullptr);
 
 // Projects the fiber of point i onto the surface of the reference mesh and
 // scales it to its display length; stores it with the barycentric

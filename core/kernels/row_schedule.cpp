@@ -48,4 +48,13 @@ RowSchedule BuildRowSchedule(std::initializer_list<const std::vector<int32_t>*> 
   return schedule;
 }
 
+void TableOrderSchedule(uint32_t rows, std::vector<uint32_t>& order, std::vector<uint32_t>& level_offsets) {
+  order.resize(rows);
+  level_offsets.resize(static_cast<std::size_t>(rows) + 1);
+  for (uint32_t r = 0; r <= rows; ++r) {
+    if (r < rows) order[r] = r;
+    level_offsets[r] = r;
+  }
+}
+
 }  // namespace myo_core

@@ -26,6 +26,12 @@ struct RowSchedule {
 // every level several rows on a mesh.
 constexpr uint32_t kRowScheduleWindow = 4096;
 
+// The window of the tables a solver builds for `threads` threads: windows
+// of kRowScheduleWindow rows, whose levels touch few points, when one thread
+// runs every level; whole-table levels, the widest there are, when the rows
+// of a level are shared out over several threads.
+inline uint32_t RowScheduleWindowFor(int threads) { return threads > 1 ? 0u : kRowScheduleWindow; }
+
 // rows_points: the arrays of point indices of the rows, one array per corner
 // (e.g. starts and ends of edges), each of R entries. Indices outside
 // [0, point_count) make the row depend on everything before it.
@@ -38,5 +44,8 @@ constexpr uint32_t kRowScheduleWindow = 4096;
 // rows in table order.
 RowSchedule BuildRowSchedule(std::initializer_list<const std::vector<int32_t>*> rows_points,
                              uint32_t point_count, uint32_t window = 0);
+
+// The schedule of a table filled without one: table order, one row a level.
+void TableOrderSchedule(uint32_t rows, std::vector<uint32_t>& order, std::vector<uint32_t>& level_offsets);
 
 }  // namespace myo_core

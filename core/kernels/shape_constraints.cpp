@@ -1,8 +1,11 @@
 #include "core/kernels/shape_constraints.h"
 
+#include <omp.h>
+
 #include <algorithm>
 
 #include "core/kernels/row_schedule.h"
+#include "core/solver/parallel_levels.h"
 
 namespace myo_core {
 
@@ -59,9 +62,41 @@ void BuildShapeConstraints(ShapeConstraints& group, const std::vector<float>& po
     }
   }
   ReserveLambdaRows(lambdas, group.RowCount());
-  group.schedule_ = BuildRowSchedule({&group.first_points_, &group.centre_points_, &group.third_points_},
-                                     static_cast<uint32_t>(weights.size()), kRowScheduleWindow)
-                        .order;
+  RowSchedule schedule = BuildRowSchedule({&group.first_points_, &group.centre_points_, &group.third_points_},
+                                         static_cast<uint32_t>(weights.size()), RowScheduleWindowFor(omp_get_max_threads()));
+  group.schedule_ = std::move(schedule.order);
+  group.schedule_levels_ = std::move(schedule.level_offsets);
+}
+
+void PrepareShapeRows(ShapeConstraints& shape) {
+  const uint32_t rows = shape.RowCount();
+  if (shape.schedule_.size() != rows || shape.schedule_levels_.size() < 2)
+    TableOrderSchedule(rows, shape.schedule_, shape.schedule_levels_);
+  shape.frame_rows_.resize(rows);
+#pragma omp parallel for schedule(static) if (rows >= kParallelPrepareRows)
+  for (int64_t k = 0; k < static_cast<int64_t>(rows); ++k) {
+    const uint32_t r = shape.schedule_[k];
+    ShapeRow& row = shape.frame_rows_[k];
+    row.a = static_cast<uint32_t>(shape.first_points_[r]);
+    row.b = static_cast<uint32_t>(shape.centre_points_[r]);
+    row.c = static_cast<uint32_t>(shape.third_points_[r]);
+    row.lambda_row = shape.lambda_base_ + static_cast<uint32_t>(k);
+    row.rest = shape.rest_distances_[r];
+  }
+}
+
+void SolveShapeRows(const ShapeConstraints& shape, float* positions, float* lambdas) {
+  if (shape.disabled_) return;
+  const float* w = shape.inverse_masses_.data();
+  const ShapeRow* rows = shape.frame_rows_.data();
+  const float compliance = shape.group_compliance_;
+  ForEachLevelChunk(shape.schedule_levels_, [&](uint32_t begin, uint32_t end) {
+    for (uint32_t k = begin; k < end; ++k) {
+      const ShapeRow& row = rows[k];
+      SolveShapeConstraint(row.lambda_row, row.a, row.b, row.c, w[row.a], w[row.b], w[row.c], compliance, row.rest,
+                           positions, lambdas);
+    }
+  });
 }
 
 void SetShapeCompliance(ShapeConstraints& group, float dt_squared, float compliance,

@@ -11,6 +11,13 @@
 
 namespace myo_core {
 
+// What one shape row needs during a step, packed in solving order.
+struct ShapeRow {
+  uint32_t a, b, c;     // first, centre and third point
+  uint32_t lambda_row;  // the row's multiplier
+  float rest;           // centre to centroid at rest
+};
+
 struct ShapeConstraints : ConstraintGroup {
   // inverse_masses_: N, map "shapePreservation" over the mass.
   float group_compliance_ = 0.0f;       // compliance of this step
@@ -19,7 +26,9 @@ struct ShapeConstraints : ConstraintGroup {
   std::vector<int32_t> first_points_;   // R
   std::vector<int32_t> centre_points_;  // R
   std::vector<int32_t> third_points_;   // R
-  std::vector<uint32_t> schedule_;      // R, solving order (BuildShapeConstraints)
+  std::vector<uint32_t> schedule_;        // R, solving order (BuildShapeConstraints)
+  std::vector<uint32_t> schedule_levels_; // levels + 1, ranges of independent rows in schedule_
+  std::vector<ShapeRow> frame_rows_;      // R, per-step values in solving order (PrepareShapeRows)
 
   uint32_t RowCount() const { return static_cast<uint32_t>(centre_points_.size()); }
 };
@@ -49,24 +58,16 @@ MYO_LANE_INLINE void SolveShapeConstraint(uint32_t lambda_row, uint32_t a, uint3
   if (w_c >= kEpsilon) Store3(positions, c, Load3(positions, c) - n * (2.0f * w_c * delta));
 }
 
-// Runs every row once, unless the group is disabled. Rows run in the
-// schedule's order, which gives the same result as table order (see
-// RowSchedule) while neighbouring rows in it need not wait for each other;
-// a table without a schedule runs in table order.
-inline void SolveShapeRows(const ShapeConstraints& shape, float* positions, float* lambdas) {
-  if (shape.disabled_) return;
-  const uint32_t rows = shape.RowCount();
-  const bool scheduled = shape.schedule_.size() == rows;
-  const float* w = shape.inverse_masses_.data();
-  for (uint32_t k = 0; k < rows; ++k) {
-    const uint32_t r = scheduled ? shape.schedule_[k] : k;
-    const uint32_t a = static_cast<uint32_t>(shape.first_points_[r]);
-    const uint32_t b = static_cast<uint32_t>(shape.centre_points_[r]);
-    const uint32_t c = static_cast<uint32_t>(shape.third_points_[r]);
-    SolveShapeConstraint(shape.lambda_base_ + r, a, b, c, w[a], w[b], w[c], shape.group_compliance_,
-                         shape.rest_distances_[r], positions, lambdas);
-  }
-}
+// Packs the rows in solving order for this step; run once per step before
+// SolveShapeRows. A table without a schedule runs in table order.
+void PrepareShapeRows(ShapeConstraints& shape);
+
+// Runs every row once with the values of PrepareShapeRows, unless the group
+// is disabled, with the result of running them in table order: the rows of
+// one level of the schedule share no point and are shared out over the
+// threads. During a step the multiplier of the row at place k of the
+// schedule stands at lambda_base_ + k.
+void SolveShapeRows(const ShapeConstraints& shape, float* positions, float* lambdas);
 
 // One row per centre point and pair of opposite neighbours (more than a right
 // angle apart, the most opposite first in list order) whose three map values

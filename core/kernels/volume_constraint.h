@@ -10,13 +10,26 @@
 
 namespace myo_core {
 
+// A part of a point's gradient from a triangle of a later run of triangles
+// than the point's first.
+struct LateGradient {
+  uint32_t point;
+  Vec3 gradient;
+};
+
 struct VolumeConstraint : ConstraintGroup {
   // inverse_masses_: N, 1 / mass of each point.
   float rest_volume_ = 0.0f;          // six times the signed volume at rest
   float volume_preservation_ = 1.0f;  // attribute "volumePreservation"
   float volume_ratio_ = 1.0f;         // attribute "volumeRatio"
   std::vector<int32_t> triangles_;    // 3T, a copy of the mesh triangulation
-  std::vector<float> gradients_;      // 3N scratch of the kernel, owned so a step allocates nothing
+  // The first corner (3 t + k) of each point in triangle order, so that the
+  // threads know which of them adds up a point's gradient.
+  std::vector<uint32_t> point_first_corners_;  // N
+  // Scratch of the kernel, owned so that a step allocates nothing once sized.
+  std::vector<float> gradients_;                       // 3N, gradient of each point
+  std::vector<float> terms_;                           // T, volume term of each triangle
+  std::vector<std::vector<LateGradient>> late_gradients_;  // per thread: parts for points of earlier runs
 };
 
 // Six times the signed volume: sum over triangles of (a x b) . c.
@@ -24,14 +37,15 @@ float SixTimesVolume(const std::vector<int32_t>& triangles, const float* positio
 
 // C = V - rest ratio, with V the sum above. Gradient per point: the sum of
 // the cross products of the two other corners of its triangles. The solver's
-// compliance; the displacement alone is scaled by the preservation.
-// gradients: 3N scratch, zeroed here.
-void SolveVolumeConstraint(uint32_t lambda_row, float rest_volume, float preservation, float ratio,
-                           float compliance, const std::vector<float>& inverse_masses,
-                           const std::vector<int32_t>& triangles, std::vector<float>& positions,
-                           std::vector<float>& lambdas, std::vector<float>& gradients);
+// compliance; the displacement alone is scaled by the preservation. Large
+// meshes share the triangles out over the threads; the gradients and the
+// two sums (volume and weighted gradient norm) are added in triangle and
+// point order all the same, so the result is that of one thread.
+void SolveVolumeConstraint(VolumeConstraint& volume, float compliance, std::vector<float>& positions,
+                           std::vector<float>& lambdas);
 
-// Fills the row from the rest positions and appends it to lambdas.
+// Fills the row from the rest positions and appends it to lambdas; lists
+// the corners of each of point_count points.
 void BuildVolumeConstraint(const std::vector<int32_t>& triangles, const std::vector<float>& positions,
                            uint32_t point_count, std::vector<float>& lambdas, VolumeConstraint& volume);
 

@@ -3,6 +3,10 @@
 namespace myo_core {
 
 void ReadMeshTopology(const MeshData& mesh, MuscleNodeState& node) {
+  // The query depends on the points and the triangulation alone: a rebuild
+  // on the same mesh (the start frame after a preroll) keeps it.
+  const bool same_mesh = node.query_points_ == mesh.points && node.triangle_vertices_ == mesh.triangle_vertices &&
+                         node.polygon_triangle_counts_ == mesh.polygon_triangle_counts;
   node.triangle_vertices_ = mesh.triangle_vertices;
   node.polygon_triangle_counts_ = mesh.polygon_triangle_counts;
   const uint32_t n = mesh.PointCount();
@@ -17,7 +21,9 @@ void ReadMeshTopology(const MeshData& mesh, MuscleNodeState& node) {
   } else {
     node.vertex_neighbors_.clear();
   }
+  if (same_mesh) return;
   node.reference_mesh_query_.Build(mesh.points, mesh.triangle_vertices, mesh.polygon_triangle_counts);
+  node.query_points_ = mesh.points;
 }
 
 }  // namespace myo_core

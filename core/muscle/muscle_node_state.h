@@ -12,6 +12,16 @@
 
 namespace myo_core {
 
+// The tendon map diffused over the edges, with what it was diffused from: the
+// map and the two ends of every edge. The diffusion reads nothing else, so a
+// later build with the same map and edges takes the values as they are.
+struct DiffusedTendons {
+  std::vector<float> tendons;  // N, the map
+  std::vector<int32_t> starts; // E
+  std::vector<int32_t> ends;   // E
+  std::vector<float> values;   // N, the diffused map
+};
+
 struct MuscleNodeState {
   // Topology of the mesh at initialisation.
   std::vector<int32_t> vertex_neighbor_offsets_;  // N+1
@@ -21,9 +31,11 @@ struct MuscleNodeState {
   std::vector<int32_t> polygon_triangle_counts_;  // P when the triangulation is whole
   std::vector<int32_t> polygon_first_triangles_;  // P, running sums of the counts
   ClosestPointQuery reference_mesh_query_;        // on the mesh of the last initialisation
+  std::vector<float> query_points_;               // 3N, the points the query was built on
 
   // Derive the fibers from the tendons instead of reading "fibersList".
   bool consolidate_fibers_ = false;
+  DiffusedTendons diffused_tendons_;  // of the last derivation, for the next build
 
   // Painted maps, N values each (sets times N for the maps over sets).
   std::vector<float> masses_map_;

@@ -56,6 +56,8 @@ bool CollisionsActive(const SimshapeSolver& solver) {
 
 void StepSimshape(SimshapeSolver& solver) {
   BeginStep(solver);
+  PrepareDistanceRows(*solver.distance_constraints_);
+  PrepareShapeRows(*solver.shape_constraints_);
   ComputeAttraction(solver);
   ApplyAttraction(solver);
   const bool has_transform = !IsIdentity(solver.world_matrix_);

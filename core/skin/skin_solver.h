@@ -27,8 +27,6 @@ struct SkinSolver : SolverData {
   // The points cut into one block per thread at assembly, for the Uber pass.
   PointBlocks point_blocks_;
   int32_t sliding_constraints_mode_ = kSlidingFast;  // "slidingConstraintsMode"
-  // 3N, the positions the sliding search reads while the rows move the points.
-  std::vector<float> search_positions_;
 
   DebugData debug_data_;  // what "debug" shows of the constraints
 };

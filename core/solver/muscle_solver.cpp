@@ -15,6 +15,7 @@ void StepMuscleFamily(MuscleFamilySolver& solver, VolumeConstraint* volume) {
 
   EdgeConstraints& edges = *solver.edge_constraints_;
   PrepareEdgeRows(edges, ClampRestActivation(edges.rest_activation_));
+  PrepareShapeRows(*solver.shape_constraints_);
   PrepareSlideOnSegmentRows(*solver.slide_on_segment_constraints_, solver.point_count_);
   float* positions = solver.positions_.data();
   float* lambdas = solver.lambdas_.data();
@@ -41,9 +42,7 @@ void StepMuscleFamily(MuscleFamilySolver& solver, VolumeConstraint* volume) {
     SolveSlideOnGeometryRows(slides_on_geo, target_count, solver.point_count_, solver.compliance_, has_transform,
                              solver.world_matrix_, solver.world_matrix_inverse_, positions, lambdas);
     if (volume != nullptr && !volume->triangles_.empty())
-      SolveVolumeConstraint(volume->lambda_base_, volume->rest_volume_, volume->volume_preservation_,
-                            volume->volume_ratio_, solver.compliance_, volume->inverse_masses_,
-                            volume->triangles_, solver.positions_, solver.lambdas_, volume->gradients_);
+      SolveVolumeConstraint(*volume, solver.compliance_, solver.positions_, solver.lambdas_);
   }
 
   EndStep(solver);

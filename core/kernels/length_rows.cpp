@@ -1,0 +1,101 @@
+#include "core/kernels/length_rows.h"
+
+#include <cmath>
+
+#include "core/math/vec3.h"
+#include "core/solver/parallel_levels.h"
+
+namespace myo_core {
+
+namespace {
+
+// Both ends of a row sit on their attraction targets.
+inline bool BothAttracted(const float* attraction, uint32_t i, uint32_t j) {
+  return attraction != nullptr && !(attraction[i] < 1.0f) && !(attraction[j] < 1.0f);
+}
+
+// One row, as SolveLengthRows describes.
+inline void SolveLengthRow(const LengthRow& row, float compliance, const float* attraction, float* positions,
+                           float* lambdas) {
+  const float w_i = row.w_i, w_j = row.w_j;
+  const float weight = w_i + w_j;
+  if (weight < kEpsilon || BothAttracted(attraction, row.i, row.j)) return;
+  const Vec3 pi = Load3(positions, row.i);
+  const Vec3 d = Load3(positions, row.j) - pi;
+  const float length = Length(d);
+  const Vec3 n = NormalizeSafe(d, length);
+  const float violation = length - row.target;
+  const float k = violation < 0.0f ? row.compression : row.stretching;
+  float& lambda = lambdas[row.lambda_row];
+  const float delta = (-(k * violation) - lambda * compliance) /
+                      (n.x * weight * n.x + n.y * weight * n.y + n.z * weight * n.z + compliance);
+  lambda += delta;
+  if (w_i >= kEpsilon) Store3(positions, row.i, pi - n * (delta * w_i));
+  if (w_j >= kEpsilon) Store3(positions, row.j, Load3(positions, row.j) + n * (delta * w_j));
+}
+
+// SolveLengthRow over kLanes rows that share no point, written lane by lane
+// so that the compiler can keep each operation in vector registers. Every
+// lane performs the single row's operations in its order; a skipped lane
+// computes but writes nothing.
+template <uint32_t kLanes>
+void SolveLengthBatch(const LengthRow* rows, float compliance, const float* attraction, float* positions,
+                      float* lambdas) {
+  float pix[kLanes], piy[kLanes], piz[kLanes], pjx[kLanes], pjy[kLanes], pjz[kLanes];
+  float wi[kLanes], wj[kLanes], target[kLanes], compression[kLanes], stretching[kLanes], lambda[kLanes];
+  for (uint32_t l = 0; l < kLanes; ++l) {
+    const LengthRow& row = rows[l];
+    pix[l] = positions[3 * row.i];
+    piy[l] = positions[3 * row.i + 1];
+    piz[l] = positions[3 * row.i + 2];
+    pjx[l] = positions[3 * row.j];
+    pjy[l] = positions[3 * row.j + 1];
+    pjz[l] = positions[3 * row.j + 2];
+    wi[l] = row.w_i;
+    wj[l] = row.w_j;
+    target[l] = row.target;
+    compression[l] = row.compression;
+    stretching[l] = row.stretching;
+    lambda[l] = lambdas[row.lambda_row];
+  }
+  float nx[kLanes], ny[kLanes], nz[kLanes], delta[kLanes];
+  for (uint32_t l = 0; l < kLanes; ++l) {
+    const float weight = wi[l] + wj[l];
+    const float dx = pjx[l] - pix[l], dy = pjy[l] - piy[l], dz = pjz[l] - piz[l];
+    const float length = std::sqrt(dx * dx + dy * dy + dz * dz);
+    const bool positive = length > 0.0f;
+    nx[l] = positive ? dx / length : dx;
+    ny[l] = positive ? dy / length : dy;
+    nz[l] = positive ? dz / length : dz;
+    const float violation = length - target[l];
+    const float k = violation < 0.0f ? compression[l] : stretching[l];
+    delta[l] = (-(k * violation) - lambda[l] * compliance) /
+               (nx[l] * weight * nx[l] + ny[l] * weight * ny[l] + nz[l] * weight * nz[l] + compliance);
+  }
+  for (uint32_t l = 0; l < kLanes; ++l) {
+    const LengthRow& row = rows[l];
+    if (wi[l] + wj[l] < kEpsilon || BothAttracted(attraction, row.i, row.j)) continue;
+    const Vec3 n{nx[l], ny[l], nz[l]};
+    lambdas[row.lambda_row] = lambda[l] + delta[l];
+    if (wi[l] >= kEpsilon) Store3(positions, row.i, Vec3{pix[l], piy[l], piz[l]} - n * (delta[l] * wi[l]));
+    if (wj[l] >= kEpsilon) Store3(positions, row.j, Load3(positions, row.j) + n * (delta[l] * wj[l]));
+  }
+}
+
+}  // namespace
+
+void SolveLengthRows(const std::vector<LengthRow>& rows, const std::vector<uint32_t>& level_offsets,
+                     float compliance, const float* attraction, float* positions, float* lambdas) {
+  const LengthRow* packed = rows.data();
+  ForEachLevelChunk(level_offsets, [&](uint32_t begin, uint32_t end) {
+    // Wide batches first, then a narrower one, then single rows.
+    for (; begin + 16 <= end; begin += 16)
+      SolveLengthBatch<16>(packed + begin, compliance, attraction, positions, lambdas);
+    for (; begin + 8 <= end; begin += 8)
+      SolveLengthBatch<8>(packed + begin, compliance, attraction, positions, lambdas);
+    for (; begin < end; ++begin)
+      SolveLengthRow(packed[begin], compliance, attraction, positions, lambdas);
+  });
+}
+
+}  // namespace myo_core
