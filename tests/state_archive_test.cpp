@@ -11,7 +11,10 @@
 
 #include "core/evaluator/edge_evaluator.h"
 #include "core/maps/map_store.h"
-#include "core/mesh/closest_point_query.h"
+#include "core/muscle/muscle_deformer.h"
+#include "scenes/muscle_meshes.h"
+#include "support/solver_runs.h"
+#include "support/test_geometry.h"
 #include "core/state/state_archive.h"
 #include "core/state/state_checksum.h"
 #include "core/state/state_envelope.h"
@@ -145,65 +148,52 @@ TEST(StateChecksum, Crc32AndFnv1aGiveTheirKnownValuesInPiecesOrWhole) {
   EXPECT_EQ(myo_core::Fnv1a64("ab"), myo_core::Fnv1a64("b", 1, myo_core::Fnv1a64("a")));
 }
 
-TEST(ObjectStates, MapsQueriesAndEvaluatorsComeBackAsTheyWere) {
+TEST(ObjectStates, MapsComeBackAsTheyStoodAndReplaceWhatWasThere) {
   myo_core::MapStore maps;
   maps.SetAll("list", "weights", 2, {0.5f, 0.25f});
   maps.SetAll("", "tendons", 0, {1, 2, 3, 4, 5, 6}, 3);
   StateWriter writer;
   maps.SaveState(writer);
-
-  // A query on two triangles answers the same after the round trip.
-  myo_core::ClosestPointQuery query;
-  query.Build({0, 0, 0, 1, 0, 0, 0, 1, 0, 1, 1, 0}, {0, 1, 2, 1, 3, 2}, {2});
-  query.SaveState(writer);
-
   StateReader reader(writer.bytes());
-  myo_core::MapStore loaded_maps;
-  loaded_maps.SetAll("list", "stale", 0, {9.0f});
-  loaded_maps.LoadState(reader);
-  myo_core::ClosestPointQuery loaded_query;
-  loaded_query.LoadState(reader);
+  myo_core::MapStore loaded;
+  loaded.SetAll("list", "stale", 0, {9.0f});
+  loaded.LoadState(reader);
   ASSERT_TRUE(reader.Finish()) << reader.error();
-
   std::vector<float> values;
-  loaded_maps.ReadFloats("list", "weights", 2, 2, 0.0f, values);
+  loaded.ReadFloats("list", "weights", 2, 2, 0.0f, values);
   EXPECT_EQ(values, (std::vector<float>{0.5f, 0.25f}));
-  EXPECT_EQ(loaded_maps.ElementCount("list", "stale", 0), 0u);
-  loaded_maps.ReadVectors("", "tendons", {"x", "y", "z"}, 0, 2, 0.0f, values);
+  EXPECT_EQ(loaded.ElementCount("list", "stale", 0), 0u);
+  loaded.ReadVectors("", "tendons", {"x", "y", "z"}, 0, 2, 0.0f, values);
   EXPECT_EQ(values, (std::vector<float>{1, 2, 3, 4, 5, 6}));
-  const float p[3] = {0.9f, 0.8f, 0.3f};
-  myo_core::ClosestPointHit before, after;
-  ASSERT_TRUE(query.Closest(p, -1.0f, before));
-  ASSERT_TRUE(loaded_query.Closest(p, -1.0f, after));
-  EXPECT_EQ(after.triangle, before.triangle);
-  EXPECT_EQ(after.distance, before.distance);
 }
 
-TEST(ObjectStates, AHierarchyOrTopologyThatWouldLoopOrReachOutsideIsRefused) {
-  myo_core::ClosestPointQuery query;
-  std::vector<float> points;
-  std::vector<int32_t> triangles, counts;
-  // A strip of 40 triangles: deep enough for internal nodes.
-  for (int i = 0; i <= 20; ++i) points.insert(points.end(), {float(i), 0, 0, float(i), 1, 0});
-  for (int i = 0; i < 20; ++i) {
-    triangles.insert(triangles.end(), {2 * i, 2 * i + 2, 2 * i + 1, 2 * i + 1, 2 * i + 2, 2 * i + 3});
-    counts.push_back(2);
-  }
-  query.Build(points, triangles, counts);
+TEST(ObjectStates, ARestoredMuscleSavesTheSameBytesAndAnswersClosestPointsAsBuilt) {
+  myo_test::TimeLine<myo_core::MuscleDeformer, myo_core::MuscleFrameValues> muscle(
+      myo_test::BuildMesh(myo_scenes::MakeSpindle(6, 8, 10.0f, 2.0f)));
+  muscle.frame.gravity = 980.0f;
+  for (int frame = 1; frame <= 3; ++frame) muscle.At(static_cast<float>(frame));
   StateWriter writer;
-  query.SaveState(writer);
-  std::string bytes = writer.bytes();
-  // The root is written right after the section name: point it at a node
-  // that does not exist.
-  const std::size_t root = 8 + std::strlen("closest point query");
-  const int32_t missing[2] = {1000, 0};
-  std::memcpy(&bytes[root], missing, sizeof missing);
-  StateReader reader(bytes);
-  myo_core::ClosestPointQuery loaded;
-  loaded.LoadState(reader);
-  EXPECT_EQ(reader.error(), "the closest-point hierarchy does not hold together (in closest point query)");
-  EXPECT_TRUE(loaded.Empty());
+  muscle.deformer.SaveState(writer);
 
+  myo_core::MuscleDeformer restored;
+  StateReader reader(writer.bytes());
+  restored.LoadState(reader);
+  ASSERT_TRUE(reader.Finish()) << reader.error();
+  StateWriter again;
+  restored.SaveState(again);
+  EXPECT_TRUE(again.bytes() == writer.bytes());
+  // The query, built again from its points, finds what the built one finds.
+  for (const float p : {-3.0f, 0.5f, 4.0f}) {
+    const float point[3] = {p, 1.5f, -0.7f};
+    myo_core::ClosestPointHit built, rebuilt;
+    ASSERT_TRUE(muscle.deformer.node().reference_mesh_query_.Closest(point, -1.0f, built));
+    ASSERT_TRUE(restored.node().reference_mesh_query_.Closest(point, -1.0f, rebuilt));
+    EXPECT_EQ(rebuilt.triangle, built.triangle);
+    EXPECT_EQ(rebuilt.distance, built.distance);
+  }
+}
+
+TEST(ObjectStates, AnEvaluatorTopologyThatWouldReachOutsideItsVerticesIsRefused) {
   myo_core::EdgeEvaluator evaluator;
   StateWriter edges;
   evaluator.SaveState(edges);

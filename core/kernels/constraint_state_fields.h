@@ -1,11 +1,12 @@
 #pragma once
 // Field lists of the constraint groups and target meshes, for saving and
 // restoring a solver's state (core/state/state_archive.h). Scratch that a
-// step prepares afresh (edge row frames, row directions, the volume
-// gradient) or rebuilds when its size does not match its lists (the
-// candidate slots of the slides on geometry, the prepared triangles of the
-// sliding searches) is left out: a restored solver prepares it again with
-// the same result.
+// step prepares afresh (the row frames of the length and shape rows, row
+// directions, the volume gradients and terms) or rebuilds when its size does
+// not match its lists (the candidate slots of the slides on geometry, the
+// prepared triangles of the sliding searches, the volume row's first
+// corners) is left out: a restored solver prepares it again with the same
+// result.
 
 #include "core/kernels/attachment_constraints.h"
 #include "core/kernels/distance_constraints.h"
@@ -83,6 +84,7 @@ void ShapeConstraintsFields(Archive& a, ArchiveRecord<Archive, ShapeConstraints>
   a.Array(s.centre_points_);
   a.Array(s.third_points_);
   a.Array(s.schedule_);
+  a.Array(s.schedule_levels_);
 }
 
 template <class Archive>

@@ -7,9 +7,6 @@
 
 namespace myo_core {
 
-class StateReader;
-class StateWriter;
-
 struct ClosestPointHit {
   float point[3] = {0.0f, 0.0f, 0.0f};  // the closest point on the surface
   float distance = 0.0f;                // from the query point to `point`
@@ -36,10 +33,6 @@ class ClosestPointQuery {
 
   bool Empty() const;
 
-  // The hierarchy as built, saved to and restored from a checkpoint.
-  void SaveState(StateWriter& writer) const;
-  void LoadState(StateReader& reader);
-
   // Closest point within max_distance (a negative value means unlimited).
   // Among triangles at the same distance the lowest global index wins.
   // Distances are compared squared in double, as ExactClosestPointOnTriangle gives
@@ -50,9 +43,6 @@ class ClosestPointQuery {
   bool Closest(const float p[3], float max_distance, ClosestPointHit& hit) const;
 
  private:
-  // One field list for SaveState and LoadState; Self is const to save.
-  template <class Archive, class Self>
-  static void StateFields(Archive& archive, Self& self);
   // A subtree: an internal node, or a leaf as a range of slots.
   struct Child {
     int32_t first = 0;  // internal: node index; leaf: first slot

@@ -1,7 +1,11 @@
 // The state a muscle or ribbon muscle carries from one evaluation to the
 // next: the last evaluated time, what the node keeps beside its solver (the
-// topology, the closest-point query and the painted maps of the last build)
-// and the whole solver, its rest tables, targets and multipliers included.
+// topology, the points of its closest-point query and the painted maps of
+// the last build) and the whole solver, its rest tables, targets and
+// multipliers included. The query itself is built again from its points and
+// triangulation, which give the same hierarchy; the diffused tendons kept
+// for the next build are a cache that build fills again with the same
+// values.
 
 #include "core/kernels/constraint_state_fields.h"
 #include "core/muscle/muscle_deformer.h"
@@ -19,7 +23,7 @@ void MuscleNodeStateFields(Archive& a, ArchiveRecord<Archive, MuscleNodeState>& 
   a.Array(node.triangle_vertices_);
   a.Array(node.polygon_triangle_counts_);
   a.Array(node.polygon_first_triangles_);
-  ObjectState(a, node.reference_mesh_query_);
+  a.Array(node.query_points_);
   a.Value(node.consolidate_fibers_);
   a.Array(node.masses_map_);
   a.Array(node.compression_map_);
@@ -73,6 +77,8 @@ template <class Solver>
 void MuscleFamilyDeformer<Solver>::LoadState(StateReader& reader) {
   if (!solver_) solver_ = std::make_unique<Solver>();
   StateFields(reader, *this);
+  if (reader.ok())
+    node_.reference_mesh_query_.Build(node_.query_points_, node_.triangle_vertices_, node_.polygon_triangle_counts_);
 }
 
 template class MuscleFamilyDeformer<MuscleSolver>;

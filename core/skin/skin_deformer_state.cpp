@@ -31,7 +31,6 @@ void SkinSolverFields(Archive& a, ArchiveRecord<Archive, SkinSolver>& s) {
   UberConstraintsFields(a, *s.uber_constraints_);
   PointBlocksFields(a, s.point_blocks_);
   a.Value(s.sliding_constraints_mode_);
-  a.Array(s.search_positions_);
   DebugDataFields(a, s.debug_data_);
 }
 
