@@ -37,7 +37,7 @@ cmp -s "$work/plain/muscle.pc2" "$work/checked/muscle.pc2" || { echo "checkpoint
 
 # Stopped once its checkpoint of frame 20 is written, then resumed.
 "$myoforge" run "$work/scene.json" -q -f pc2 --no-viewer --no-progress -t "$threads" -o "$work/stopped" \
-  --checkpoint-every 10 &
+  --checkpoint-every 10 2>/dev/null &
 pid=$!
 for _ in $(seq 1 6000); do
   [ -f "$work/stopped/checkpoints/checkpoint.0020.myostate" ] && break
