@@ -56,15 +56,15 @@ class StateReader {
   void Array(std::vector<bool>& flags);
   void Text(std::string& text);
 
+  // Records are added one by one as their bytes are read, so that a count
+  // that the bytes cannot back allocates nothing beyond them.
   template <class T, class Fields>
   void Records(std::vector<T>& records, Fields fields) {
     const std::size_t count = Size(1);
-    if (!ok()) return;
     records.clear();
-    records.resize(count);
-    for (T& record : records) {
-      if (!ok()) return;
-      fields(record);
+    for (std::size_t k = 0; k < count && ok(); ++k) {
+      records.emplace_back();
+      fields(records.back());
     }
   }
 
