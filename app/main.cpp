@@ -12,17 +12,20 @@
 #include <filesystem>
 #include <iostream>
 #include <new>
+#include <optional>
 
 #include <CLI/CLI.hpp>
 
 #include "app/cli/exit_codes.h"
 #include "app/cli/learn_command.h"
 #include "app/cli/listings.h"
-#include "app/cli/run_report.h"
+#include "app/cli/run_command.h"
+#include "app/cli/scene_batch.h"
 #include "app/scene/name_suggestion.h"
 #include "app/cli/snapshot_command.h"
 #include "app/cli/progress_bar.h"
 #include "app/run/output_folder.h"
+#include "app/run/run_checkpoint.h"
 #include "app/run/scene_run.h"
 #include "app/scene/scene_field.h"
 #include "app/scene/scene_names.h"
@@ -99,11 +102,10 @@ std::string RunFooter() {
          "Output folder: a new or empty folder, or one an earlier run wrote into (it holds " +
          myo_app::kManifestName + "):\nthat run's outputs are replaced. Any other folder with files in it is "
          "refused.\nCtrl-C (or SIGTERM) stops within moments and keeps the whole frames written so far (exit code "
-         "130);\na second Ctrl-C quits at once. Exit codes: 0 done, 2 command line, 3 invalid scene, 4 run failed.";
-}
-
-std::string DefaultOutput(const std::string& scene) {
-  return (std::filesystem::path("myoforge-out") / std::filesystem::path(scene).stem()).string();
+         "130);\na second Ctrl-C quits at once. With --checkpoint-every or --resume, checkpoints go to "
+         "<output>/checkpoints/\nand a stopped run goes on from the newest with --resume (docs/farm.md).\n"
+         "Several scenes or a list: each scene writes into <output>/<scene name>, and runs.json sums them up.\n"
+         "Exit codes: 0 done, 2 command line, 3 invalid scene, 4 run failed (for several scenes: the highest).";
 }
 
 int Main(int argc, char** argv) {
@@ -115,12 +117,20 @@ int Main(int argc, char** argv) {
   app.add_flag("-q,--quiet", quiet, "Show errors only");
   app.add_flag("-v,--verbose", verbose, "Show debug messages of the deformers");
 
-  std::string scene_path, output, format = "obj";
+  myo_app::SceneBatchRequest batch_request;
+  std::string format = "obj";
   int threads = 0;
   bool no_progress = false;
-  CLI::App* run = app.add_subcommand("run", "Simulate the scene's time line and write the results");
-  run->add_option("scene", scene_path, "Scene file (JSON)")->required();
-  run->add_option("-o,--output", output, "Output directory (default: myoforge-out/<scene name>)");
+  CLI::App* run = app.add_subcommand("run", "Simulate the scenes' time lines and write the results");
+  run->add_option("scenes", batch_request.scenes, "Scene files (JSON)");
+  run->add_option("--list", batch_request.list_file,
+                  "A file that lists scene files, one per line ('#' starts a comment)");
+  run->add_option("--index", batch_request.index,
+                  "Play only this scene of those named, from 0 (default: $SLURM_ARRAY_TASK_ID when set and several "
+                  "scenes or a list are named)");
+  run->add_option("-o,--output", batch_request.output,
+                  "Output directory (default: myoforge-out/<scene name>); with several scenes or a list, the folder "
+                  "that holds one folder per scene (default: myoforge-out)");
   run->add_option("-f,--format", format, "obj: one OBJ per node and frame; pc2: one point cache per node")
       ->check(CLI::IsMember({"obj", "pc2"}));
   run->add_option("-t,--threads", threads,
@@ -129,6 +139,14 @@ int Main(int argc, char** argv) {
   run->add_flag("--no-progress", no_progress, "Do not draw the progress bar");
   bool no_viewer = false;
   run->add_flag("--no-viewer", no_viewer, "Do not write viewer.html, the page that plays the run in a browser");
+  std::optional<uint32_t> checkpoint_every;
+  run->add_option("--checkpoint-every", checkpoint_every,
+                  "Write a checkpoint after every N simulated frames (0: none; default none, or " +
+                      std::to_string(myo_app::kDefaultCheckpointInterval) + " with --resume)")
+      ->check(CLI::Range(0u, 1000000u));
+  bool resume = false;
+  run->add_flag("--resume", resume,
+                "Go on from the newest checkpoint in the output folder; start from the first frame when it has none");
   run->footer(RunFooter());
 
   myo_app::SnapshotOptions snapshot_options;
@@ -225,46 +243,35 @@ int Main(int argc, char** argv) {
     return myo_app::kExitSuccess;
   }
 
-  const std::string path = validate->parsed() ? validate_path : scene_path;
-  myo_app::Scene scene;
-  std::string error;
-  if (!myo_app::ReadScene(path, scene, error)) return Fail(myo_app::kExitInvalidScene, error);
   if (validate->parsed()) {
+    myo_app::Scene scene;
+    std::string error;
+    if (!myo_app::ReadScene(validate_path, scene, error)) return Fail(myo_app::kExitInvalidScene, error);
     if (!quiet)
-      std::cout << path << ": valid: " << scene.nodes.size() << " nodes, " << scene.meshes.size() << " meshes, "
-                << scene.transforms.size() << " transforms, frames " << scene.timeline.preroll << " to "
-                << scene.timeline.end << std::endl;
+      std::cout << validate_path << ": valid: " << scene.nodes.size() << " nodes, " << scene.meshes.size()
+                << " meshes, " << scene.transforms.size() << " transforms, frames " << scene.timeline.preroll
+                << " to " << scene.timeline.end << std::endl;
     return myo_app::kExitSuccess;
   }
 
+  if (const char* array_index = std::getenv("SLURM_ARRAY_TASK_ID"); array_index != nullptr && *array_index != '\0')
+    batch_request.array_index = array_index;
+  myo_app::RunCommandOptions options;
+  std::string error;
+  if (!myo_app::PlanSceneBatch(batch_request, options.batch, error))
+    return Fail(myo_app::kExitUsage, error + " (see myoforge run --help)");
   if (threads > 0) omp_set_num_threads(threads);
   std::signal(SIGINT, OnSignal);
   std::signal(SIGTERM, OnSignal);
-  myo_app::RunOptions options;
-  options.output_directory = output.empty() ? DefaultOutput(path) : output;
-  options.format = format == "pc2" ? myo_app::OutputFormat::kPc2 : myo_app::OutputFormat::kObj;
-  options.interrupted = &g_interrupted;
-  options.viewer = !no_viewer;
-  myo_app::ProgressBar bar(std::filesystem::path(path).filename().string(),
-                           !quiet && !no_progress && myo_app::StandardErrorIsTerminal());
-  options.progress = [&bar](std::size_t done, std::size_t total) { bar.Update(done, total); };
-  const myo_app::RunResult result = myo_app::RunScene(scene, options, error);
-  bar.Finish();
-  switch (result) {
-    case myo_app::RunResult::kInterrupted:
-      return Fail(myo_app::kExitInterrupted, "interrupted; the frames written so far are complete");
-    case myo_app::RunResult::kFailed: return Fail(myo_app::kExitRunFailed, error);
-    case myo_app::RunResult::kDone: break;
-  }
-  if (!quiet) {
-    const bool values = std::any_of(scene.nodes.begin(), scene.nodes.end(),
-                                    [](const myo_app::SceneNode& node) { return !node.type->deformer; });
-    std::cout << "Wrote " << (scene.timeline.end - scene.timeline.start + 1) << " frames of " << scene.nodes.size()
-              << " nodes to " << options.output_directory << " (summary.json, figures.csv"
-              << (values ? ", values.csv" : "") << ")" << std::endl;
-    std::cout << myo_app::RunReport(options.output_directory) << std::flush;
-  }
-  return myo_app::kExitSuccess;
+  options.run.format = format == "pc2" ? myo_app::OutputFormat::kPc2 : myo_app::OutputFormat::kObj;
+  options.run.interrupted = &g_interrupted;
+  options.run.viewer = !no_viewer;
+  options.run.resume = resume;
+  options.run.checkpoint_every = checkpoint_every.value_or(resume ? myo_app::kDefaultCheckpointInterval : 0u);
+  options.quiet = quiet;
+  options.progress_bar = !quiet && !no_progress && myo_app::StandardErrorIsTerminal();
+  std::vector<myo_app::SceneOutcome> outcomes;
+  return myo_app::RunSceneBatch(options, outcomes);
 }
 
 }  // namespace

@@ -2,8 +2,10 @@
 // Files that appear whole or not at all: everything is written to a
 // temporary file beside the target, which is renamed over the target on
 // Commit. A writer destroyed before Commit removes its temporary file, so an
-// interrupted run leaves no half-written output.
+// interrupted run leaves no half-written output; a resumable one keeps it
+// for the run that goes on from a checkpoint.
 
+#include <cstdint>
 #include <cstdio>
 #include <string>
 
@@ -18,6 +20,16 @@ class AtomicFile {
 
   // Opens the temporary file for `path`. False with a message naming the path.
   bool Open(const std::string& path, std::string& error);
+  // Opens a file that a later process may go on with: its temporary file is
+  // "<path>.partial.resume", and it stays when the writer is destroyed
+  // without Commit. `keep_bytes` 0 starts it anew; otherwise the file must
+  // hold at least that many bytes, is cut to them and goes on from there.
+  bool OpenResumable(const std::string& path, uint64_t keep_bytes, std::string& error);
+  // Hands what was written to the system, so that a process that is killed
+  // afterwards loses none of it.
+  bool Flush(std::string& error);
+  // Bytes in the temporary file so far.
+  uint64_t size() const { return size_; }
   bool Write(const void* data, std::size_t size, std::string& error);
   bool Write(const std::string& text, std::string& error) { return Write(text.data(), text.size(), error); }
   // Flushes, closes and renames the temporary file over the target.
@@ -29,6 +41,8 @@ class AtomicFile {
   std::string path_;
   std::string temporary_path_;
   std::FILE* file_ = nullptr;
+  uint64_t size_ = 0;
+  bool resumable_ = false;  // destroyed without Commit, the temporary file stays
 };
 
 // Writes `contents` to `path` atomically.

@@ -16,6 +16,16 @@ void Put(std::string& bytes, T value) {
   bytes.append(raw, sizeof(T));
 }
 
+std::string Header(uint32_t point_count, float start_frame, uint32_t sample_count) {
+  std::string header("POINTCACHE2", 12);  // with its terminating zero
+  Put<int32_t>(header, 1);
+  Put<int32_t>(header, static_cast<int32_t>(point_count));
+  Put<float>(header, start_frame);
+  Put<float>(header, 1.0f);
+  Put<int32_t>(header, static_cast<int32_t>(sample_count));
+  return header;
+}
+
 }  // namespace
 
 bool PointCacheWriter::Open(const std::string& path, uint32_t point_count, float start_frame, uint32_t sample_count,
@@ -24,13 +34,29 @@ bool PointCacheWriter::Open(const std::string& path, uint32_t point_count, float
   point_count_ = point_count;
   expected_ = sample_count;
   written_ = 0;
-  std::string header("POINTCACHE2", 12);  // with its terminating zero
-  Put<int32_t>(header, 1);
-  Put<int32_t>(header, static_cast<int32_t>(point_count));
-  Put<float>(header, start_frame);
-  Put<float>(header, 1.0f);
-  Put<int32_t>(header, static_cast<int32_t>(sample_count));
-  return file_.Open(path, error) && file_.Write(header, error);
+  return file_.Open(path, error) && file_.Write(Header(point_count, start_frame, sample_count), error);
+}
+
+bool PointCacheWriter::OpenResumable(const std::string& path, uint32_t point_count, float start_frame,
+                                     uint32_t sample_count, uint32_t written, std::string& error) {
+  path_ = path;
+  point_count_ = point_count;
+  expected_ = sample_count;
+  const std::string header = Header(point_count, start_frame, sample_count);
+  if (written == 0) {
+    written_ = 0;
+    return file_.OpenResumable(path, 0, error) && file_.Write(header, error);
+  }
+  if (written > sample_count) {
+    error = path + ": " + std::to_string(written) + " samples to go on from, of " + std::to_string(sample_count);
+    return false;
+  }
+  written_ = written;
+  return file_.OpenResumable(path, FileSize(point_count, written), error);
+}
+
+uint64_t PointCacheWriter::FileSize(uint32_t point_count, uint32_t samples) {
+  return Header(point_count, 0.0f, samples).size() + uint64_t{samples} * point_count * 3 * sizeof(float);
 }
 
 bool PointCacheWriter::Append(const std::vector<float>& points, std::string& error) {

@@ -6,7 +6,7 @@
 # exits non-zero when a test failed in either.
 set -euo pipefail
 cd "$(dirname "$0")/.."
-scripts/install-deps.sh chromium
+scripts/install-deps.sh chromium slurm-wlm munge
 logs=$(mktemp -d)
 trap 'rm -rf "$logs"' EXIT
 status=0

@@ -21,6 +21,11 @@
 #include "core/sensors/sensor_evaluation.h"
 #include "core/skin/skin_deformer.h"
 
+namespace myo_core {
+class StateReader;
+class StateWriter;
+}  // namespace myo_core
+
 namespace myo_app {
 
 // Figures of one evaluation, for the per-frame table.
@@ -69,7 +74,16 @@ class NodeRunner {
   // on at the last evaluation; null otherwise and for other nodes.
   const myo_core::DebugData* debug_data() const;
 
+  // Everything the node carries from one frame to the next (its maps, its
+  // output, the held values of a sensor or remap, its deformer or
+  // evaluator), for a checkpoint. A load that does not fit the node names
+  // the fault in the reader.
+  void SaveState(myo_core::StateWriter& writer) const;
+  void LoadState(myo_core::StateReader& reader);
+
  private:
+  template <class Archive, class Self>
+  static void StateFields(Archive& archive, Self& self);
   template <class Deformer>
   bool EvaluateMuscle(Deformer& deformer, double frame, bool with_volume);
   bool EvaluateSkin(double frame, std::string& error);

@@ -37,6 +37,55 @@ std::vector<std::string> ReadManifest(const fs::path& manifest) {
 
 bool IsTemporaryFile(const fs::path& file) { return file.filename().string().find(".partial.") != std::string::npos; }
 
+bool IsResumableFile(const fs::path& file) {
+  const std::string name = file.filename().string();
+  const std::string ending = ".partial.resume";
+  return name.size() > ending.size() && name.compare(name.size() - ending.size(), ending.size(), ending) == 0;
+}
+
+// No path of the plan is taken by something of another kind.
+bool PlanPathsFree(const fs::path& folder, const OutputPlan& plan, std::string& error) {
+  std::error_code ec;
+  for (const std::string& file : plan.files)
+    if (fs::exists(folder / file, ec) && !fs::is_regular_file(folder / file, ec)) {
+      error = (folder / file).string() + ": an output file cannot be written there: the path is taken by a folder";
+      return false;
+    }
+  for (const std::string& sub : plan.folders)
+    if (fs::exists(folder / sub, ec) && !fs::is_directory(folder / sub, ec)) {
+      error = (folder / sub).string() + ": an output folder cannot be made there: the path is taken by a file";
+      return false;
+    }
+  return true;
+}
+
+// Writes the manifest of `paths`, then makes the plan's folders.
+bool WriteManifestAndFolders(const fs::path& folder, const std::vector<std::string>& paths, const OutputPlan& plan,
+                             std::string& error) {
+  std::ostringstream manifest;
+  for (const std::string& path : paths) manifest << path << "\n";
+  if (!myo_io::WriteFileAtomically((folder / kManifestName).string(), manifest.str(), error)) return false;
+  std::error_code ec;
+  for (const std::string& sub : plan.folders) {
+    fs::create_directories(folder / sub, ec);
+    if (ec) {
+      error = (folder / sub).string() + ": cannot create the folder: " + ec.message();
+      return false;
+    }
+  }
+  return true;
+}
+
+bool PlanInsideTheFolder(const std::string& folder_text, const OutputPlan& plan, std::string& error) {
+  for (const std::vector<std::string>* paths : {&plan.files, &plan.folders})
+    for (const std::string& path : *paths)
+      if (!InsideTheFolder(path)) {
+        error = folder_text + ": \"" + path + "\" is not a name inside the output folder";
+        return false;
+      }
+  return true;
+}
+
 // Removes what the last run listed, the folders it leaves empty and the
 // temporary files of interrupted writes beside them.
 bool RemoveLastRun(const fs::path& folder, std::string& error) {
@@ -65,13 +114,7 @@ bool RemoveLastRun(const fs::path& folder, std::string& error) {
 
 bool PrepareOutputFolder(const std::string& folder_text, const OutputPlan& plan, std::string& error) {
   const fs::path folder(folder_text);
-  for (const std::vector<std::string>* paths : {&plan.files, &plan.folders})
-    for (const std::string& path : *paths)
-      if (!InsideTheFolder(path)) {
-        error = folder_text + ": \"" + path + "\" is not a name inside the output folder";
-        return false;
-      }
-
+  if (!PlanInsideTheFolder(folder_text, plan, error)) return false;
   std::error_code ec;
   if (fs::exists(folder, ec) && !fs::is_directory(folder, ec)) {
     error = folder_text + ": the output path exists and is not a folder";
@@ -89,30 +132,34 @@ bool PrepareOutputFolder(const std::string& folder_text, const OutputPlan& plan,
             ": the output folder holds files that myoforge did not write; choose an empty or new folder (-o)";
     return false;
   }
+  if (!PlanPathsFree(folder, plan, error)) return false;
+  std::vector<std::string> paths = plan.files;
+  paths.insert(paths.end(), plan.folders.begin(), plan.folders.end());
+  return WriteManifestAndFolders(folder, paths, plan, error);
+}
 
-  for (const std::string& file : plan.files)
-    if (fs::exists(folder / file, ec) && !fs::is_regular_file(folder / file, ec)) {
-      error = (folder / file).string() + ": an output file cannot be written there: the path is taken by a folder";
-      return false;
-    }
-  for (const std::string& sub : plan.folders)
-    if (fs::exists(folder / sub, ec) && !fs::is_directory(folder / sub, ec)) {
-      error = (folder / sub).string() + ": an output folder cannot be made there: the path is taken by a file";
-      return false;
-    }
-
-  std::ostringstream manifest;
-  for (const std::string& file : plan.files) manifest << file << "\n";
-  for (const std::string& sub : plan.folders) manifest << sub << "\n";
-  if (!myo_io::WriteFileAtomically((folder / kManifestName).string(), manifest.str(), error)) return false;
-  for (const std::string& sub : plan.folders) {
-    fs::create_directories(folder / sub, ec);
-    if (ec) {
-      error = (folder / sub).string() + ": cannot create the folder: " + ec.message();
-      return false;
-    }
+bool ResumeOutputFolder(const std::string& folder_text, const OutputPlan& plan, std::string& error) {
+  const fs::path folder(folder_text);
+  if (!PlanInsideTheFolder(folder_text, plan, error)) return false;
+  std::error_code ec;
+  if (!fs::is_regular_file(folder / kManifestName, ec)) {
+    error = folder_text + ": no " + kManifestName + " in the folder: it holds no run to go on with";
+    return false;
   }
-  return true;
+  if (!PlanPathsFree(folder, plan, error)) return false;
+  std::vector<std::string> paths = ReadManifest(folder / kManifestName);
+  const std::set<std::string> listed(paths.begin(), paths.end());
+  std::set<fs::path> parents = {folder};
+  for (const std::vector<std::string>* planned : {&plan.files, &plan.folders})
+    for (const std::string& path : *planned) {
+      parents.insert((folder / path).parent_path());
+      if (listed.count(path) == 0) paths.push_back(path);
+    }
+  for (const fs::path& parent : parents)
+    for (const fs::directory_entry& entry : fs::directory_iterator(parent, ec))
+      if (entry.is_regular_file() && IsTemporaryFile(entry.path()) && !IsResumableFile(entry.path()))
+        fs::remove(entry.path(), ec);
+  return WriteManifestAndFolders(folder, paths, plan, error);
 }
 
 }  // namespace myo_app

@@ -35,4 +35,12 @@ struct OutputPlan {
 // is written then.
 bool PrepareOutputFolder(const std::string& folder, const OutputPlan& plan, std::string& error);
 
+// Makes the folder of a run that goes on from a checkpoint ready for `plan`:
+// its manifest must be there; the files of the run so far stay, temporary
+// files of interrupted writes go (not the resumable ones,
+// "*.partial.resume"), the plan's folders are made, and the manifest lists
+// what it listed and what the plan adds. False with one message naming the
+// path and the fault.
+bool ResumeOutputFolder(const std::string& folder, const OutputPlan& plan, std::string& error);
+
 }  // namespace myo_app

@@ -17,11 +17,16 @@
 #include "app/run/debug_view.h"
 #include "app/run/node_runner.h"
 #include "app/run/output_folder.h"
+#include "app/run/run_checkpoint.h"
+#include "app/run/run_tables.h"
+#include "app/run/scene_fingerprint.h"
 #include "app/run/scene_meshes.h"
 #include "app/run/scene_merge_host.h"
 #include "app/viewer/viewer_writer.h"
 #include "core/log/logger.h"
+#include "core/state/state_envelope.h"
 #include "io/atomic_file.h"
+#include "io/file_text.h"
 #include "io/map_file.h"
 #include "io/obj_mesh.h"
 #include "io/point_cache.h"
@@ -37,17 +42,6 @@ double PeakMemoryMegabytes() {
   getrusage(RUSAGE_SELF, &usage);
   return static_cast<double>(usage.ru_maxrss) / 1024.0;  // kilobytes on Linux
 }
-
-// Per node: what the summary reports.
-struct NodeTotals {
-  std::size_t frames = 0;
-  std::size_t steps = 0;
-  double evaluate_ms_sum = 0.0;
-  double evaluate_ms_max = 0.0;
-  double max_speed = 0.0;
-  std::optional<double> min_volume_ratio;  // nodes with a volume row
-  std::optional<double> max_volume_ratio;
-};
 
 // A shape node whose "writeOutActivation" is on at some frame: its
 // "outActivation" is written beside its frames.
@@ -77,39 +71,36 @@ void CompressionColor(float compression, float* rgba) {
   rgba[3] = 1.0f;
 }
 
-std::string Csv(double value) {
-  std::ostringstream out;
-  out.precision(9);
-  out << value;
-  return out.str();
-}
-
 class SceneRun {
  public:
-  SceneRun(const Scene& scene, const RunOptions& options) : scene_(scene), options_(options) {}
+  SceneRun(const Scene& scene, const RunOptions& options)
+      : scene_(scene),
+        options_(options),
+        fingerprint_(options.checkpoint_every > 0 || options.resume ? FingerprintScene(scene) : SceneFingerprint()) {}
 
   RunResult Run(std::string& error) {
     const auto begin = std::chrono::steady_clock::now();
-    // Every output is named and its place checked before the first frame.
-    if (!PrepareOutputFolder(options_.output_directory, Plan(), error)) return RunResult::kFailed;
-    const NodeRunner::OutputValues values = [this](const std::string& node, const std::string& attribute) {
-      const auto it = by_name_.find(node);
-      return it != by_name_.end() ? it->second->OutputValue(attribute) : 0.0;
-    };
-    for (const SceneNode& node : scene_.nodes)
-      runners_.push_back(std::make_unique<NodeRunner>(scene_, node, values));
-    for (std::size_t i = 0; i < runners_.size(); ++i) by_name_[scene_.nodes[i].name] = runners_[i].get();
-    if (!OpenOutputs(error)) return RunResult::kFailed;
-    OpenViewer();
-
     const Timeline& t = scene_.timeline;
+    // Every output is named and its place checked before the first frame.
+    std::optional<long long> resumed;  // the last frame of the checkpoint the run goes on from
+    if (options_.resume && !FindResumePoint(resumed, error)) return RunResult::kFailed;
+    resumed_from_ = resumed;
+    resume_seconds_ = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
+    if (resumed) {
+      if (!ResumeOutputFolder(options_.output_directory, Plan(), error)) return RunResult::kFailed;
+    } else {
+      if (!PrepareOutputFolder(options_.output_directory, Plan(), error)) return RunResult::kFailed;
+      CreateRunners();
+    }
+    if (!OpenOutputs(error)) return RunResult::kFailed;
+    OpenViewer(resumed.has_value());
+
+    const long long first = resumed ? *resumed + 1 : static_cast<long long>(t.preroll);
     const std::size_t total = static_cast<std::size_t>(t.end - t.preroll) + 1;
-    std::string csv = "frame,node,stepped,evaluate_ms,iterations,volume_ratio,max_speed\n";
-    std::string values_csv = ValuesHeader();
-    std::size_t done = 0;
+    std::size_t done = static_cast<std::size_t>(first - static_cast<long long>(t.preroll));
     RunMeshes meshes(scene_, Outputs());
     // Frames are whole numbers: counted as integers, they always advance.
-    for (long long whole = static_cast<long long>(t.preroll); whole <= static_cast<long long>(t.end); ++whole) {
+    for (long long whole = first; whole <= static_cast<long long>(t.end); ++whole) {
       const double frame = static_cast<double>(whole);
       if (Interrupted()) return RunResult::kInterrupted;
       const bool playing = frame != t.preroll;
@@ -119,21 +110,24 @@ class SceneRun {
         // A step cut short by a stop request is never written.
         if (Interrupted()) return RunResult::kInterrupted;
         if (!FiniteOutput(frame, *runner, error)) return RunResult::kFailed;
-        if (frame >= t.start) Record(frame, *runner, csv);
+        if (frame >= t.start) tables_->Record(frame, *runner);
       }
-      if (frame >= t.start && !values_csv.empty()) RecordValues(frame, values_csv);
+      if (frame >= t.start) tables_->RecordValues(frame);
       if (frame >= t.start && !WriteFrame(frame, error)) return RunResult::kFailed;
       if (frame >= t.start && viewer_ && !viewer_->AddFrame(frame, runners_, error)) return RunResult::kFailed;
+      if (CheckpointDue(t, options_.checkpoint_every, whole) && !SaveCheckpoint(whole, error))
+        return RunResult::kFailed;
       if (options_.progress) options_.progress(++done, total);
     }
     if (!CommitOutputs(error)) return RunResult::kFailed;
-    if (!myo_io::WriteFileAtomically(Path("figures.csv"), csv, error)) return RunResult::kFailed;
-    if (!values_csv.empty() && !myo_io::WriteFileAtomically(Path("values.csv"), values_csv, error))
+    if (!myo_io::WriteFileAtomically(Path("figures.csv"), tables_->figures(), error)) return RunResult::kFailed;
+    if (!tables_->values().empty() && !myo_io::WriteFileAtomically(Path("values.csv"), tables_->values(), error))
       return RunResult::kFailed;
     const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
     if (!myo_io::WriteFileAtomically(Path("summary.json"), Summary(seconds).dump(2, ' ', false, nlohmann::json::error_handler_t::replace) + "\n", error))
       return RunResult::kFailed;
     if (viewer_ && !viewer_->Commit(error)) return RunResult::kFailed;
+    RemoveCheckpoints(options_.output_directory);
     return RunResult::kDone;
   }
 
@@ -147,14 +141,171 @@ class SceneRun {
     };
   }
 
-  // The page is a help, not a result: without three.js the run goes on.
-  void OpenViewer() {
-    if (!options_.viewer) return;
+  void CreateRunners() {
+    runners_.clear();
+    by_name_.clear();
+    const NodeRunner::OutputValues values = [this](const std::string& node, const std::string& attribute) {
+      const auto it = by_name_.find(node);
+      return it != by_name_.end() ? it->second->OutputValue(attribute) : 0.0;
+    };
+    for (const SceneNode& node : scene_.nodes) runners_.push_back(std::make_unique<NodeRunner>(scene_, node, values));
+    for (std::size_t i = 0; i < runners_.size(); ++i) by_name_[scene_.nodes[i].name] = runners_[i].get();
+    tables_ = std::make_unique<RunTables>(runners_);
+  }
+
+  // The page is a help, not a result: without three.js the run goes on. A
+  // resumed run goes on with the page of the run before the checkpoint, and
+  // writes none when that run wrote none.
+  void OpenViewer(bool resumed) {
+    if (!options_.viewer || (resumed && !resume_viewer_)) return;
     viewer_ = std::make_unique<ViewerWriter>();
     std::string reason;
-    if (viewer_->Open(Path("viewer.html"), scene_, reason)) return;
+    if (viewer_->Open(Path("viewer.html"), scene_, reason, options_.checkpoint_every > 0 || resumed,
+                      resume_viewer_.value_or(ViewerProgress())))
+      return;
     myo_core::LogWarning(reason);
     viewer_.reset();
+  }
+
+  // The newest checkpoint of the output folder that can be gone on with,
+  // its states loaded into fresh runners: `resumed` is its frame, or empty
+  // when the folder holds no checkpoint. A damaged checkpoint is passed over
+  // with a warning for the one before it; a checkpoint of a changed scene
+  // or of another format stops the run.
+  bool FindResumePoint(std::optional<long long>& resumed, std::string& error) {
+    const std::vector<CheckpointFile> files = FindCheckpoints(options_.output_directory);
+    if (files.empty()) {
+      myo_core::LogInfo("No checkpoint in " + options_.output_directory + ": the run starts from its first frame.");
+      return true;
+    }
+    for (std::size_t k = 0; k < files.size(); ++k) {
+      const CheckpointFile& file = files[k];
+      std::string bytes, reason;
+      if (!myo_io::ReadFileText(file.path, bytes)) {
+        reason = "cannot be read";
+      } else if (myo_core::OpenState(bytes, reason)) {
+        myo_core::StateReader reader(bytes.data() + myo_core::kStateHeaderSize,
+                                     bytes.size() - myo_core::kStateHeaderSize);
+        CheckpointHead head;
+        CheckpointHeadFields(reader, head);
+        if (reader.ok()) {
+          const std::string changed = FingerprintDifference(head.fingerprint, fingerprint_);
+          if (!changed.empty()) {
+            error = file.path + ": the checkpoint belongs to another state of the scene: " + changed +
+                    "; run without --resume to start again";
+            return false;
+          }
+          if (head.format != static_cast<int32_t>(options_.format)) {
+            error = file.path + ": the run before the checkpoint wrote " +
+                    (head.format == static_cast<int32_t>(OutputFormat::kPc2) ? "point caches (-f pc2)" : "OBJ frames") +
+                    "; go on with the same format, or run without --resume to start again";
+            return false;
+          }
+          if (head.frame != file.frame)
+            reader.Fail("the checkpoint holds frame " + std::to_string(head.frame) + ", not the frame of its name");
+          CreateRunners();
+          RunStateFields(reader, *this);
+          reader.Finish();
+          if (reader.ok() && StreamsReady(reason)) {
+            resumed = head.frame;
+            myo_core::LogInfo("Going on from the checkpoint of frame " + std::to_string(head.frame) + " (" +
+                              file.path + ").");
+            return true;
+          }
+        }
+        if (reason.empty()) reason = reader.error();
+      }
+      myo_core::LogWarning(file.path + ": checkpoint refused: " + reason +
+                           (k + 1 < files.size() ? "; trying the one before it" : ""));
+    }
+    error = options_.output_directory + ": no usable checkpoint (" + std::to_string(files.size()) +
+            " refused); run without --resume to start again";
+    return false;
+  }
+
+  // The point caches and the page of a checkpoint are still there, at least
+  // as long as they were then.
+  bool StreamsReady(std::string& reason) const {
+    std::error_code ec;
+    auto holds = [&](const std::string& name, uint64_t bytes) {
+      const std::string path = Path(name) + ".partial.resume";
+      if (bytes == 0 || (fs::is_regular_file(path, ec) && fs::file_size(path, ec) >= bytes)) return true;
+      reason = path + " is missing or shorter than at the checkpoint";
+      return false;
+    };
+    for (std::size_t i = 0; i < resume_samples_.size() && i < scene_.nodes.size(); ++i) {
+      if (!scene_.nodes[i].type->deformer) continue;
+      const uint32_t points = scene_.BaseMesh(scene_.nodes[i])->data.PointCount();
+      if (resume_samples_[i] != 0 &&
+          !holds(scene_.nodes[i].name + ".pc2", myo_io::PointCacheWriter::FileSize(points, resume_samples_[i])))
+        return false;
+    }
+    return !resume_viewer_ || holds("viewer.html", resume_viewer_->bytes);
+  }
+
+  // The run's own state in a checkpoint, after its head: its tables, how far
+  // its point caches and page have come, then every node.
+  template <class Archive, class Self>
+  static void RunStateFields(Archive& a, Self& self) {
+    a.Section("run");
+    myo_core::ObjectState(a, *self.tables_);
+    if constexpr (Archive::kLoading) {
+      a.Array(self.resume_samples_);
+      bool viewer = false;
+      ViewerProgress progress;
+      a.Value(viewer);
+      a.Value(progress.bytes);
+      a.Value(progress.frames);
+      self.resume_viewer_ = viewer ? std::optional<ViewerProgress>(progress) : std::nullopt;
+      if (a.ok() && self.resume_samples_.size() != self.runners_.size())
+        a.Fail("the checkpoint's run had " + std::to_string(self.resume_samples_.size()) + " nodes, the scene " +
+               std::to_string(self.runners_.size()));
+    } else {
+      std::vector<uint32_t> samples;
+      for (const auto& cache : self.caches_) samples.push_back(cache ? cache->written() : 0);
+      samples.resize(self.runners_.size(), 0);
+      a.Array(samples);
+      const ViewerProgress progress = self.viewer_ ? self.viewer_->progress() : ViewerProgress();
+      a.Value(static_cast<bool>(self.viewer_));
+      a.Value(progress.bytes);
+      a.Value(progress.frames);
+    }
+    for (const auto& runner : self.runners_) myo_core::ObjectState(a, *runner);
+  }
+
+  // Hands the streams to the system, then writes the state after `frame`.
+  bool SaveCheckpoint(long long frame, std::string& error) {
+    for (auto& cache : caches_)
+      if (cache && !cache->Flush(error)) return false;
+    if (viewer_ && !viewer_->Flush(error)) return false;
+    const auto begin = std::chrono::steady_clock::now();
+    myo_core::StateWriter writer;
+    writer.Reserve(checkpoint_bytes_ + checkpoint_bytes_ / 16);
+    CheckpointHead head;
+    head.scene = scene_.path;
+    head.frame = frame;
+    head.format = static_cast<int32_t>(options_.format);
+    head.fingerprint = fingerprint_;
+    CheckpointHeadFields(writer, head);
+    RunStateFields(writer, *this);
+    if (!WriteCheckpoint(options_.output_directory, frame, writer.bytes(), error)) return false;
+    ++checkpoints_written_;
+    checkpoint_bytes_ = writer.bytes().size() + myo_core::kStateHeaderSize;
+    checkpoint_seconds_ += std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
+    return true;
+  }
+
+  // What the checkpoints of the run cost, and where it went on from.
+  nlohmann::json CheckpointSummary() const {
+    nlohmann::json summary = {{"every", options_.checkpoint_every},
+                              {"written", checkpoints_written_},
+                              {"seconds", checkpoint_seconds_},
+                              {"bytes", checkpoint_bytes_}};
+    if (resumed_from_) {
+      summary["resumed_from_frame"] = *resumed_from_;
+      summary["resume_seconds"] = resume_seconds_;
+    }
+    return summary;
   }
 
   bool Interrupted() const { return options_.interrupted != nullptr && options_.interrupted->load(); }
@@ -195,6 +346,10 @@ class SceneRun {
     if (values) plan.files.push_back("values.csv");
     plan.files.push_back("summary.json");
     if (options_.viewer) plan.files.push_back("viewer.html");
+    if (options_.checkpoint_every > 0) {
+      plan.folders.push_back(kCheckpointFolder);
+      for (std::string& path : CheckpointPaths(t, options_.checkpoint_every)) plan.files.push_back(std::move(path));
+    }
     return plan;
   }
 
@@ -222,9 +377,14 @@ class SceneRun {
       }
       auto cache = std::make_unique<myo_io::PointCacheWriter>();
       const uint32_t points = scene_.BaseMesh(node)->data.PointCount();
-      if (!cache->Open(Path(node.name + ".pc2"), points, static_cast<float>(t.start),
-                       static_cast<uint32_t>(t.end - t.start) + 1, error))
-        return false;
+      const uint32_t samples = static_cast<uint32_t>(t.end - t.start) + 1;
+      const std::size_t i = caches_.size();
+      const bool opened =
+          options_.checkpoint_every > 0 || !resume_samples_.empty()
+              ? cache->OpenResumable(Path(node.name + ".pc2"), points, static_cast<float>(t.start), samples,
+                                     i < resume_samples_.size() ? resume_samples_[i] : 0, error)
+              : cache->Open(Path(node.name + ".pc2"), points, static_cast<float>(t.start), samples, error);
+      if (!opened) return false;
       caches_.push_back(std::move(cache));
     }
     return true;
@@ -309,39 +469,6 @@ class SceneRun {
     return true;
   }
 
-  // One column per single value output of every node that is no deformer,
-  // "node.attribute"; empty when there is none.
-  std::string ValuesHeader() const {
-    std::string header;
-    for (const auto& runner : runners_)
-      for (const std::string& output : runner->ValueOutputs()) header += "," + runner->node().name + "." + output;
-    return header.empty() ? header : "frame" + header + "\n";
-  }
-
-  void RecordValues(double frame, std::string& csv) const {
-    csv += FrameTag(frame);
-    for (const auto& runner : runners_)
-      for (const std::string& output : runner->ValueOutputs()) csv += "," + Csv(runner->OutputValue(output));
-    csv += "\n";
-  }
-
-  void Record(double frame, const NodeRunner& runner, std::string& csv) {
-    const NodeFigures& f = runner.figures();
-    NodeTotals& totals = totals_[runner.node().name];
-    ++totals.frames;
-    totals.steps += f.stepped ? 1 : 0;
-    totals.evaluate_ms_sum += f.evaluate_ms;
-    totals.evaluate_ms_max = std::max(totals.evaluate_ms_max, f.evaluate_ms);
-    totals.max_speed = std::max(totals.max_speed, f.max_speed);
-    if (f.volume_ratio) {
-      totals.min_volume_ratio = std::min(totals.min_volume_ratio.value_or(*f.volume_ratio), *f.volume_ratio);
-      totals.max_volume_ratio = std::max(totals.max_volume_ratio.value_or(*f.volume_ratio), *f.volume_ratio);
-    }
-    csv += FrameTag(frame) + "," + runner.node().name + "," + (f.stepped ? "1" : "0") + "," + Csv(f.evaluate_ms) +
-           "," + std::to_string(f.iterations) + "," + (f.volume_ratio ? Csv(*f.volume_ratio) : "") + "," +
-           Csv(f.max_speed) + "\n";
-  }
-
   // Where the summary says a node's results are.
   std::string OutputOf(const SceneNode& node) const {
     switch (node.type->kind) {
@@ -358,7 +485,7 @@ class SceneRun {
     const Timeline& t = scene_.timeline;
     nlohmann::json nodes = nlohmann::json::array();
     for (const SceneNode& node : scene_.nodes) {
-      const NodeTotals& totals = totals_.at(node.name);
+      const NodeTotals totals = tables_->Totals(node.name);
       nlohmann::json entry = {
           {"name", node.name},
           {"type", node.type->name},
@@ -377,7 +504,7 @@ class SceneRun {
       }
       nodes.push_back(entry);
     }
-    return {
+    nlohmann::json summary = {
         {"scene", scene_.path},
         {"timeline", {{"preroll", t.preroll}, {"start", t.start}, {"end", t.end}, {"fps", t.fps}}},
         {"frames_simulated", static_cast<std::size_t>(t.end - t.preroll) + 1},
@@ -388,6 +515,8 @@ class SceneRun {
         {"nodes", nodes},
         {"figures", "figures.csv"},
     };
+    if (options_.checkpoint_every > 0 || options_.resume) summary["checkpoints"] = CheckpointSummary();
+    return summary;
   }
 
   const Scene& scene_;
@@ -395,8 +524,20 @@ class SceneRun {
   std::vector<std::unique_ptr<NodeRunner>> runners_;
   std::map<std::string, const NodeRunner*> by_name_;
   std::vector<std::unique_ptr<myo_io::PointCacheWriter>> caches_;
-  std::map<std::string, NodeTotals> totals_;
+  std::unique_ptr<RunTables> tables_;
   std::unique_ptr<ViewerWriter> viewer_;
+  const SceneFingerprint fingerprint_;
+  // What a checkpoint says of the streams of the run before it: the samples
+  // of each node's point cache (0 for a node without), and the page's
+  // progress, none when that run wrote no page.
+  std::vector<uint32_t> resume_samples_;
+  std::optional<ViewerProgress> resume_viewer_;
+  // For the summary.
+  std::optional<long long> resumed_from_;
+  double resume_seconds_ = 0.0;  // finding and loading the checkpoint
+  std::size_t checkpoints_written_ = 0;
+  double checkpoint_seconds_ = 0.0;
+  std::size_t checkpoint_bytes_ = 0;  // of the last one
 };
 
 }  // namespace

@@ -24,6 +24,13 @@ struct RunOptions {
   std::function<void(std::size_t, std::size_t)> progress;
   // Set from a signal handler: the run stops after the frame in progress.
   const std::atomic<bool>* interrupted = nullptr;
+  // A checkpoint after every this many simulated frames; 0 for none.
+  uint32_t checkpoint_every = 0;
+  // Go on from the newest usable checkpoint in the output folder that
+  // belongs to this scene; without any checkpoint the run starts from its
+  // first frame. A checkpoint of a changed scene, mesh, map or format is
+  // refused; a damaged one is passed over for the one before it.
+  bool resume = false;
 };
 
 enum class RunResult { kDone, kFailed, kInterrupted };
@@ -36,7 +43,9 @@ enum class RunResult { kDone, kFailed, kInterrupted };
 // - figures.csv: one row per node and written frame;
 // - summary.json: the run as a whole;
 // - viewer.html when asked for and three.js is at hand (a missing three.js
-//   is a warning, not a failure).
+//   is a warning, not a failure);
+// - checkpoints/checkpoint.<frame>.myostate while the run goes on, when
+//   asked for (see run_checkpoint.h); none are left when it finishes.
 // Every file is written atomically. On a failure `error` names it.
 RunResult RunScene(const Scene& scene, const RunOptions& options, std::string& error);
 

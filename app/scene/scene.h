@@ -80,6 +80,9 @@ struct SceneNode {
 
 struct Scene {
   std::string path;  // the scene file
+  // Every file read for the scene, in the order read: the scene file, then
+  // its meshes and map files, as opened.
+  std::vector<std::string> inputs;
   Timeline timeline;
   std::vector<SceneTransform> transforms;
   std::vector<SceneMesh> meshes;

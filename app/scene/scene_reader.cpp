@@ -116,6 +116,7 @@ class SceneReader {
 
   void Read() {
     const std::string text = ReadText(path_, "the scene file");
+    scene_.inputs.push_back(path_);
     json root = ParseJsonDocument(text, path_);
     const Field top(path_, "");
     ExpectObject(root, top);
@@ -220,6 +221,7 @@ class SceneReader {
       const std::string file = InputFile(path_, value["file"], f["file"]);
       std::string error;
       if (!myo_io::ReadObjMesh(file, item.obj, error)) f["file"].Fail(error);
+      scene_.inputs.push_back(file);
       if (item.obj.polygons.points.empty()) f["file"].Fail(file + ": the mesh has no vertices");
       if (!myo_core::BuildMeshData(item.obj.polygons.points, item.obj.polygons.vertex_counts,
                                    item.obj.polygons.vertices, item.data, error))
@@ -612,6 +614,7 @@ class SceneReader {
         file = InputFile(path_, value["file"], f["file"]);
         std::string error;
         if (!myo_io::ReadMapFile(file, map.values, error)) f["file"].Fail(error);
+        scene_.inputs.push_back(file);
       }
       if (map.values.size() != static_cast<std::size_t>(points) * width)
         f.Fail("the map has " + std::to_string(map.values.size()) + " values; the mesh has " +

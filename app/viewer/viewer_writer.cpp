@@ -57,7 +57,8 @@ std::string FindThreeJs() {
   return {};
 }
 
-bool ViewerWriter::Open(const std::string& path, const Scene& scene, std::string& reason) {
+bool ViewerWriter::Open(const std::string& path, const Scene& scene, std::string& reason, bool resumable,
+                        ViewerProgress from) {
   scene_ = &scene;
   const std::string three_path = FindThreeJs();
   std::string three;
@@ -86,10 +87,13 @@ bool ViewerWriter::Open(const std::string& path, const Scene& scene, std::string
     object.animated = !mesh.parent.empty() || !mesh.follows.empty();
     objects_.push_back(object);
   }
-  if (!file_.Open(path, reason)) {
+  const bool opened = resumable ? file_.OpenResumable(path, from.bytes, reason) : file_.Open(path, reason);
+  if (!opened) {
     reason = "viewer.html not written: " + reason;
     return false;
   }
+  frames_ = from.frames;
+  if (from.bytes != 0) return true;  // the head is in the file already
   const std::string head = ViewerPageHead(scene.path) + "<script>\n" + InlineScriptText(three) + "\n</script>\n";
   if (!file_.Write(head, reason)) {
     reason = "viewer.html not written: " + reason;

@@ -26,12 +26,25 @@ namespace myo_app {
 // none is a readable file.
 std::string FindThreeJs();
 
+// How far a page has come: the bytes of its temporary file and its frames.
+struct ViewerProgress {
+  uint64_t bytes = 0;
+  std::size_t frames = 0;
+};
+
 class ViewerWriter {
  public:
+
   // Reads three.js and starts the page at `path`. False with one line
   // telling why (three.js missing and how to install it, or the file that
-  // cannot be written); the run goes on without a page then.
-  bool Open(const std::string& path, const Scene& scene, std::string& reason);
+  // cannot be written); the run goes on without a page then. A resumable
+  // page (a run with checkpoints) keeps its temporary file for a run that
+  // goes on from a checkpoint, which passes the progress saved with it.
+  bool Open(const std::string& path, const Scene& scene, std::string& reason, bool resumable = false,
+            ViewerProgress from = {});
+  ViewerProgress progress() const { return {file_.size(), frames_}; }
+  // Hands the frames written so far to the system (before a checkpoint).
+  bool Flush(std::string& error) { return file_.Flush(error); }
   // The data of a written frame: every object's matrix and points, the
   // channels and debug lines of this frame.
   bool AddFrame(double frame, const std::vector<std::unique_ptr<NodeRunner>>& runners, std::string& error);

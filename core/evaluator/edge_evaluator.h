@@ -21,6 +21,9 @@
 
 namespace myo_core {
 
+class StateReader;
+class StateWriter;
+
 // What one evaluation reads besides the meshes.
 struct EdgeEvaluatorFrame {
   float initialization_time = 0.0f;  // "initializationTime", seconds
@@ -74,8 +77,16 @@ class EdgeEvaluator {
   int32_t thread_count() const { return thread_count_; }
   const std::vector<int32_t>& chunk_sizes() const { return chunk_sizes_; }
   const std::vector<int32_t>& chunk_starts() const { return chunk_starts_; }
+  // The state carried from one evaluation to the next, saved to and
+  // restored from a checkpoint (core/state); a failed load names its fault
+  // in the reader.
+  void SaveState(StateWriter& writer) const;
+  void LoadState(StateReader& reader);
 
  private:
+  // One field list for SaveState and LoadState; Self is const to save.
+  template <class Archive, class Self>
+  static void StateFields(Archive& archive, Self& self);
   bool Fail(std::string message);
   void PartitionVertices();
 

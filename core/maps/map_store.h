@@ -10,6 +10,9 @@
 
 namespace myo_core {
 
+class StateReader;
+class StateWriter;
+
 class MapStore : public MapPort {
  public:
   // Sets one element; width is 1 for a scalar map, the child count for a
@@ -20,6 +23,10 @@ class MapStore : public MapPort {
   void SetAll(const std::string& list, const std::string& element, uint32_t index,
               const std::vector<float>& values, uint32_t width = 1);
   void Clear() { maps_.clear(); }
+  // Every map as it stands, saved to and restored from a checkpoint: a
+  // build may write repaired maps back.
+  void SaveState(StateWriter& writer) const;
+  void LoadState(StateReader& reader);
 
   uint32_t ElementCount(const std::string& list, const std::string& element,
                         uint32_t index) const override;
@@ -38,6 +45,9 @@ class MapStore : public MapPort {
                     const std::vector<float>& values) override;
 
  private:
+  // One field list for SaveState and LoadState; Self is const to save.
+  template <class Archive, class Self>
+  static void StateFields(Archive& archive, Self& self);
   struct SparseArray {
     uint32_t width = 1;
     std::map<uint32_t, std::vector<float>> elements;  // position -> width values

@@ -17,6 +17,9 @@
 
 namespace myo_core {
 
+class StateReader;
+class StateWriter;
+
 enum class MergeSourceKind {
   kSimulated,  // "simList": "simWorldMesh", "simWorldMatrix"
   kAnimated,   // "animList": "animWorldMesh", "animWorldMatrix"
@@ -77,8 +80,16 @@ class SkinMerge {
 
   const SkinMergeData& data() const { return data_; }
   bool bound() const { return !data_.merge_positions_.empty(); }
+  // The state carried from one evaluation to the next, saved to and
+  // restored from a checkpoint (core/state); a failed load names its fault
+  // in the reader.
+  void SaveState(StateWriter& writer) const;
+  void LoadState(StateReader& reader);
 
  private:
+  // One field list for SaveState and LoadState; Self is const to save.
+  template <class Archive, class Self>
+  static void StateFields(Archive& archive, Self& self);
   SkinMergeData data_;
 };
 

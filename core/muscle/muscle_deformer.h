@@ -18,6 +18,9 @@
 
 namespace myo_core {
 
+class StateReader;
+class StateWriter;
+
 struct MuscleEvaluation {
   FrameDecision decision;         // what this evaluation did
   bool stepped = false;
@@ -60,8 +63,16 @@ class MuscleFamilyDeformer {
   const MuscleNodeState& node() const { return node_; }
   MuscleNodeState& node() { return node_; }
   float last_time() const { return last_time_; }
+  // The state carried from one evaluation to the next, saved to and
+  // restored from a checkpoint (core/state); a failed load names its fault
+  // in the reader.
+  void SaveState(StateWriter& writer) const;
+  void LoadState(StateReader& reader);
 
  private:
+  // One field list for SaveState and LoadState; Self is const to save.
+  template <class Archive, class Self>
+  static void StateFields(Archive& archive, Self& self);
   void Initialize(const MuscleFrameValues& frame, const FrameConnections& connections, bool reset_positions,
                   DeformerHost& host, MapPort& maps);
   void SetFrameScalars(const MuscleFrameValues& frame, const std::vector<TargetInput>& targets, float dt,

@@ -17,6 +17,9 @@
 
 namespace myo_core {
 
+class StateReader;
+class StateWriter;
+
 struct ShapeEvaluation {
   FrameDecision decision;
   bool stepped = false;
@@ -45,8 +48,16 @@ class ShapeDeformer {
   float mesh_diagonal() const { return node_.mesh_diagonal_; }
   // A collision mesh was connected at the last build.
   bool has_collider() const { return node_.has_collider_; }
+  // The state carried from one evaluation to the next, saved to and
+  // restored from a checkpoint (core/state); a failed load names its fault
+  // in the reader.
+  void SaveState(StateWriter& writer) const;
+  void LoadState(StateReader& reader);
 
  private:
+  // One field list for SaveState and LoadState; Self is const to save.
+  template <class Archive, class Self>
+  static void StateFields(Archive& archive, Self& self);
   void Build(const ShapeFrameValues& frame, const FrameDecision& decision, const MeshData& input_mesh,
              DeformerHost& host, MapPort& maps);
   void Step(const ShapeFrameValues& frame, const FrameDecision& decision, const std::vector<double>& input,

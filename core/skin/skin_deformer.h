@@ -17,6 +17,9 @@
 
 namespace myo_core {
 
+class StateReader;
+class StateWriter;
+
 struct SkinEvaluation {
   FrameDecision decision;
   bool stepped = false;
@@ -44,8 +47,16 @@ class SkinDeformer {
   float last_time() const { return last_time_; }
   // Diagonal of the reference mesh in world space at the last build; -1 before.
   float mesh_diagonal() const { return mesh_diagonal_; }
+  // The state carried from one evaluation to the next, saved to and
+  // restored from a checkpoint (core/state); a failed load names its fault
+  // in the reader.
+  void SaveState(StateWriter& writer) const;
+  void LoadState(StateReader& reader);
 
  private:
+  // One field list for SaveState and LoadState; Self is const to save.
+  template <class Archive, class Self>
+  static void StateFields(Archive& archive, Self& self);
   void ReadReference(const MeshData& reference, const Matrix& matrix, const std::string& node_name);
 
   std::unique_ptr<SkinSolver> solver_;
