@@ -113,3 +113,29 @@ TEST(RowScheduleTest, WindowsLevelRunsOfRowsOneAfterAnother) {
     }
   }
 }
+
+// A pass whose first thread solved three quarters of the shares or more
+// found the others not running: the next passes run on one thread, then a
+// later one tries the threads again. Tests that thread every level are
+// never held back.
+TEST(RowScheduleTest, APassTheOtherThreadsMissedHoldsTheNextOnesBack) {
+  ASSERT_GT(LevelThreadingMinimum(), 0u);
+  while (LevelPassesHeldBack()) {  // what earlier passes of this process left
+  }
+  NoteLevelPassShares(5, 10);
+  EXPECT_FALSE(LevelPassesHeldBack());
+  NoteLevelPassShares(6, 8);
+  uint32_t held = 0;
+  while (LevelPassesHeldBack() && held < 1000) ++held;
+  EXPECT_GT(held, 8u);
+  EXPECT_LT(held, 1000u);
+  NoteLevelPassShares(2, 2);  // too few shares to tell
+  EXPECT_FALSE(LevelPassesHeldBack());
+  NoteLevelPassShares(8, 8);
+  {
+    myo_test::ScopedLevelThreads team(2);
+    EXPECT_FALSE(LevelPassesHeldBack());
+  }
+  while (LevelPassesHeldBack()) {
+  }
+}

@@ -13,6 +13,12 @@ namespace {
 
 std::atomic<uint32_t> level_threading_minimum{128};
 
+// Passes still to run on one thread after a pass found the machine busy.
+std::atomic<uint32_t> held_back_passes{0};
+
+// Passes held back after a busy one: a step runs a few dozen passes.
+constexpr uint32_t kHeldBackPasses = 64;
+
 inline void Pause() {
 #if defined(__SSE2__) || defined(_M_X64)
   _mm_pause();
@@ -25,9 +31,24 @@ uint32_t LevelThreadingMinimum() { return level_threading_minimum.load(std::memo
 
 void SetLevelThreadingMinimum(uint32_t rows) { level_threading_minimum.store(rows, std::memory_order_relaxed); }
 
-int LevelPassThreads(uint32_t largest_level) {
-  if (omp_in_parallel() || largest_level < LevelThreadingMinimum()) return 1;
+int LevelPassThreads(uint32_t largest_level, uint32_t rows) {
+  const uint64_t minimum = LevelThreadingMinimum();
+  if (omp_in_parallel() || largest_level < minimum || rows < 512 * minimum) return 1;
   return std::min(omp_get_max_threads(), kMaxLevelThreads);
+}
+
+bool LevelPassesHeldBack() {
+  if (LevelThreadingMinimum() == 0) return false;
+  uint32_t left = held_back_passes.load(std::memory_order_relaxed);
+  while (left > 0 && !held_back_passes.compare_exchange_weak(left, left - 1, std::memory_order_relaxed)) {
+  }
+  return left > 0;
+}
+
+void NoteLevelPassShares(uint32_t first_thread_shares, uint32_t all_shares) {
+  // Three quarters or more on the first thread: the others hardly ran.
+  if (all_shares >= 8 && 4 * static_cast<uint64_t>(first_thread_shares) >= 3 * static_cast<uint64_t>(all_shares))
+    held_back_passes.store(kHeldBackPasses, std::memory_order_relaxed);
 }
 
 void BackOff(uint32_t& spins) {

@@ -20,7 +20,7 @@ namespace myo_core {
 
 // Passes of independent per-row work (packing a step's row values) over at
 // least this many rows are shared out over the threads.
-constexpr int64_t kParallelPrepareRows = 16384;
+constexpr int64_t kParallelPrepareRows = 65536;
 
 // Most threads a level pass runs on; a larger team is cut to this size.
 constexpr int kMaxLevelThreads = 64;
@@ -34,9 +34,13 @@ constexpr int kMaxLevelThreads = 64;
 uint32_t LevelThreadingMinimum();
 void SetLevelThreadingMinimum(uint32_t rows);
 
-// Threads a pass runs on: 1 when no level reaches `largest_level` rows of
-// the minimum, else omp_get_max_threads() up to kMaxLevelThreads.
-int LevelPassThreads(uint32_t largest_level);
+// Threads a pass runs on: 1 when no level reaches the minimum
+// (`largest_level` rows is the largest) or when the pass holds fewer than
+// 512 times the minimum rows in all (`rows`): starting and joining threads,
+// which waits for a thread the system has not run yet on a busy machine, is
+// worth it only on large tables. Else omp_get_max_threads() up to
+// kMaxLevelThreads.
+int LevelPassThreads(uint32_t largest_level, uint32_t rows);
 
 // The share of one thread in every level: `claimed` counts the levels whose
 // share has been taken, by the thread or by another, and `finished` those
@@ -53,6 +57,13 @@ inline bool ClaimLevelShare(LevelShareState& state, uint32_t level) {
   return state.claimed.load(std::memory_order_relaxed) == level &&
          state.claimed.compare_exchange_strong(expected, level + 1, std::memory_order_acq_rel);
 }
+
+// A busy machine: when the first thread of a pass ended up solving most of
+// the shares itself, the others were not running, and starting them cost
+// more than it gave. The next passes then run on one thread, and a later one
+// tries again. The result is the same either way.
+bool LevelPassesHeldBack();
+void NoteLevelPassShares(uint32_t first_thread_shares, uint32_t all_shares);
 
 // Pauses the calling thread a little longer each time it waits in vain.
 void BackOff(uint32_t& spins);
@@ -83,7 +94,8 @@ void ForEachLevelChunk(const std::vector<uint32_t>& level_offsets, ChunkPass&& c
   uint32_t largest = 0;
   for (uint32_t level = 0; level < levels; ++level)
     largest = std::max(largest, level_offsets[level + 1] - level_offsets[level]);
-  const int threads = LevelPassThreads(largest);
+  const int threads =
+      LevelPassesHeldBack() ? 1 : LevelPassThreads(largest, level_offsets.back() - level_offsets.front());
   const auto solve_levels = [&](uint32_t first_level, uint32_t last_level) {
     for (uint32_t level = first_level; level < last_level; ++level)
       if (level_offsets[level] < level_offsets[level + 1]) chunk_pass(level_offsets[level], level_offsets[level + 1]);
@@ -94,15 +106,18 @@ void ForEachLevelChunk(const std::vector<uint32_t>& level_offsets, ChunkPass&& c
   }
   const auto shared = [&](uint32_t level) { return level_offsets[level + 1] - level_offsets[level] >= minimum; };
   LevelShareState shares[kMaxLevelThreads];
+  std::atomic<uint32_t> all_shares{0}, first_thread_shares{0};
 #pragma omp parallel num_threads(threads)
   {
     const int t = omp_get_thread_num(), team = omp_get_num_threads();
+    uint32_t solved = 0;  // shares of shared levels this thread solved
     // Unit `unit` spans levels [begin, end); each thread walks the same units.
     const auto solve_share = [&](uint32_t unit, uint32_t begin, uint32_t end, int owner) {
       if (end - begin == 1 && shared(begin)) {
         uint32_t first = 0, last = 0;
         LevelShare(level_offsets[begin], level_offsets[end], owner, team, first, last);
         if (first < last) chunk_pass(first, last);
+        ++solved;
       } else if (owner == 0) {
         solve_levels(begin, end);
       }
@@ -127,7 +142,10 @@ void ForEachLevelChunk(const std::vector<uint32_t>& level_offsets, ChunkPass&& c
       previous_end = end;
       begin = end;
     }
+    all_shares.fetch_add(solved, std::memory_order_relaxed);
+    if (t == 0) first_thread_shares.store(solved, std::memory_order_relaxed);
   }
+  NoteLevelPassShares(first_thread_shares.load(), all_shares.load());
 }
 
 }  // namespace myo_core
