@@ -22,7 +22,6 @@ using myo_core::Matrix;
 using myo_core::MeshData;
 using myo_core::SlideCollisionConstraints;
 using myo_core::Vec3;
-using myo_test::ExpectVec;
 
 // The closest point of all of a mesh's world-space triangles, measured one by one.
 float NearestDistance(Vec3 p, const MeshData& mesh) {
@@ -73,10 +72,6 @@ struct CollisionBinding {
   bool Bind() {
     return myo_core::InitSlideCollisionConstraints(input, maps, positions, lambdas, collision_map, diagonal, group);
   }
-  Vec3 WorldPoint(uint32_t i) const {
-    const Vec3 p = myo_core::Load3(positions.data(), i);
-    return myo_core::IsIdentity(input.world_matrix) ? p : myo_core::TransformPoint(p, input.world_matrix);
-  }
 };
 
 // Whether point i's closest point lies on the collider triangle it records.
@@ -104,7 +99,7 @@ TEST(SlideCollisionBinding, BindsEachPointToItsClosestColliderPointAndSide) {
   EXPECT_EQ(b.lambdas.size(), 2u + n);
   EXPECT_EQ(b.group.inside_flags_, b.inside);
   for (uint32_t i = 0; i < n; ++i) {
-    const Vec3 p = b.WorldPoint(i);
+    const Vec3 p = myo_core::Load3(b.positions.data(), i);
     EXPECT_NEAR(b.group.collision_distances_[i], NearestDistance(p, b.collider), 1e-5f) << "point " << i;
     // The closest point lies on the recorded triangle, at the bound distance.
     const Vec3 q = myo_core::Load3(b.group.closest_points_.data(), i);
@@ -116,16 +111,6 @@ TEST(SlideCollisionBinding, BindsEachPointToItsClosestColliderPointAndSide) {
     EXPECT_GT(b.group.sliding_counts_[i], 1u);
     EXPECT_NE(std::find(list, list + b.group.sliding_counts_[i], t), list + b.group.sliding_counts_[i]);
     EXPECT_EQ(b.group.sliding_inactive_[i], 0);
-  }
-
-  // The first search finds the same closest points on the unmoved collider,
-  // each on the triangle it records.
-  const std::vector<float> bound = b.group.closest_points_;
-  b.group.inverse_masses_.assign(n, 1.0f);
-  myo_core::UpdateCollisionSlidingPoints(false, b.positions, myo_core::IdentityMatrix(), b.group);
-  for (uint32_t i = 0; i < n; ++i) {
-    ExpectVec(myo_core::Load3(b.group.closest_points_.data(), i), myo_core::Load3(bound.data(), i), 1e-5f);
-    EXPECT_TRUE(OnRecordedTriangle(b, i)) << "point " << i;
   }
 }
 
@@ -156,53 +141,6 @@ TEST(SlideCollisionBinding, PointsWithoutWeightOrReachHaveNoList) {
                                       myo_core::IdentityMatrix(), myo_core::IdentityMatrix(), positions.data(),
                                       b.lambdas.data());
     EXPECT_EQ(positions, b.positions);
-  }
-}
-
-TEST(SlideCollisionBinding, BoundOnARestPoseTheClosestPointsStartOnTheCurrentPose) {
-  CollisionBinding b;
-  ASSERT_TRUE(b.Bind());
-  const SlideCollisionConstraints at_rest = b.group;
-  // The collision mesh has since moved up by 0.5 and turned a little: the
-  // binding still reads distances, sides and lists from the rest mesh, and
-  // starts from the same surface points on the moved mesh.
-  const Matrix moved = myo_test::RotationZ(0.2f, {0.0f, 0.5f, 0.0f});
-  myo_core::FillWorldSpace(moved, b.current);
-  ASSERT_TRUE(b.Bind());
-  EXPECT_EQ(b.group.collision_distances_, at_rest.collision_distances_);
-  EXPECT_EQ(b.group.sliding_triangles_, at_rest.sliding_triangles_);
-  for (uint32_t i = 0; i < b.Count(); ++i)
-    ExpectVec(myo_core::Load3(b.group.closest_points_.data(), i),
-              myo_core::TransformPoint(myo_core::Load3(at_rest.closest_points_.data(), i), moved), 1e-5f);
-}
-
-TEST(SlideCollisionBinding, TheColliderMatrixAndTheSolversMatrixPlaceThePoints) {
-  CollisionBinding plain;
-  ASSERT_TRUE(plain.Bind());
-
-  // The same scene, the collider scaled by 2 and moved into the world by its
-  // matrix, the points kept by the solver 0.3 to the left of the world.
-  CollisionBinding placed;
-  const Matrix collider_matrix = myo_test::Affine(1.0f, -2.0f, 0.5f, 2.0f);
-  placed.input.binding_matrix = collider_matrix;
-  myo_core::FillWorldSpace(collider_matrix, placed.collider);
-  myo_core::FillWorldSpace(collider_matrix, placed.current);
-  placed.input.world_matrix = myo_core::TranslationMatrix(0.3f, 0.0f, 0.0f);
-  placed.input.max_distance = 2.0f * plain.input.max_distance;
-  for (uint32_t i = 0; i < placed.Count(); ++i) {
-    const Vec3 world = myo_core::TransformPoint(myo_core::Load3(plain.positions.data(), i), collider_matrix);
-    myo_core::Store3(placed.positions.data(), i, world - Vec3{0.3f, 0.0f, 0.0f});
-  }
-  ASSERT_TRUE(placed.Bind());
-  EXPECT_NEAR(placed.diagonal, 2.0f * plain.diagonal, 1e-5f);
-  EXPECT_EQ(placed.group.inside_flags_, plain.group.inside_flags_);
-  EXPECT_EQ(placed.group.closest_triangles_, plain.group.closest_triangles_);
-  EXPECT_EQ(placed.group.sliding_counts_, plain.group.sliding_counts_);
-  for (uint32_t i = 0; i < plain.Count(); ++i) {
-    EXPECT_NEAR(placed.group.collision_distances_[i], 2.0f * plain.group.collision_distances_[i], 1e-5f);
-    ExpectVec(myo_core::Load3(placed.group.closest_points_.data(), i),
-              myo_core::TransformPoint(myo_core::Load3(plain.group.closest_points_.data(), i), collider_matrix),
-              1e-5f);
   }
 }
 
