@@ -1,8 +1,8 @@
 // The learning's course through a host: validation messages in their order,
 // the failed targets listed, masks refused before they could be read past,
 // progress as a bar or as log lines, fibers from the target with the longest
-// mean, the file's ids addressed by the mask as given, and a file that the
-// activation reads back.
+// mean, the file's ids addressed by the mask as given, and a file that reads
+// back.
 
 #include <gtest/gtest.h>
 
@@ -11,9 +11,7 @@
 #include <string>
 #include <vector>
 
-#include "core/activation/patch_activations.h"
 #include "core/learning/learn_muscle_patches.h"
-#include "core/learning/patch_dataset.h"
 #include "core/patches/muscle_patches_file.h"
 #include "support/command_runner.h"
 #include "support/log_capture.h"
@@ -220,61 +218,6 @@ TEST(LearnPatches, ABarWithDrawingAndAMaskTakenAsGiven) {
   EXPECT_EQ(std::vector<float>(host.colors_.begin(), host.colors_.begin() + 4), std::vector<float>(4, 1.0f));
   EXPECT_NE(std::vector<float>(host.colors_.begin() + 4, host.colors_.begin() + 8),
             std::vector<float>(host.colors_.begin() + 24, host.colors_.begin() + 28));
-}
-
-TEST(LearnPatches, AnEmptyPatchShiftsTheFibersOfTheFile) {
-  // Four still vertices and two moving alike: three patches whose seeds land
-  // twice on still vertices leave one patch empty, and the file holds two
-  // fiber triples for ids that reach three.
-  FakeHost host;
-  std::vector<float> neutral, pose;
-  for (int v = 0; v < 6; ++v) {
-    neutral.insert(neutral.end(), {static_cast<float>(v), 0.0f, 0.0f});
-    pose.insert(pose.end(), {static_cast<float>(v), v < 4 ? 0.0f : 1.0f, 0.0f});
-  }
-  host.meshes_ = {{"neutral", neutral}, {"pose", pose}};
-  myo_test::TemporaryDirectory folder;
-  LearnPatchesRequest request = StripRequest(folder.File("shift.mmp"));
-  request.targets = {"pose"};
-  request.patch_count = 3;
-  bool found = false;
-  for (unsigned seed = 1; seed < 200 && !found; ++seed) {
-    std::srand(seed);
-    const LearnPatchesResult result = myo_core::LearnMusclePatches(request, host);
-    ASSERT_TRUE(result.ok) << result.error;
-    if (result.fibers.size() != 2 || result.ids[4] != 3) continue;
-    found = true;
-    EXPECT_EQ(result.ids[0], 1);  // the lower of the two still seeds
-    // Read back, id 3 names no triple and activates nothing.
-    std::vector<int32_t> ids;
-    std::vector<float> fibers;
-    ASSERT_TRUE(myo_core::ReadMusclePatchesFile(request.output_path, 6, ids, fibers));
-    std::vector<float> activations(6, 0.0f);
-    ASSERT_TRUE(myo_core::ComputePatchActivations(neutral, pose, fibers, std::vector<int32_t>(6, 1), ids, false,
-                                                  activations));
-    EXPECT_EQ(activations[4], 0.0f);
-  }
-  EXPECT_TRUE(found) << "no seed put two seeds on still vertices below the moving one";
-}
-
-TEST(LearnPatches, FibersComeFromTheLongestMeanTheFirstTargetWinningTies) {
-  // Two rows per patch; patch 2 has none. Target 0 moves patch 1 by (0, 2, 0)
-  // on average, target 1 by (2, 0, 0): a tie, so target 0 gives the fiber.
-  // Patch 3 moves further in target 1. Patch 4 does not move at all.
-  const std::vector<std::vector<double>> displacements = {
-      {0, 1, 0, 0, 3, 0, 1, 0, 0, 1, 0, 0, 0, 0, 0, 0, 0, 0},
-      {1, 0, 0, 3, 0, 0, 0, 0, 3, 0, 0, 1, 0, 0, 0, 0, 0, 0}};
-  const std::vector<int32_t> cluster_ids = {1, 1, 3, 3, 4, 4};
-  const auto fibers = myo_core::PatchFibers(displacements, cluster_ids);
-  ASSERT_EQ(fibers.size(), 3u);  // no triple for the empty patch 2
-  EXPECT_EQ(fibers[0], (std::array<double, 3>{0, 2, 0}));
-  EXPECT_EQ(fibers[1], (std::array<double, 3>{0, 0, 2}));
-  EXPECT_EQ(fibers[2], (std::array<double, 3>{0, 0, 0}));
-
-  // Displacements come in ascending vertex order whatever the mask's order.
-  const std::vector<float> neutral = {0, 0, 0, 1, 0, 0, 2, 0, 0};
-  const std::vector<float> target = {0, 1, 0, 1, 2, 0, 2, 3, 0};
-  EXPECT_EQ(myo_core::MaskedDisplacements(neutral, target, {2, 0}), (std::vector<double>{0, 1, 0, 0, 3, 0}));
 }
 
 }  // namespace
