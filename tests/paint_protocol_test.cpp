@@ -132,11 +132,10 @@ class FakeDisplay : public WeightsDisplay {
  public:
   std::vector<float>& Weights() override { return weights_; }
   void SetShowFibers(bool show) override { show_fibers_ = show; }
-  void FlipTrigger() override { ++flips_; }
+  void FlipTrigger() override {}
 
   std::vector<float> weights_;
   bool show_fibers_ = false;
-  int flips_ = 0;
 };
 
 // A paint run on one deformer: the set-up the tool does before its strokes.
@@ -263,15 +262,9 @@ TEST(PaintFiberTest, StampsProjectAndTendonsOrFibersChooseWhereFibersComeFrom) {
   EXPECT_FLOAT_EQ(run.display.weights_[7], 0.6f);
   EXPECT_FLOAT_EQ(run.display.weights_[8], 0.8f);
   EXPECT_EQ(run.solver.projected_, std::vector<uint32_t>{2});
-  const double zero[3] = {0.0, 0.0, 0.0};
-  ApplyPaintStamp(run.context, run.deformer, run.display, 1, 1.0, zero);
-  EXPECT_EQ(run.solver.projected_.size(), 1u) << "a direction of no length paints nothing";
   ASSERT_TRUE(FinishPaintStroke(run.context, run.deformer, run.record));
   EXPECT_FALSE(run.solver.consolidate_fibers_);
   EXPECT_EQ(run.record.Recorded(kWeightsFibers).size(), 3 * kPoints);
-  const PaintBaseValue base = GetPaintBaseValue(run.context, kWeightsFibers, 2);
-  ASSERT_TRUE(base.fibers);
-  EXPECT_FLOAT_EQ(static_cast<float>(base.fiber[2]), 0.8f);
 }
 
 TEST(PaintFloodTest, ModesInSinglePrecisionAndUnknownModes) {
@@ -335,17 +328,6 @@ TEST(PaintFinishTest, MultiInfluenceMapsAreNormalisedAndEachBlockRecorded) {
   // One block per connected influence, at its logical index.
   EXPECT_NEAR(run.record.Recorded(kWeightsSlideOnSegment, 3)[2], 0.1f, 1e-6f);
   EXPECT_FLOAT_EQ(run.record.Recorded(kWeightsSlideOnSegment, 1)[2], 0.9f);
-
-  // A flood shows the consolidated values once it is finished.
-  BeginPaintStroke(run.context, run.deformer, run.display, 0);
-  run.context.paint_mode_ = kPaintReplace;
-  run.context.ui_value_ = 1.0f;
-  run.context.ui_opacity_ = 1.0f;
-  ASSERT_TRUE(FloodPaint(run.context, run.deformer, run.display));
-  ASSERT_TRUE(FinishPaintStroke(run.context, run.deformer, run.record));
-  ShowConsolidatedWeights(run.context, run.deformer, run.display);
-  EXPECT_EQ(run.display.weights_, segments);
-  EXPECT_EQ(std::count(segments.begin() + kPoints, segments.end(), 0.0f), static_cast<long>(kPoints));
 }
 
 TEST(PaintFinishTest, AStrokeOnARebuiltDeformerIsRefusedAndChangesNothing) {
