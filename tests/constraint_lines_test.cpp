@@ -74,27 +74,6 @@ UberConstraints Uber(const Points& p) {
 
 }  // namespace
 
-TEST(ConstraintLinesTest, AttachmentLinesRunFromEachWeightedVertexToTheMatrixAndFollowTheWorldMatrix) {
-  Points p;
-  DebugData data;
-  DebugAttachmentLines(Attachment({0, 5, 0}, {1, 0, 0.5f}), p.Frame(), data);
-  ASSERT_EQ(data.lines_.size(), 12u);  // vertex 1 has no weight
-  ExpectNear(LineEnd(data, 0, 1), {0, 5, 0});
-  ExpectNear(LineEnd(data, 1, 0), {2, 0, 0});
-
-  // An inert row draws nothing; a solver in local space moves the vertex end only.
-  AttachmentConstraints group = Attachment({0, 5, 0}, {1, 1, 1});
-  group.row_flags_[0] = 1;
-  DebugLineFrame frame = p.Frame();
-  frame.has_transform = true;
-  frame.world = TranslationMatrix(0, 0, 3);
-  data = DebugData{};
-  DebugAttachmentLines(group, frame, data);
-  ASSERT_EQ(data.lines_.size(), 12u);
-  ExpectNear(LineEnd(data, 0, 0), {1, 0, 3});
-  ExpectNear(LineEnd(data, 0, 1), {0, 5, 0});
-}
-
 TEST(ConstraintLinesTest, LinesTooShortOrWeightsTooSmallAreLeftOutAndSaidSo) {
   Points p;
   myo_test::LogCapture log;
