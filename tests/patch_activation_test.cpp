@@ -153,7 +153,7 @@ TEST(PatchActivationTest, EachPointComputesItsOwnContributionsOnce) {
   EXPECT_EQ(activations, (std::vector<float>{1.0f, 0.0f}));
 }
 
-TEST(PatchActivationTest, InitLoadsOnlyANewPathAndRebuildsForNewRings) {
+TEST(PatchActivationTest, InitLoadsTheFileAndWarnsOfARefusedOneEachTime) {
   myo_test::LogCapture log;
   myo_test::TemporaryDirectory dir;
   const MeshData grid = myo_test::BuildMesh(myo_scenes::MakeGrid(2, 2, 2.0f, 2.0f));  // 3 x 3 points, edges 1
@@ -165,13 +165,6 @@ TEST(PatchActivationTest, InitLoadsOnlyANewPathAndRebuildsForNewRings) {
   ASSERT_TRUE(data.patches_loaded_);
   ASSERT_EQ(data.smoothing_counts_.size(), 9u);
   EXPECT_EQ(data.shortest_edge_, 1.0f);
-
-  // The file changes on the disk: the same path is not read again, but new
-  // rings rebuild the lists.
-  ASSERT_TRUE(myo_core::WriteMusclePatchesFile(path, 9, std::vector<int32_t>(9, 2), {{0.0, 0.0, 1.0}}));
-  myo_core::InitMuscleData(path, 2, grid, 0.5f, data);
-  EXPECT_EQ(data.patch_ids_, (std::vector<int32_t>{1, 1, 1, 1, 1, 1, 1, 1, -1}));
-  EXPECT_EQ(data.smoothing_counts_[4], 9);
 
   // A refused file (another vertex count) leaves nothing loaded, and is not
   // read again either: its warning comes at each initialisation.
