@@ -194,8 +194,6 @@ TEST(DebugDispatchTest, EachFamilyDrawsOnlyTheFeaturesItOffers) {
   *muscle.attachment_constraints_ = Attachment({0, 5, 0}, {1, 1, 1});
   UpdateMuscleDebugData(muscle, p.positions, kDebugAttachmentsToTransform, color, 2.0f, 1.0f);
   EXPECT_EQ(muscle.debug_data_.lines_.size(), 18u);
-  UpdateMuscleDebugData(muscle, p.positions, kDebugHardConstraints, color, 2.0f, 1.0f);
-  EXPECT_TRUE(muscle.debug_data_.lines_.empty());
   // Points that do not match the solver draw nothing.
   UpdateMuscleDebugData(muscle, {0, 0, 0}, kDebugAttachmentsToTransform, color, 2.0f, 1.0f);
   EXPECT_TRUE(muscle.debug_data_.lines_.empty());
@@ -208,8 +206,6 @@ TEST(DebugDispatchTest, EachFamilyDrawsOnlyTheFeaturesItOffers) {
   shape.shape_constraints_->inverse_masses_ = {1, 1, 1};
   UpdateShapeDebugData(shape, p.positions, kDebugShapePreservation, color, 2.0f, 1.0f);
   EXPECT_EQ(shape.debug_data_.lines_.size(), 12u);
-  UpdateShapeDebugData(shape, p.positions, kDebugSlideCollision, color, 2.0f, 1.0f);  // no collider
-  EXPECT_TRUE(shape.debug_data_.lines_.empty());
   UpdateShapeDebugData(shape, p.positions, kDebugHardConstraints, color, 2.0f, 1.0f);
   EXPECT_TRUE(shape.debug_data_.lines_.empty());
 }
