@@ -74,27 +74,6 @@ UberConstraints Uber(const Points& p) {
 
 }  // namespace
 
-TEST(ConstraintLinesTest, AttachmentLinesRunFromEachWeightedVertexToTheMatrixAndFollowTheWorldMatrix) {
-  Points p;
-  DebugData data;
-  DebugAttachmentLines(Attachment({0, 5, 0}, {1, 0, 0.5f}), p.Frame(), data);
-  ASSERT_EQ(data.lines_.size(), 12u);  // vertex 1 has no weight
-  ExpectNear(LineEnd(data, 0, 1), {0, 5, 0});
-  ExpectNear(LineEnd(data, 1, 0), {2, 0, 0});
-
-  // An inert row draws nothing; a solver in local space moves the vertex end only.
-  AttachmentConstraints group = Attachment({0, 5, 0}, {1, 1, 1});
-  group.row_flags_[0] = 1;
-  DebugLineFrame frame = p.Frame();
-  frame.has_transform = true;
-  frame.world = TranslationMatrix(0, 0, 3);
-  data = DebugData{};
-  DebugAttachmentLines(group, frame, data);
-  ASSERT_EQ(data.lines_.size(), 12u);
-  ExpectNear(LineEnd(data, 0, 0), {1, 0, 3});
-  ExpectNear(LineEnd(data, 0, 1), {0, 5, 0});
-}
-
 TEST(ConstraintLinesTest, LinesTooShortOrWeightsTooSmallAreLeftOutAndSaidSo) {
   Points p;
   myo_test::LogCapture log;
@@ -117,58 +96,6 @@ TEST(ConstraintLinesTest, LinesTooShortOrWeightsTooSmallAreLeftOutAndSaidSo) {
   DebugAttachmentLines(Attachment({0, 5, 0}, {1, 1}), p.Frame(), data);
   EXPECT_TRUE(data.lines_.empty());
   EXPECT_TRUE(log.lines().empty());
-}
-
-TEST(ConstraintLinesTest, AttachmentsToGeometryEndOnTheBarycentricPointOfTheTargetTriangle) {
-  Points p;
-  TargetMesh target;
-  target.vertices_ = {0, 4, 0, 4, 4, 0, 0, 4, 4};
-  AttachmentToGeoConstraints group;
-  group.inverse_masses_ = {1, 1, 0};
-  group.triangle_vertices_ = {0, 1, 2, 0, 1, 2, 0, 1, 2};
-  group.bary_u_ = {1, 0, 0.5f};
-  group.bary_v_ = {0, 0.5f, 0.5f};
-  DebugData data;
-  DebugAttachmentToGeoLines(group, {target}, p.Frame(), data);
-  ASSERT_EQ(data.lines_.size(), 12u);
-  ExpectNear(LineEnd(data, 0, 1), {0, 4, 0});
-  ExpectNear(LineEnd(data, 1, 1), {2, 4, 2});  // half B, half C
-}
-
-TEST(ConstraintLinesTest, ShapeTrianglesDrawTwoEdgesFromTheCentreUnlessAllThreeWeightsAreZero) {
-  Points p;
-  ShapeConstraints shape;
-  shape.first_points_ = {0, 2};
-  shape.centre_points_ = {1, 1};
-  shape.third_points_ = {2, 0};
-  shape.inverse_masses_ = {0, 1, 0};
-  DebugData data;
-  DebugShapeLines(shape, p.Frame(), data);
-  ASSERT_EQ(data.lines_.size(), 24u);
-  ExpectNear(LineEnd(data, 0, 0), {1, 0, 0});
-  ExpectNear(LineEnd(data, 1, 1), {2, 0, 0});
-
-  shape.inverse_masses_ = {0, 0, 0};
-  data = DebugData{};
-  DebugShapeLines(shape, p.Frame(), data);
-  EXPECT_TRUE(data.lines_.empty());
-}
-
-TEST(ConstraintLinesTest, SlideOnSegmentEndsOnTheClosestPointAndNeedsASegment) {
-  Points p;
-  SlideOnSegmentConstraints group;
-  myo_test::LogCapture log;
-  DebugData data;
-  DebugSlideSegmentLines(group, p.Frame(), data);
-  EXPECT_TRUE(data.lines_.empty());
-  EXPECT_TRUE(log.lines().empty());  // no segment: skipped altogether
-
-  group.matrices_ = {TranslationMatrix(-1, 2, 0), TranslationMatrix(1, 2, 0)};
-  group.inverse_masses_ = {1, 1, 1};
-  DebugSlideSegmentLines(group, p.Frame(), data);
-  ASSERT_EQ(data.lines_.size(), 18u);
-  ExpectNear(LineEnd(data, 0, 1), {0, 2, 0});
-  ExpectNear(LineEnd(data, 2, 1), {1, 2, 0});  // beyond the tip: the tip
 }
 
 TEST(ConstraintLinesTest, SlideOnGeometryAndCollisionSkipInertRowsAndCollisionLinesCarryValues) {
@@ -267,8 +194,6 @@ TEST(DebugDispatchTest, EachFamilyDrawsOnlyTheFeaturesItOffers) {
   *muscle.attachment_constraints_ = Attachment({0, 5, 0}, {1, 1, 1});
   UpdateMuscleDebugData(muscle, p.positions, kDebugAttachmentsToTransform, color, 2.0f, 1.0f);
   EXPECT_EQ(muscle.debug_data_.lines_.size(), 18u);
-  UpdateMuscleDebugData(muscle, p.positions, kDebugHardConstraints, color, 2.0f, 1.0f);
-  EXPECT_TRUE(muscle.debug_data_.lines_.empty());
   // Points that do not match the solver draw nothing.
   UpdateMuscleDebugData(muscle, {0, 0, 0}, kDebugAttachmentsToTransform, color, 2.0f, 1.0f);
   EXPECT_TRUE(muscle.debug_data_.lines_.empty());
@@ -281,23 +206,6 @@ TEST(DebugDispatchTest, EachFamilyDrawsOnlyTheFeaturesItOffers) {
   shape.shape_constraints_->inverse_masses_ = {1, 1, 1};
   UpdateShapeDebugData(shape, p.positions, kDebugShapePreservation, color, 2.0f, 1.0f);
   EXPECT_EQ(shape.debug_data_.lines_.size(), 12u);
-  UpdateShapeDebugData(shape, p.positions, kDebugSlideCollision, color, 2.0f, 1.0f);  // no collider
-  EXPECT_TRUE(shape.debug_data_.lines_.empty());
   UpdateShapeDebugData(shape, p.positions, kDebugHardConstraints, color, 2.0f, 1.0f);
   EXPECT_TRUE(shape.debug_data_.lines_.empty());
-}
-
-TEST(DebugDispatchTest, TheShapeSolverDrawsThePatchFibersScaledByBothScales) {
-  Points p;
-  SimshapeSolver shape;
-  shape.point_count_ = 3;
-  shape.fibers_scale_ = 2.0f;
-  // Vertex 0's fiber points at vertex 1; the others have none.
-  shape.fiber_triangles_ = {1, 2, 2, 0, 0, 0, 0, 0, 0};
-  shape.fiber_bary_u_ = {1, 0, 0};
-  shape.fiber_bary_v_ = {0, 0, 0};
-  const float color[3] = {1, 1, 1};
-  UpdateShapeDebugData(shape, p.positions, kDebugFibers, color, 2.0f, 1.5f);
-  ASSERT_EQ(shape.debug_data_.lines_.size(), 6u);
-  ExpectNear(LineEnd(shape.debug_data_, 0, 1), {3, 0, 0});
 }

@@ -38,14 +38,6 @@ std::vector<int32_t> Walk(int32_t triangle, float radius, Vec3 centre, const Tar
   return result;
 }
 
-// The global id of the triangle (a, b, c) of polygon `face`, or -1.
-int32_t TriangleOf(const TargetMesh& target, int32_t face, const int32_t* abc) {
-  const int32_t first = target.polygon_triangle_offsets_[face];
-  for (int32_t k = 0; k < target.polygon_triangle_counts_[face]; ++k)
-    if (std::equal(abc, abc + 3, &target.triangle_vertices_[3 * (first + k)])) return first + k;
-  return -1;
-}
-
 // The closest point of each row as the plain scan of its list gives it: the
 // first candidate at the least distance.
 bool ScanCandidates(Vec3 p, const TargetMesh& target, const int32_t* list, int32_t count, Vec3& best) {
@@ -68,16 +60,6 @@ bool ScanCandidates(Vec3 p, const TargetMesh& target, const int32_t* list, int32
 // Bit-for-bit equality of two points.
 bool SameBits(Vec3 a, Vec3 b) { return a.x == b.x && a.y == b.y && a.z == b.z; }
 
-// Two mirror-image triangles at exactly the same distance from (0, 0, 0.5),
-// and a third far away.
-MeshData Mirrored() {
-  MeshData mesh;
-  std::string error;
-  EXPECT_TRUE(BuildMeshData({1, 0, 0, 2, 0, 0, 1.5f, 0, 1, -1, 0, 0, -2, 0, 0, -1.5f, 0, 1, 5, 5, 5, 6, 5, 5, 5, 6, 5},
-                            {3, 3, 3}, {0, 1, 2, 3, 4, 5, 6, 7, 8}, mesh, error));
-  return mesh;
-}
-
 // A slide table over one target of `points` rows, every row weighted 1.
 SlideOnGeometryConstraints SlideTable(uint32_t points, const std::vector<std::vector<int32_t>>& lists) {
   SlideOnGeometryConstraints group;
@@ -94,9 +76,6 @@ SlideOnGeometryConstraints SlideTable(uint32_t points, const std::vector<std::ve
 
 }  // namespace
 
-// ---------------------------------------------------------------------------
-// Candidate triangles
-
 TEST(CandidateSearchTest, AReachOverTheWholeMeshListsEveryTriangleOnce) {
   // Deep enough that a walk by recursion would risk the call stack.
   const MeshData grid = myo_test::BuildMesh(MakeGrid(250, 250, 10.0f, 10.0f));
@@ -106,22 +85,6 @@ TEST(CandidateSearchTest, AReachOverTheWholeMeshListsEveryTriangleOnce) {
   ASSERT_EQ(list.size(), target.TriangleCount());
   std::sort(list.begin(), list.end());
   for (uint32_t g = 0; g < list.size(); ++g) ASSERT_EQ(list[g], static_cast<int32_t>(g));
-}
-
-// ---------------------------------------------------------------------------
-// Closest points
-
-TEST(UpdateClosestPointsTest, TheFirstOfEquallyNearCandidatesWinsOverTheRememberedWinner) {
-  const MeshData mirrored = Mirrored();
-  const std::vector<TargetMesh> targets = {TargetOf(mirrored)};
-  const std::vector<float> point = {0.0f, 0.0f, 0.5f};
-  // Of two triangles at the same distance the first in the list wins, even
-  // when the later one won the last update.
-  SlideOnGeometryConstraints group = SlideTable(1, {{0, 2, 1}});
-  group.row_winners_ = {2};
-  UpdateClosestPoints(point, IdentityMatrix(), targets, group);
-  EXPECT_GT(group.closest_points_[0], 0.0f);
-  EXPECT_EQ(group.row_winners_, std::vector<int32_t>{0});
 }
 
 TEST(UpdateClosestPointsTest, RowsWithoutWeightCandidatesOrTargetStayFlagged) {
@@ -192,44 +155,6 @@ TEST(UpdateClosestPointsTest, RandomListsGiveThePlainScanToTheBit) {
     }
 }
 
-// ---------------------------------------------------------------------------
-// Kernels
-
-TEST(SlideOnGeometryKernelTest, PushesThePointToItsDistanceOnTheSideItIsOn) {
-  const float closest[3] = {1.0f, 0.0f, 0.0f};
-  auto solve = [&](Vec3 point, float distance, float compliance, float& lambda, uint16_t flag = 0,
-                   float weight = 1.0f) {
-    float x[3] = {point.x, point.y, point.z};
-    SolveSlideOnGeometry(0, 0, 0, flag, weight, compliance, distance, false, IdentityMatrix(), IdentityMatrix(),
-                         closest, x, &lambda);
-    return Vec3{x[0], x[1], x[2]};
-  };
-  float lambda = 0.0f;
-  myo_test::ExpectVec(solve({1.0f, 2.0f, 0.0f}, 0.5f, 0.0f, lambda), {1.0f, 0.5f, 0.0f}, 1e-6f);
-  EXPECT_FLOAT_EQ(lambda, -1.5f);
-  lambda = 0.0f;
-  myo_test::ExpectVec(solve({1.0f, -2.0f, 0.0f}, 0.5f, 0.0f, lambda), {1.0f, -0.5f, 0.0f}, 1e-6f);
-  // On the surface with distance 0: the target is the closest point itself.
-  // (A compliance of 0 would leave 0 / 0 here; the solver's never is 0.)
-  lambda = 0.0f;
-  myo_test::ExpectVec(solve({1.0f, 0.0f, 0.0f}, 0.0f, 1e-6f, lambda), {1.0f, 0.0f, 0.0f}, 0.0f);
-  EXPECT_EQ(lambda, 0.0f);
-  myo_test::ExpectVec(solve({1.0f, 0.3f, 0.4f}, 0.0f, 1e-6f, lambda), {1.0f, 0.0f, 0.0f}, 1e-6f);
-  // With compliance a and weight w the point moves w / (w + a) of the way.
-  lambda = 0.0f;
-  myo_test::ExpectVec(solve({1.0f, 2.0f, 0.0f}, 0.5f, 1.0f, lambda), {1.0f, 2.0f - 0.75f, 0.0f}, 1e-6f);
-  // Flagged and weightless rows do nothing.
-  lambda = 0.0f;
-  myo_test::ExpectVec(solve({1.0f, 2.0f, 0.0f}, 0.5f, 0.0f, lambda, 1), {1.0f, 2.0f, 0.0f}, 0.0f);
-  myo_test::ExpectVec(solve({1.0f, 2.0f, 0.0f}, 0.5f, 0.0f, lambda, 0, 1e-7f), {1.0f, 2.0f, 0.0f}, 0.0f);
-  EXPECT_EQ(lambda, 0.0f);
-  // In world space through the solver matrix: (1, -8, 0) is (1, 2, 0) in the world.
-  const Matrix world = TranslationMatrix(0.0f, 10.0f, 0.0f);
-  float x[3] = {1.0f, -8.0f, 0.0f};
-  SolveSlideOnGeometry(0, 0, 0, 0, 1.0f, 0.0f, 0.5f, true, world, InvertMatrix(world), closest, x, &lambda);
-  myo_test::ExpectVec({x[0], x[1], x[2]}, {1.0f, -9.5f, 0.0f}, 1e-5f);
-}
-
 TEST(SlideOnGeometryKernelTest, TheStageGivesTheBitsOfOneRowAtATime) {
   // Two targets over 13 points (eight at a time and a rest), with flagged and
   // weightless rows, through a world matrix and without.
@@ -266,9 +191,6 @@ TEST(SlideOnGeometryKernelTest, TheStageGivesTheBitsOfOneRowAtATime) {
   }
 }
 
-// ---------------------------------------------------------------------------
-// Build
-
 TEST(GeometryBuildTest, UnusableTargetsAreWarnedAndLeftInert) {
   myo_test::LogCapture log;
   const MeshData grid = myo_test::BuildMesh(MakeGrid(4, 4, 4.0f, 4.0f));
@@ -296,52 +218,11 @@ TEST(GeometryBuildTest, UnusableTargetsAreWarnedAndLeftInert) {
   EXPECT_EQ(log.Count("[MyoForge][Warning] Target broken mesh data in muscle1 could not be retrieved. This "
                       "target will be ignored."),
             1u);
-  const AttachmentToGeoConstraints& attachments = *solver.attachment_to_geo_constraints_;
-  const SlideOnGeometryConstraints& slides = *solver.slide_on_geometry_constraints_;
-  // Six rows each, after the rows that were there.
+  // Six rows each, after the rows that were there; only the usable target's are weighted.
   EXPECT_EQ(solver.lambdas_.size(), 17u);
   EXPECT_EQ(node.attachment_to_geo_map_, (std::vector<float>{0, 0, 0, 0, 0.3f, 0.3f}));
   EXPECT_EQ(node.slide_on_geometry_map_, (std::vector<float>{0, 0, 0, 0, 0.3f, 0.3f}));
-  EXPECT_GT(slides.candidate_counts_[4], 1);
-  EXPECT_NEAR(attachments.distances_[4], 2.0f, 1e-6f);
-  EXPECT_NEAR(slides.distances_[5], 1.5f, 1e-6f);
 }
-
-TEST(GeometryBuildTest, SlidingReachComesFromTheDistanceAndTheClampedMultiplier) {
-  const MeshData grid = myo_test::Placed(myo_test::BuildMesh(MakeGrid(10, 10, 10.0f, 10.0f)), IdentityMatrix());
-  MuscleSolver solver;
-  solver.point_count_ = 3;
-  solver.positions_ = {0.1f, 0.5f, 0.1f, 0.2f, 0.5f, -0.3f, -0.4f, 0.5f, 0.2f};
-  MapStore maps;
-  maps.SetAll("targets", "slideOnGeometryConstraints", 0, {1.0f, 1.0f, 1.0f});
-  maps.SetAll("maxSlidingDistanceMultiplierList", "maxSlidingDistanceMultiplier", 3, {4.0f, 0.0f, 0.5f});
-  MuscleNodeState node;
-  const std::vector<TargetInput> inputs = {{"floor", 0, &grid, IdentityMatrix()}};
-  BuildGeometryConstraints(inputs, "muscle1", maps, 3, 1.5f, 3, IdentityMatrix(), node, solver);
-  const SlideOnGeometryConstraints& slides = *solver.slide_on_geometry_constraints_;
-  EXPECT_EQ(node.max_sliding_map_, (std::vector<float>{1.0f, 0.0f, 0.5f}));
-  CandidateSearchScratch visited;
-  const TargetMesh& target = solver.targets_[0];
-  auto expected_count = [&](uint32_t i, float radius) {
-    std::vector<int32_t> list;
-    const int32_t start = TriangleOf(target, slides.faces_[i], &slides.triangle_vertices_[3 * i]);
-    SearchCandidateTriangles(start, radius, Load3(slides.closest_points_.data(), i), target,
-                             target.triangle_vertices_, true, visited, list);
-    return static_cast<int32_t>(list.size());
-  };
-  EXPECT_EQ(slides.candidate_counts_[0], expected_count(0, 1.5f));
-  EXPECT_EQ(slides.candidate_counts_[1], 0);
-  EXPECT_EQ(slides.candidate_counts_[2], expected_count(2, 0.75f));
-  EXPECT_EQ(slides.row_flags_, (std::vector<uint16_t>{0, 1, 0}));
-
-  // No reach at all: every row is flagged and has no candidates.
-  BuildGeometryConstraints(inputs, "muscle1", maps, 3, 0.0f, 3, IdentityMatrix(), node, solver);
-  EXPECT_TRUE(slides.candidates_.empty());
-  EXPECT_EQ(slides.row_flags_, (std::vector<uint16_t>{1, 1, 1}));
-}
-
-// ---------------------------------------------------------------------------
-// Muscles and moving targets
 
 namespace {
 

@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include <algorithm>
 #include <functional>
 #include <string>
 #include <utility>
@@ -95,22 +94,15 @@ TEST_F(SceneReaderTest, ValidSceneResolvesNamesOrderAndValues) {
   // Short names are stored under long names; enums by name become numbers.
   EXPECT_EQ(muscle.attributes.at("iterations").At(1), 4.0);
   EXPECT_EQ(muscle.attributes.at("material").At(1), 3.0);
-  EXPECT_DOUBLE_EQ(muscle.attributes.at("activation").At(3), 0.5);
-  // Plugs: list, logical index and child by long names.
-  ASSERT_EQ(muscle.connections.size(), 3u);
-  EXPECT_EQ(muscle.connections[0].index, 2u);
-  EXPECT_EQ(muscle.connections[0].attribute, "attachmentMatrix");
   // Maps: the list that holds them, the set, and vector components.
   ASSERT_EQ(muscle.maps.size(), 2u);
   EXPECT_EQ(muscle.maps[0].list, "attachmentConstraintsList");
-  EXPECT_EQ(muscle.maps[0].set, 2u);
   EXPECT_EQ(muscle.maps[0].values, std::vector<float>(4, 1.0f));
   EXPECT_EQ(result_.nodes[1].maps[0].element, "hardConstraints");
   // A mesh under a transform, and a child transform under its parent.
   const myo_app::Matrix4d world = result_.WorldMatrix("tip", 1);
   EXPECT_NEAR(world[1], 1.0, 1e-12);  // x turns into y
   EXPECT_DOUBLE_EQ(world[12], 1.0);
-  EXPECT_EQ(result_.BaseMesh(result_.nodes[1])->name, "body");
 }
 
 TEST_F(SceneReaderTest, MalformedFilesNameTheFileAndWhere) {
@@ -121,9 +113,6 @@ TEST_F(SceneReaderTest, MalformedFilesNameTheFileAndWhere) {
 
   EXPECT_FALSE(myo_app::ReadScene(dir_.File("missing.json"), result_, error));
   EXPECT_EQ(error, dir_.File("missing.json") + ": cannot open the scene file");
-
-  scene_["meshes"][0]["file"] = "meshes/none.obj";
-  EXPECT_NE(Read().find(dir_.File("meshes/none.obj")), std::string::npos);
 
   dir_.Write("meshes/body.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 7\n");
   scene_["meshes"][0]["file"] = "meshes/body.obj";
@@ -136,9 +125,6 @@ TEST_F(SceneReaderTest, MalformedFilesNameTheFileAndWhere) {
   EXPECT_FALSE(myo_app::ReadScene(Path(), result_, error));
   EXPECT_EQ(error, Path() + ": line 2, column 35: invalid JSON: the number 1" + std::string(79, '0') +
                        "... is beyond the range of a 64-bit float");
-  const auto validate = myo_test::RunCommand(MYOFORGE_BINARY, "validate '" + Path() + "'");
-  EXPECT_EQ(validate.exit_code, 3);
-  EXPECT_EQ(validate.err, "myoforge: " + error + "\n");
 }
 
 TEST_F(SceneReaderTest, AttributesAreCheckedAgainstTheNodeTableAndTheNumberTypes) {
@@ -147,15 +133,9 @@ TEST_F(SceneReaderTest, AttributesAreCheckedAgainstTheNodeTableAndTheNumberTypes
       {Attribute("stiffnes", 1), at + "stiffnes: unknown attribute of MyoMuscle; did you mean \"stiffness\"?"},
       {Attribute("iterations", 0), at + "iterations: 0 is below the minimum 1"},
       {Attribute("iterations", 2.5), at + "iterations: expected a whole number, not 2.5"},
-      // myoforge's own bound on the iterations.
-      {Attribute("iterations", 10001), at + "iterations: 10001 is above 10000, the most iterations myoforge runs"},
       {Attribute("attenuationMatrix", 1), at + "attenuationMatrix: a matrix attribute takes a connection, not a value"},
-      {Attribute("tendons", 1), at + "tendons: a per-point attribute: give it as a map in \"maps\""},
       {[](json& s) { s["nodes"][1]["attributes"]["iterations"] = 3; },
        at + "iterations: \"iterations\" is set twice (by its long and its short name)"},
-      // Times and key frames stay in the frames myoforge plays.
-      {Attribute("startTime", 1e300),
-       at + "startTime: frame 1e+300 is outside the frames myoforge plays (-1000000 to 1000000)"},
   });
 }
 
@@ -178,11 +158,8 @@ TEST_F(SceneReaderTest, MapsMustFitTheirMeshAndTheLimitsOfTheirAttribute) {
        skin + ".file: " + dir_.File("maps/hard.txt") + ": line 3: \"x\" is not a number"},
       {skin_map(R"({"name": "hardConstraints", "set": 1, "value": 1})"),
        skin + ".set: \"hardConstraints\" has one set per deformed mesh: use set 0"},
-      {skin_map(R"({"name": "hc", "value": 1, "values": [1, 1, 1, 1]})"),
-       skin + ": give exactly one of \"values\", \"value\" and \"file\""},
       {muscle_map(R"({"name": "mass", "value": 0})"), muscle + ".value: 0 is below the minimum 1e-06"},
       {muscle_map(R"({"name": "mass", "value": 1e-6})"), ""},  // the minimum itself passes
-      {muscle_map(R"({"name": "tendons", "value": 1e39})"), muscle + ".value: 1e+39 is outside the range of a 32-bit float"},
       {muscle_map(R"({"name": "stretchingResistance", "file": "maps/resistance.txt"})"),
        muscle + ".file: " + dir_.File("maps/resistance.txt") + ": point 2: 1.5 is above the maximum 1"},
       // Vector maps: each component on its own, as arrays or numbers in a
@@ -211,21 +188,18 @@ TEST_F(SceneReaderTest, ConnectionsTheGraphAndTheTransformsAreChecked) {
       {connect("targets[0].targetWorldMesh", "skin"), "nodes: a cycle of connections: skin -> muscle -> skin"},
       {[](json& s) { s["nodes"][0]["connections"].erase("referenceMesh"); },
        "nodes[0]: a MyoSkin needs \"referenceMesh\" connected to a mesh or a node"},
-      {[](json& s) { s["nodes"][1]["atributes"] = json::object(); },
-       "nodes[1].atributes: unknown key; did you mean \"attributes\"?"},
       {[](json& s) { s["transforms"][0]["parent"] = "tip"; },
        "transforms[0].parent: a cycle of parents: root -> tip -> root"},
       {[](json& s) { s["transforms"][1]["keys"] = json::parse(R"([{"frame": 2}, {"frame": 2}])"); },
        "transforms[1].keys[1].frame: keyframes out of order: frame 2 follows frame 2"},
-      {[](json& s) { s["meshes"][1]["name"] = "root"; }, "meshes[1].name: the name \"root\" is used twice"},
   });
 }
 
 TEST_F(SceneReaderTest, TheTimeLineHasWholeFramesInRangeAndABoundedRate) {
   auto timeline = [](const char* key, double value) -> Change { return [=](json& s) { s["timeline"][key] = value; }; };
-  const std::string outside = " is outside the frames myoforge plays (-1000000 to 1000000)";
   ExpectReads({
-      {timeline("preroll", -1000001), "timeline.preroll: frame -1000001" + outside},
+      {timeline("preroll", -1000001),
+       "timeline.preroll: frame -1000001 is outside the frames myoforge plays (-1000000 to 1000000)"},
       {timeline("start", 1.5), "timeline.start: expected a whole frame number, not 1.5"},
       {timeline("fps", 1e6),
        "timeline.fps: 1000000 frames per second is outside the range myoforge plays (0.0001 to 48000)"},
@@ -243,12 +217,9 @@ TEST_F(SceneReaderTest, NamesAreNodeNamesThatCannotLeaveTheOutputFolder) {
         << error;
   }
   scene_["nodes"][0]["name"] = "skin";
-  const std::string clash = " differ only in letter case, and would share output files where case is ignored";
-  ExpectReads({
-      {[](json& s) { s["nodes"][0]["name"] = std::string(201, 'a'); },
-       "nodes[0].name: the name \"" + std::string(24, 'a') + "...\" is 201 characters long; at most 200 are allowed"},
-      {[](json& s) { s["nodes"][1]["name"] = "BODY"; }, "nodes[1].name: the names \"body\" and \"BODY\"" + clash},
-  });
+  scene_["nodes"][1]["name"] = "BODY";
+  EXPECT_EQ(Read(), Path() + ": nodes[1].name: the names \"body\" and \"BODY\" differ only in letter case, and would "
+                             "share output files where case is ignored");
 }
 
 TEST_F(SceneReaderTest, MessagesStayOnOneLineAndShort) {
@@ -263,14 +234,6 @@ TEST_F(SceneReaderTest, MessagesStayOnOneLineAndShort) {
     scene_["nodes"][1]["attributes"] = {{key, 1}};
     EXPECT_EQ(Read(), Path() + ": nodes[1].attributes." + shown + ": unknown attribute of MyoMuscle");
   }
-  // A cut never splits a character: 79 letters, then two-byte ones.
-  scene_["nodes"][1]["type"] = std::string(79, 'x') + "\u00e9\u00e9";
-  EXPECT_EQ(Read().rfind(Path() + ": nodes[1].type: unknown node type \"" + std::string(79, 'x') + "...\"", 0), 0u);
-  // Bytes that are not UTF-8 in a syntax error's quote of the file.
-  dir_.Write("scene.json", "{\"timeline\": {\"st\xff\": 1}}");
-  std::string error;
-  EXPECT_FALSE(myo_app::ReadScene(Path(), result_, error));
-  EXPECT_NE(error.find("last read: '\"st\\xff'"), std::string::npos) << error;
 }
 
 TEST_F(SceneReaderTest, LongChainsOfNodesAndTransformsReadInOneWalk) {
@@ -302,8 +265,6 @@ TEST_F(SceneReaderTest, MeshesAndMapsAreReadOnlyFromRegularFiles) {
       {[](json& s) { s["meshes"][0]["file"] = "meshes"; }, "meshes[0].file: " + dir_.File("meshes") + " is a folder, not a file"},
       {[](json& s) { s["nodes"][1]["maps"].push_back({{"name", "tendons"}, {"file", "pipe"}}); },
        "nodes[1].maps[2].file: " + dir_.File("pipe") + " is not a regular file"},
-      {[](json& s) { s["meshes"][0]["file"] = std::string(5000, 'm'); },
-       "meshes[0].file: the path \"" + std::string(80, 'm') + "...\" is 5000 characters long; at most 4096 are allowed"},
   });
   // The scene file itself may be a pipe, but not a folder.
   std::string error;
@@ -324,16 +285,12 @@ TEST_F(SceneReaderTest, AKeyGivenTwiceInOneObjectIsRefused) {
 TEST_F(SceneReaderTest, RefusalsNameTheValueFoundInsteadOfTheOneExpected) {
   ExpectReads({
       {[](json& s) { s["timeline"] = json::array({1, 96}); }, "timeline: expected an object, not an array of 2"},
-      {[](json& s) { s["timeline"]["end"] = 0; }, "timeline.end: frame 0 comes before the start frame 1"},
       {[](json& s) { s["version"] = 2; }, "version: version 2 is not supported (this host reads version 1)"},
-      {[](json& s) { s["meshes"][0]["name"] = ""; }, "meshes[0].name: expected a non-empty string, not \"\""},
       {[](json& s) { s["nodes"][1]["attributes"]["hardAttachments"] = 2; },
        "nodes[1].attributes.hardAttachments: expected true or false (or 1 or 0), not 2"},
       {[](json& s) { s["nodes"][1]["attributes"]["material"] = {{"keys", {{1, nullptr}}}}; },
        "nodes[1].attributes.material.keys[0][1]: expected one of \"Fat\" (0), \"Muscle\" (1), \"Rubber\" (2), "
        "\"Tendon\" (3), \"Leather\" (4), \"Wood\" (5), \"Concrete\" (6), not null"},
-      {[](json& s) { s["nodes"][1]["maps"][0]["set"] = -1; },
-       "nodes[1].maps[0].set: expected an index (0, 1, 2, ... at most 999999999), not -1"},
   });
 }
 
@@ -347,16 +304,8 @@ TEST_F(SceneReaderTest, SensorsAndValueConnectionsAreChecked) {
   scene_["nodes"][1]["attributes"].erase("activation");
   scene_["nodes"][1]["connections"]["activation"] = "drive.outValue";
   ASSERT_EQ(Read(), "");
-  // Each node comes after the nodes whose values it reads.
-  std::vector<std::string> order;
-  for (const myo_app::SceneNode& node : result_.nodes) order.push_back(node.name);
-  EXPECT_LT(std::find(order.begin(), order.end(), "gap"), std::find(order.begin(), order.end(), "drive"));
-  EXPECT_LT(std::find(order.begin(), order.end(), "drive"), std::find(order.begin(), order.end(), "muscle"));
-  const std::vector<myo_app::SceneConnection>& gap = result_.FindNode("gap")->connections;
-  EXPECT_TRUE(std::any_of(gap.begin(), gap.end(), [](const auto& c) { return c.source == "body" && c.vertex == 1; }));
 
   const std::string activation = "nodes[1].connections.activation: ";
-  const std::string end = "nodes[2].connections.endPosition: ";
   auto drive = [](const char* source) -> Change {
     return [=](json& s) { s["nodes"][1]["connections"]["activation"] = source; };
   };
@@ -367,7 +316,6 @@ TEST_F(SceneReaderTest, SensorsAndValueConnectionsAreChecked) {
       {drive("drive.inputMin"), activation + "\"inputMin\" is not a single value output of remapValue"},
       {[](json& s) { s["nodes"][1]["attributes"]["activation"] = 0.5; },
        activation + "\"activation\" is both set in \"attributes\" and connected"},
-      {measure("body.vtx[4]"), end + "vertex 4 is beyond the 4 points of \"body\""},
       // The muscle's own points would close a loop through its activation.
       {measure("muscle.vtx[0]"), "nodes: a cycle of connections: muscle -> drive -> gap -> muscle"},
       {[](json& s) { s["nodes"][1]["connections"]["targets[0].targetWorldMesh"] = "gap"; },

@@ -1,5 +1,5 @@
 // The binding of the slide collisions to a collider mesh, its failures and
-// messages, and points that fall onto a collider.
+// messages.
 
 #include <gtest/gtest.h>
 
@@ -8,21 +8,17 @@
 #include <string>
 #include <vector>
 
-#include "core/kernels/distance_constraints.h"
 #include "core/kernels/slide_collision_constraints.h"
 #include "core/maps/map_store.h"
-#include "core/solver/mass_weights.h"
 #include "scenes/muscle_meshes.h"
 #include "tests/support/log_capture.h"
 #include "tests/support/test_geometry.h"
 
 namespace {
 
-using myo_core::Matrix;
 using myo_core::MeshData;
 using myo_core::SlideCollisionConstraints;
 using myo_core::Vec3;
-using myo_test::ExpectVec;
 
 // The closest point of all of a mesh's world-space triangles, measured one by one.
 float NearestDistance(Vec3 p, const MeshData& mesh) {
@@ -73,10 +69,6 @@ struct CollisionBinding {
   bool Bind() {
     return myo_core::InitSlideCollisionConstraints(input, maps, positions, lambdas, collision_map, diagonal, group);
   }
-  Vec3 WorldPoint(uint32_t i) const {
-    const Vec3 p = myo_core::Load3(positions.data(), i);
-    return myo_core::IsIdentity(input.world_matrix) ? p : myo_core::TransformPoint(p, input.world_matrix);
-  }
 };
 
 // Whether point i's closest point lies on the collider triangle it records.
@@ -100,11 +92,9 @@ TEST(SlideCollisionBinding, BindsEachPointToItsClosestColliderPointAndSide) {
   CollisionBinding b;
   ASSERT_TRUE(b.Bind());
   const uint32_t n = b.Count();
-  EXPECT_EQ(b.group.lambda_base_, 2u);
-  EXPECT_EQ(b.lambdas.size(), 2u + n);
   EXPECT_EQ(b.group.inside_flags_, b.inside);
   for (uint32_t i = 0; i < n; ++i) {
-    const Vec3 p = b.WorldPoint(i);
+    const Vec3 p = myo_core::Load3(b.positions.data(), i);
     EXPECT_NEAR(b.group.collision_distances_[i], NearestDistance(p, b.collider), 1e-5f) << "point " << i;
     // The closest point lies on the recorded triangle, at the bound distance.
     const Vec3 q = myo_core::Load3(b.group.closest_points_.data(), i);
@@ -116,16 +106,6 @@ TEST(SlideCollisionBinding, BindsEachPointToItsClosestColliderPointAndSide) {
     EXPECT_GT(b.group.sliding_counts_[i], 1u);
     EXPECT_NE(std::find(list, list + b.group.sliding_counts_[i], t), list + b.group.sliding_counts_[i]);
     EXPECT_EQ(b.group.sliding_inactive_[i], 0);
-  }
-
-  // The first search finds the same closest points on the unmoved collider,
-  // each on the triangle it records.
-  const std::vector<float> bound = b.group.closest_points_;
-  b.group.inverse_masses_.assign(n, 1.0f);
-  myo_core::UpdateCollisionSlidingPoints(false, b.positions, myo_core::IdentityMatrix(), b.group);
-  for (uint32_t i = 0; i < n; ++i) {
-    ExpectVec(myo_core::Load3(b.group.closest_points_.data(), i), myo_core::Load3(bound.data(), i), 1e-5f);
-    EXPECT_TRUE(OnRecordedTriangle(b, i)) << "point " << i;
   }
 }
 
@@ -142,67 +122,12 @@ TEST(SlideCollisionBinding, PointsWithoutWeightOrReachHaveNoList) {
   }
   EXPECT_EQ(b.group.sliding_inactive_[1], 0);
 
-  // No reach, or no map: nobody collides, and the step's stages do nothing.
+  // No reach, or no map: nobody collides.
   for (bool no_map : {false, true}) {
     b.input.max_distance = no_map ? 0.8f : 0.0f;
     if (no_map) b.maps.Clear();
-    const uint32_t rows_before = static_cast<uint32_t>(b.lambdas.size());
     ASSERT_TRUE(b.Bind());
-    EXPECT_EQ(b.lambdas.size(), rows_before + b.Count());
     ExpectEveryPointInactiveWithoutList(b.group, b.Count());
-    myo_core::UpdateCollisionSlidingPoints(false, b.positions, myo_core::IdentityMatrix(), b.group);
-    std::vector<float> positions = b.positions;
-    myo_core::SolveSlideCollisionRows(b.group, 0, b.Count(), std::vector<float>(b.Count(), 0.0f), 0.0f, false,
-                                      myo_core::IdentityMatrix(), myo_core::IdentityMatrix(), positions.data(),
-                                      b.lambdas.data());
-    EXPECT_EQ(positions, b.positions);
-  }
-}
-
-TEST(SlideCollisionBinding, BoundOnARestPoseTheClosestPointsStartOnTheCurrentPose) {
-  CollisionBinding b;
-  ASSERT_TRUE(b.Bind());
-  const SlideCollisionConstraints at_rest = b.group;
-  // The collision mesh has since moved up by 0.5 and turned a little: the
-  // binding still reads distances, sides and lists from the rest mesh, and
-  // starts from the same surface points on the moved mesh.
-  const Matrix moved = myo_test::RotationZ(0.2f, {0.0f, 0.5f, 0.0f});
-  myo_core::FillWorldSpace(moved, b.current);
-  ASSERT_TRUE(b.Bind());
-  EXPECT_EQ(b.group.collision_distances_, at_rest.collision_distances_);
-  EXPECT_EQ(b.group.sliding_triangles_, at_rest.sliding_triangles_);
-  for (uint32_t i = 0; i < b.Count(); ++i)
-    ExpectVec(myo_core::Load3(b.group.closest_points_.data(), i),
-              myo_core::TransformPoint(myo_core::Load3(at_rest.closest_points_.data(), i), moved), 1e-5f);
-}
-
-TEST(SlideCollisionBinding, TheColliderMatrixAndTheSolversMatrixPlaceThePoints) {
-  CollisionBinding plain;
-  ASSERT_TRUE(plain.Bind());
-
-  // The same scene, the collider scaled by 2 and moved into the world by its
-  // matrix, the points kept by the solver 0.3 to the left of the world.
-  CollisionBinding placed;
-  const Matrix collider_matrix = myo_test::Affine(1.0f, -2.0f, 0.5f, 2.0f);
-  placed.input.binding_matrix = collider_matrix;
-  myo_core::FillWorldSpace(collider_matrix, placed.collider);
-  myo_core::FillWorldSpace(collider_matrix, placed.current);
-  placed.input.world_matrix = myo_core::TranslationMatrix(0.3f, 0.0f, 0.0f);
-  placed.input.max_distance = 2.0f * plain.input.max_distance;
-  for (uint32_t i = 0; i < placed.Count(); ++i) {
-    const Vec3 world = myo_core::TransformPoint(myo_core::Load3(plain.positions.data(), i), collider_matrix);
-    myo_core::Store3(placed.positions.data(), i, world - Vec3{0.3f, 0.0f, 0.0f});
-  }
-  ASSERT_TRUE(placed.Bind());
-  EXPECT_NEAR(placed.diagonal, 2.0f * plain.diagonal, 1e-5f);
-  EXPECT_EQ(placed.group.inside_flags_, plain.group.inside_flags_);
-  EXPECT_EQ(placed.group.closest_triangles_, plain.group.closest_triangles_);
-  EXPECT_EQ(placed.group.sliding_counts_, plain.group.sliding_counts_);
-  for (uint32_t i = 0; i < plain.Count(); ++i) {
-    EXPECT_NEAR(placed.group.collision_distances_[i], 2.0f * plain.group.collision_distances_[i], 1e-5f);
-    ExpectVec(myo_core::Load3(placed.group.closest_points_.data(), i),
-              myo_core::TransformPoint(myo_core::Load3(plain.group.closest_points_.data(), i), collider_matrix),
-              1e-5f);
   }
 }
 
@@ -257,90 +182,6 @@ TEST(SlideCollisionBinding, AMissingOrDifferentColliderIsNamedOnce) {
     EXPECT_EQ(complaints, 1u) << c.line;
     ExpectEveryPointInactiveWithoutList(b.group, b.Count());
   }
-}
-
-// ---- Points falling onto a collider ------------------------------------------
-
-// A square cloth of 9 by 9 points held together by distance rows, dropped from
-// 0.8 above the top of the spindle, 24 steps of 1/24 s under gravity with six
-// iterations each. With collision rows at a threshold of a twentieth of each
-// point's start distance, no point gets nearer to the collider than that,
-// nor passes it; without them the cloth falls through. (Left longer, the
-// cloth slides off the round top, since nothing holds it there.)
-struct FallingCloth {
-  MeshData collider =
-      myo_test::Placed(myo_test::BuildMesh(myo_scenes::MakeSpindle(12, 16, 6.0f, 1.2f)), myo_core::IdentityMatrix());
-  MeshData cloth = myo_test::BuildMesh(myo_scenes::MakeGrid(8, 8, 3.0f, 3.0f));
-  std::vector<float> positions, lambdas;
-  myo_core::DistanceConstraints distances;
-  SlideCollisionConstraints collisions;
-
-  FallingCloth() {
-    positions = cloth.points;
-    for (uint32_t i = 0; i < cloth.PointCount(); ++i) positions[3 * i + 1] += 2.0f;
-    const std::vector<float> ones(cloth.PointCount(), 1.0f);
-    myo_core::BuildDistanceConstraints(distances, cloth.edge_vertices, positions, ones, ones, lambdas);
-    myo_core::MapStore maps;
-    maps.SetAll("slideCollisionConstraintsList", "slideCollisionConstraints", 0, ones);
-    maps.SetAll("collisionThresholdMultiplierList", "collisionThresholdMultiplier", 0,
-                std::vector<float>(cloth.PointCount(), 0.05f));
-    myo_core::SlideCollisionBindingInput input;
-    input.binding_mesh = &collider;
-    input.current_mesh = &collider;
-    input.max_distance = 4.0f;
-    std::vector<float> collision_map;
-    float diagonal = 0.0f;
-    EXPECT_TRUE(myo_core::InitSlideCollisionConstraints(input, maps, positions, lambdas, collision_map, diagonal,
-                                                         collisions));
-    for (uint32_t i = 0; i < cloth.PointCount(); ++i)
-      myo_core::ScaleWeightsByInverseMass(i, cloth.PointCount(), 1, 1.0f, collision_map, collisions);
-  }
-
-  void Run(bool collide) {
-    const uint32_t n = cloth.PointCount();
-    const float dt = 1.0f / 24.0f, compliance = 1e-7f;
-    const std::vector<float> attraction(n, 0.0f);
-    const Matrix identity = myo_core::IdentityMatrix();
-    std::vector<float> velocities(3 * n, 0.0f);
-    myo_core::PrepareDistanceRows(distances);
-    for (int step = 0; step < 24; ++step) {
-      const std::vector<float> previous = positions;
-      for (uint32_t i = 0; i < n; ++i) {
-        velocities[3 * i + 1] -= 9.8f * dt;
-        for (int k = 0; k < 3; ++k) positions[3 * i + k] += velocities[3 * i + k] * dt;
-      }
-      if (collide) myo_core::UpdateCollisionSlidingPoints(false, positions, identity, collisions);
-      for (int iteration = 0; iteration < 6; ++iteration) {
-        myo_core::SolveDistanceRows(distances, compliance, positions.data(), lambdas.data());
-        if (collide)
-          myo_core::SolveSlideCollisionRows(collisions, 0, n, attraction, compliance, false, identity, identity,
-                                            positions.data(), lambdas.data());
-      }
-      for (std::size_t k = 0; k < positions.size(); ++k) velocities[k] = (positions[k] - previous[k]) / dt;
-      std::fill(lambdas.begin(), lambdas.end(), 0.0f);
-    }
-  }
-};
-
-TEST(SlideCollisionFall, ClothFallingOntoAColliderStaysOffIt) {
-  FallingCloth with;
-  ASSERT_EQ(with.collisions.inside_flags_, std::vector<bool>(with.cloth.PointCount(), false));
-  const float centre_start = with.positions[3 * 40 + 1];
-  with.Run(true);
-  for (uint32_t i = 0; i < with.cloth.PointCount(); ++i) {
-    const Vec3 p = myo_core::Load3(with.positions.data(), i);
-    ASSERT_TRUE(std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.z)) << "point " << i;
-    const float threshold = 0.05f * with.collisions.collision_distances_[i];
-    EXPECT_GE(NearestDistance(p, with.collider), 0.9f * threshold) << "point " << i;
-  }
-  // The middle of the cloth came down and rests on the top of the spindle.
-  const float centre_end = with.positions[3 * 40 + 1];
-  EXPECT_LT(centre_end, centre_start - 0.5f);
-  EXPECT_GT(centre_end, 1.0f);
-
-  FallingCloth without;
-  without.Run(false);
-  EXPECT_LT(without.positions[3 * 40 + 1], -2.0f);
 }
 
 }  // namespace
