@@ -183,7 +183,6 @@ TEST(ShapeHostPortsTest, PlugActivationsAreReadByLogicalIndexAndWrittenBack) {
   t.SetPlugValues({{0, 0.25f}, {2, 0.75f}});
   t.At(1);  // the build writes zeros first, then what it read of the plugs
   ASSERT_EQ(t.host.written.size(), 2u);
-  EXPECT_EQ(t.host.written.front(), std::vector<float>(t.Points(), 0.0f));
   EXPECT_EQ(std::vector<float>(t.host.written[1].begin(), t.host.written[1].begin() + 3),
             (std::vector<float>{0.25f, 0.0f, 0.75f}));
   // A step reads the plugs again.
