@@ -1,6 +1,6 @@
-// The slide collision row and its block pass, the search of closest collider
-// points with their triangles, triangle normals and the per-frame collider
-// refresh.
+// The slide collision row and its block pass, and the triangle normals of a
+// collider with an invalid triangulation. The per-frame collider refresh is
+// seen through the shape deformer.
 
 #include <gtest/gtest.h>
 #include <omp.h>
@@ -13,7 +13,6 @@
 
 #include "core/kernels/slide_collision_constraints.h"
 #include "core/solver/point_blocks.h"
-#include "scenes/muscle_meshes.h"
 #include "tests/support/log_capture.h"
 #include "tests/support/test_geometry.h"
 
@@ -166,7 +165,7 @@ TEST(SlideCollisionRows, BlocksOnTwoThreadsGiveTheBitsOfOnePassAndFullyAttracted
   EXPECT_NEAR(one_pass[13], 1.0f, 1e-6f);
 }
 
-// ---- Triangle normals and the collider refresh -----------------------------
+// ---- Triangle normals ------------------------------------------------------
 
 // A quad (two triangles) facing +y beside a triangle facing +z.
 myo_core::MeshData QuadAndTriangle() {
@@ -191,31 +190,6 @@ TEST(ColliderTriangleNormals, PolygonsWithoutAValidTriangulationGetTheDefaultWit
                       "invalid face triangulation. Number of defaulted triangle normals: 2"),
             1u);
   EXPECT_EQ(log.lines().size(), 1u);
-}
-
-TEST(ColliderRefresh, TakesTheCollidersWorldSpaceOnlyWhenItFitsTheBinding) {
-  const myo_core::MeshData mesh = QuadAndTriangle();
-  SlideCollisionConstraints group;
-  group.collider_positions_.assign(mesh.points.size(), 0.0f);
-  group.collider_triangles_.assign(mesh.triangle_vertices.begin(), mesh.triangle_vertices.end());
-  const myo_core::MeshData moved = myo_test::Placed(mesh, myo_test::RotationZ(0.5f, {1.0f, 2.0f, 3.0f}));
-  ASSERT_TRUE(myo_core::ReadColliderMesh(moved, true, group));
-  EXPECT_EQ(group.collider_positions_, moved.world_points);
-  ExpectVec(myo_core::Load3(group.collider_normals_.data(), 1), myo_core::Load3(moved.world_polygon_normals.data(), 0),
-            0.0f);
-  const std::vector<float> positions = group.collider_positions_, normals = group.collider_normals_;
-
-  // Another vertex count, another triangle count.
-  const myo_core::MeshData grid =
-      myo_test::Placed(myo_test::BuildMesh(myo_scenes::MakeGrid(2, 2, 1.0f, 1.0f)), myo_core::IdentityMatrix());
-  myo_core::MeshData rewired = mesh;
-  rewired.polygon_triangle_counts = {1, 1};
-  rewired.triangle_vertices.resize(6);
-  for (const myo_core::MeshData* bad : {&grid, &rewired}) {
-    EXPECT_FALSE(myo_core::ReadColliderMesh(*bad, true, group));
-    EXPECT_EQ(group.collider_positions_, positions);
-    EXPECT_EQ(group.collider_normals_, normals);
-  }
 }
 
 }  // namespace
