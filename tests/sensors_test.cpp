@@ -1,14 +1,12 @@
 // The three sensors over a time line: the reset at the start time, the
 // difference quotients of the following frames, jumps, scales and the
-// angles at the ends of their range; and the links of their attribute tables.
+// angles at the ends of their range.
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <string>
 
-#include "core/attributes/attribute_info.h"
-#include "core/sensors/sensor_attributes.h"
 #include "core/sensors/sensor_evaluation.h"
 
 namespace {
@@ -16,7 +14,6 @@ namespace {
 using myo_core::PositionSensorState;
 using myo_core::ScalarSensorState;
 using myo_core::SensorClock;
-using myo_core::SensorKind;
 using myo_core::SensorOutputs;
 using myo_core::SensorOutputValues;
 using myo_core::Vec3;
@@ -138,20 +135,6 @@ TEST(RotationSensorTest, AnglesStayInTheirRangeAndADegenerateLegIsFinite) {
   // A leg of length 0.
   const SensorOutputs degenerate = EvaluateRotationSensor(state, At(3), mid, mid, mid + Vec3{0, 1, 0});
   EXPECT_TRUE(std::isfinite(degenerate.value) && std::isfinite(degenerate.velocity));
-}
-
-TEST(SensorAttributesTest, ChildrenAndAffectedOutputsAreAttributesOfTheTable) {
-  for (SensorKind kind : {SensorKind::kDistance, SensorKind::kPosition, SensorKind::kRotation}) {
-    const myo_core::AttributeTable& table = SensorAttributes(kind);
-    for (const myo_core::AttributeInfo& info : table)
-      for (const std::string& child : info.children) EXPECT_NE(FindAttribute(table, child), nullptr) << child;
-    ASSERT_NE(FindAttribute(table, SensorPrimaryOutput(kind)), nullptr);
-    for (const auto& [input, output] : SensorAffects(kind)) {
-      EXPECT_NE(FindAttribute(table, input), nullptr) << input;
-      ASSERT_NE(FindAttribute(table, output), nullptr) << output;
-      EXPECT_TRUE(FindAttribute(table, output)->Has(myo_core::kNotWritable)) << output;
-    }
-  }
 }
 
 }  // namespace
