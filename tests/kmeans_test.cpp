@@ -1,5 +1,5 @@
 // K-means of the learning: seeds drawn from rand() in order, the pass limit,
-// exact convergence, ties to the lowest id, and rows of uneven length.
+// exact convergence, and rows of uneven length.
 // (Coinciding seeds, too few rows and the split of regions are seen through
 // the learning's tests.) The library never seeds rand(); these tests
 // seed it themselves so that each knows the sequence its run draws from.
@@ -89,22 +89,6 @@ TEST(KMeans, PassLimitAndCentroidsAtTheMeansOfTheirRows) {
   for (size_t c = 0; c < 3; ++c) EXPECT_DOUBLE_EQ(one.centroids[c][0], sums[c] / counts[c]);
   EXPECT_GE(RunFrom(99, rows, 3, 0).passes, 2);
   EXPECT_EQ(RunFrom(99, rows, 3, 2).passes, 2);
-}
-
-TEST(KMeans, NearestClusterTiesGoToTheLowestId) {
-  KMeans kmeans(3, 0);
-  kmeans.dimensions = 2;
-  for (int32_t id = 1; id <= 3; ++id) {
-    myo_core::KMeansCluster cluster;
-    cluster.id = id;
-    kmeans.clusters.push_back(cluster);
-  }
-  kmeans.clusters[0].centroid = {2, 0};
-  kmeans.clusters[1].centroid = {0, 2};
-  kmeans.clusters[2].centroid = {-2, 0};
-  KMeansPoint row;
-  row.features = {-1, 1};  // as near to 2 as to 3
-  EXPECT_EQ(kmeans.NearestClusterId(row), 2);
 }
 
 // Too few rows for the seeds is refused through the learning's own tests.
