@@ -1,6 +1,6 @@
 // The locators' figures as geometry: the frame of the distance box along
-// any direction and at scale 0, the arc's plane when the legs line up, the
-// outline of a selected figure and the bounds.
+// any direction and at scale 0, the arc's plane when the legs line up, and
+// the bounds with and without the outline of a selected figure.
 
 #include <gtest/gtest.h>
 
@@ -17,7 +17,6 @@ using myo_core::FigureStatus;
 using myo_core::LocatorFigure;
 using myo_core::Point3;
 using myo_core::RememberedNormal;
-using myo_core::Rgba;
 
 double Dot(const Point3& a, const Point3& b) { return a.x * b.x + a.y * b.y + a.z * b.z; }
 
@@ -25,13 +24,6 @@ void ExpectPoint(const Point3& p, double x, double y, double z) {
   EXPECT_NEAR(p.x, x, 1e-12);
   EXPECT_NEAR(p.y, y, 1e-12);
   EXPECT_NEAR(p.z, z, 1e-12);
-}
-
-void ExpectColor(const Rgba& c, float r, float g, float b) {
-  EXPECT_FLOAT_EQ(c.r, r);
-  EXPECT_FLOAT_EQ(c.g, g);
-  EXPECT_FLOAT_EQ(c.b, b);
-  EXPECT_FLOAT_EQ(c.a, 1.0f);
 }
 
 // The extent of a box's corners along `axis`.
@@ -92,23 +84,6 @@ TEST(RotationFigureTest, CollinearLegsKeepThePlaneOfTheLastGoodFrame) {
   ExpectPoint(along.arcs[0].normal, -1, 0, 0);
   EXPECT_EQ(normal.x, -1.0f);
   EXPECT_EQ(normal.y, 0.0f);
-}
-
-TEST(LocatorFigureTest, SelectedFiguresGetAnOutlineInTheStatusColourLargerThanTheBody) {
-  const LocatorFigure lead = PositionFigure({0, 0, 0}, 1.0f, 0.25f, FigureStatus::kLead);
-  ASSERT_EQ(lead.boxes.size(), 2u);
-  EXPECT_FALSE(lead.boxes[0].filled);
-  ExpectColor(lead.boxes[0].color, 0, 1, 0);
-  EXPECT_NEAR(lead.boxes[0].scale_x, lead.boxes[1].scale_x * 1.1, 1e-12);
-  ExpectColor(lead.boxes[1].color, 0.25f, 0.375f, 0.75f);  // the body takes the activation colour
-  EXPECT_EQ(myo_core::ChosenActivation(3, {0.1f, 0.2f, 0.3f}), 0.0f);  // an output index out of range
-
-  const LocatorFigure active = DistanceFigure({0, 0, 0}, {0, 0, 2}, 1.0f, 1.0f, FigureStatus::kActive);
-  ExpectColor(active.lines[0].color, 1, 1, 1);
-  ASSERT_EQ(active.boxes.size(), 2u);
-  EXPECT_NEAR(active.boxes[0].scale_z, active.boxes[1].scale_z * 1.1, 1e-12);
-  // The marker: all lines in the status colour when selected.
-  for (const auto& line : MarkerFigure(1.0f, FigureStatus::kActive).lines) ExpectColor(line.color, 1, 1, 1);
 }
 
 TEST(LocatorFigureTest, BoundsCoverTheBodyAndLeaveTheOutlineOutWhenAsked) {
