@@ -142,9 +142,7 @@ TEST_F(ViewerPageTest, ThePageCarriesTheRunsPointsMatricesChannelsAndLines) {
       const double extent = static_cast<double>(q.high[k % 3]) - q.low[k % 3];
       ASSERT_NEAR(myo_app::DequantizedCoordinate(q, k), written.polygons.points[k], extent / 100000.0 + 1e-6) << f << " " << k;
     }
-    // Debug lines: six floats a line.
-    const std::size_t lines = ArrayOf<float>(frame["l"]["0"]["data"]).size();
-    EXPECT_TRUE(lines > 0 && lines % 6 == 0) << lines;
+    EXPECT_FALSE(ArrayOf<float>(frame["l"]["0"]["data"]).empty());  // the debug lines
   }
 }
 
