@@ -1,7 +1,7 @@
 // K-means of the learning: seeds drawn from rand() in order, the pass limit,
-// exact convergence, ties to the lowest id, and the refusal of input that
-// cannot give K seeds. (Coinciding seeds leaving a cluster empty are seen
-// through the learning's file.) The library never seeds rand(); these tests
+// exact convergence, and rows of uneven length.
+// (Coinciding seeds, too few rows and the split of regions are seen through
+// the learning's tests.) The library never seeds rand(); these tests
 // seed it themselves so that each knows the sequence its run draws from.
 
 #include <gtest/gtest.h>
@@ -91,74 +91,12 @@ TEST(KMeans, PassLimitAndCentroidsAtTheMeansOfTheirRows) {
   EXPECT_EQ(RunFrom(99, rows, 3, 2).passes, 2);
 }
 
-TEST(KMeans, TwoRegionsMovingApartAreSplitWhateverTheSeeds) {
-  std::vector<std::vector<double>> features;
-  for (int i = 0; i < 40; ++i) {
-    const double wobble = 0.01 * (i % 7);
-    if (i < 20)
-      features.push_back({wobble, 1.0 + wobble, 0.0, 0.0, 0.5, wobble});
-    else
-      features.push_back({1.0, wobble, 0.0, -0.5, wobble, 0.0});
-  }
-  for (unsigned seed : {3u, 6u, 1000u}) {
-    const Outcome outcome = RunFrom(seed, Rows(features), 2, 0);
-    ASSERT_TRUE(outcome.ok) << outcome.error;
-    for (size_t i = 0; i < 40; ++i) EXPECT_EQ(outcome.ids[i], outcome.ids[i < 20 ? 0 : 20]) << "seed " << seed;
-    EXPECT_NE(outcome.ids[0], outcome.ids[20]) << "seed " << seed;
-  }
-}
-
-TEST(KMeans, NearestClusterTiesGoToTheLowestIdAndOneDimensionUsesTheDifference) {
-  KMeans kmeans(3, 0);
-  kmeans.dimensions = 2;
-  for (int32_t id = 1; id <= 3; ++id) {
-    myo_core::KMeansCluster cluster;
-    cluster.id = id;
-    kmeans.clusters.push_back(cluster);
-  }
-  kmeans.clusters[0].centroid = {2, 0};
-  kmeans.clusters[1].centroid = {0, 2};
-  kmeans.clusters[2].centroid = {-2, 0};
-  KMeansPoint row;
-  row.features = {-1.5, 0.2};
-  EXPECT_EQ(kmeans.NearestClusterId(row), 3);
-  row.features = {-1, 1};  // as near to 2 as to 3
-  EXPECT_EQ(kmeans.NearestClusterId(row), 2);
-
-  kmeans.dimensions = 1;
-  kmeans.clusters[0].centroid = {-1};
-  kmeans.clusters[1].centroid = {3};
-  kmeans.clusters[2].centroid = {1.5};
-  row.features = {1.8};
-  EXPECT_EQ(kmeans.NearestClusterId(row), 3);
-}
-
-TEST(KMeans, RefusesInputThatCannotGiveEverySeedARowOfItsOwn) {
-  // Fewer rows than clusters would draw forever; the run says so instead.
-  const Outcome outcome = RunFrom(1, Rows({{0, 0, 0}, {1, 0, 0}, {2, 0, 0}}), 4, 0);
-  EXPECT_FALSE(outcome.ok);
-  EXPECT_NE(outcome.error.find("Cannot learn 4 muscle patches from 3 vertices"), std::string::npos) << outcome.error;
-  EXPECT_TRUE(outcome.ids.empty());
-  EXPECT_TRUE(KMeans::CanSeed(3, 3));
-  EXPECT_FALSE(KMeans::CanSeed(5, 0));
-
+// Too few rows for the seeds is refused through the learning's own tests.
+TEST(KMeans, RefusesRowsOfUnevenLength) {
   const Outcome uneven = RunFrom(1, Rows({{0, 0, 0}, {1, 0}}), 1, 0);
   EXPECT_FALSE(uneven.ok);
   EXPECT_NE(uneven.error.find("row 1 has 2 features"), std::string::npos) << uneven.error;
   EXPECT_TRUE(RunFrom(1, {}, 3, 0).ok);
-}
-
-TEST(KMeans, ASecondRunInTheProcessGoesOnInTheRandomSequence) {
-  const auto rows = Rows({{0}, {1}, {2}, {3}, {4}, {5}, {6}, {7}, {8}, {9}});
-  std::srand(42);
-  std::vector<int32_t> first_ids, second_ids;
-  std::vector<std::array<double, 3>> centroids;
-  std::string error;
-  KMeans first(10, 0), second(10, 0);
-  auto rows_one = rows, rows_two = rows;
-  ASSERT_TRUE(first.Run(rows_one, first_ids, centroids, error));
-  ASSERT_TRUE(second.Run(rows_two, second_ids, centroids, error));
-  EXPECT_NE(first_ids, second_ids);
 }
 
 }  // namespace

@@ -50,16 +50,6 @@ TEST(EvaluateMasses, ByDensitySpreadsTheTotalAndLogsTheMeasure) {
   }
 }
 
-TEST(EvaluateMasses, ByDensityFollowsThePaintAndTheSignlessTotal) {
-  std::vector<float> masses(4, 0.0f);
-  // Total 8 (negative density counts by magnitude), 2 a point before the paint.
-  EvaluateMasses(kPointMassByDensity, kSpaceScaleForces, kMeshArea, -2.0f, 4.0f, 1.0f, 1.0f, false, false,
-                 {1.0f, 3.0f, 0.5f, 0.5f}, masses);
-  // The paint sums to 5 points' worth, not 4: a deviating paint keeps its own
-  // total, it is not normalised.
-  EXPECT_EQ(masses, (std::vector<float>{2.0f, 6.0f, 1.0f, 1.0f}));
-}
-
 TEST(EvaluateMasses, SpaceScaleMultipliesMassesByTheMeasureItFills) {
   struct Case {
     int32_t space_scale_mode;
@@ -80,14 +70,15 @@ TEST(EvaluateMasses, SpaceScaleMultipliesMassesByTheMeasureItFills) {
     EvaluateMasses(kPointMassByUniformValue, c.space_scale_mode, c.mesh_dimension, 1.0f, 1.0f, 2.0f, 10.0f, false,
                    false, painted, masses);
     EXPECT_EQ(masses, expected);
-    // By density over a measure of 3 at density 1: one gram a point before scaling.
-    EvaluateMasses(kPointMassByDensity, c.space_scale_mode, c.mesh_dimension, 1.0f, 3.0f, 2.0f, 10.0f, false,
+    // By density over a measure of 3 at density -1 (counted by magnitude): one
+    // gram a point before the paint, which keeps its own total of 5.25 points.
+    EvaluateMasses(kPointMassByDensity, c.space_scale_mode, c.mesh_dimension, -1.0f, 3.0f, 2.0f, 10.0f, false,
                    false, painted, masses);
     EXPECT_EQ(masses, expected);
   }
 }
 
-TEST(EvaluateMasses, SmallDensityOrMeasureFallsBackToPaintedValues) {
+TEST(EvaluateMasses, SmallDensityOrMeasureFallsBackToPaintedValuesAndEmptyPaintChangesNothing) {
   const std::vector<float> painted = {1.0f, 3.0f};
   const float small_inputs[][2] = {{1e-6f, 100.0f}, {1.0f, -1e-7f}};
   for (const auto& input : small_inputs) {
@@ -108,15 +99,9 @@ TEST(EvaluateMasses, SmallDensityOrMeasureFallsBackToPaintedValues) {
                  painted, masses);
   EXPECT_EQ(masses, painted);
   EXPECT_TRUE(capture.lines().empty());
-}
 
-TEST(EvaluateMasses, EmptyPaintOrMassesOfAnotherSizeLeaveMassesUntouched) {
-  LogCapture capture;
-  const std::vector<float> before = {7.0f, 8.0f};
-  std::vector<float> masses = before;
-  EvaluateMasses(kPointMassByDensity, kSpaceScaleMasses, kMeshVolume, 1.0f, 1.0f, 1.0f, 1.0f, false, true, {},
-                 masses);
-  EXPECT_TRUE(capture.lines().empty());
+  // Empty paint, or masses of another size, leave the masses untouched.
+  const std::vector<float> before = masses;
   EvaluateMasses(kPointMassByUniformValue, kSpaceScaleMasses, kMeshVolume, 1.0f, 1.0f, 1.0f, 1.0f, true, true, {},
                  masses);
   EXPECT_EQ(masses, before);

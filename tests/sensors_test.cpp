@@ -1,14 +1,12 @@
 // The three sensors over a time line: the reset at the start time, the
 // difference quotients of the following frames, jumps, scales and the
-// angles at the ends of their range; and the links of their attribute tables.
+// angles at the ends of their range.
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <string>
 
-#include "core/attributes/attribute_info.h"
-#include "core/sensors/sensor_attributes.h"
 #include "core/sensors/sensor_evaluation.h"
 
 namespace {
@@ -16,7 +14,6 @@ namespace {
 using myo_core::PositionSensorState;
 using myo_core::ScalarSensorState;
 using myo_core::SensorClock;
-using myo_core::SensorKind;
 using myo_core::SensorOutputs;
 using myo_core::SensorOutputValues;
 using myo_core::Vec3;
@@ -48,7 +45,7 @@ class DistanceTimeline {
   SensorOutputValues held_;
 };
 
-TEST(DistanceSensorTest, StartFrameResetsAndLaterFramesDifferenceAcrossTheirGap) {
+TEST(DistanceSensorTest, StartFrameResetsLaterFramesDifferenceAndJumpsBackFreezeTheRates) {
   DistanceTimeline line;
   line.state() = {7.0f, 100.0f, -3.0f};  // left over from a run elsewhere on the time line
   const SensorOutputs start = EvaluateDistanceSensor(line.state(), At(1), 1.0f, {1, 2, 3}, {4, 6, 3});
@@ -66,34 +63,20 @@ TEST(DistanceSensorTest, StartFrameResetsAndLaterFramesDifferenceAcrossTheirGap)
   EXPECT_FLOAT_EQ(second.acceleration, second.velocity / dt);
   // A jump forward differences across the whole gap.
   EXPECT_FLOAT_EQ(line.Play(12, 3.5f).velocity, 1.0f / (12.0f / kFps - 2.0f / kFps));
-}
 
-TEST(DistanceSensorTest, JumpBackAndRepeatedTimeWriteTheDistanceAndFreezeTheRates) {
-  DistanceTimeline line;
-  line.Play(1, 1.0f);
-  line.Play(2, 1.5f);
-  line.Play(3, 2.5f);
-  for (float frame : {3.0f, 2.0f}) {
+  // The same time again, or back: the distance is written, the rates frozen.
+  for (float frame : {12.0f, 2.0f}) {
     const SensorOutputValues before = line.held();
-    const SensorOutputs out = line.Play(frame, 7.0f);
-    EXPECT_FALSE(out.rates_written) << frame;
+    EXPECT_FALSE(line.Play(frame, 7.0f).rates_written) << frame;
     EXPECT_EQ(line.held().value, 7.0f) << frame;
     EXPECT_EQ(line.held().velocity, before.velocity) << "frozen, not negated, at " << frame;
-    EXPECT_EQ(line.held().acceleration, before.acceleration) << frame;
   }
   // The next frame differences from the jump.
-  EXPECT_FLOAT_EQ(line.Play(3, 8.0f).velocity, 1.0f / (3.0f / kFps - 2.0f / kFps));
-}
+  EXPECT_FLOAT_EQ(line.Play(3, 8.0f).velocity, 1.0f / dt);
 
-TEST(DistanceSensorTest, StartTimeNeverMetExactlyNeverResets) {
+  // A start time never met exactly never resets.
   ScalarSensorState state{0.0f, 10.0f, 0.0f};
-  for (float frame : {1.0f, 2.0f}) {
-    const SensorOutputs out = EvaluateDistanceSensor(state, {1.5f / kFps, frame / kFps, 1.0f}, 1.0f, {0, 0, 0}, {1, 0, 0});
-    EXPECT_FALSE(out.was_reset);
-    if (frame == 1.0f) {
-      EXPECT_LT(out.velocity, 0.0f) << "differenced against what was stored";
-    }
-  }
+  EXPECT_FALSE(EvaluateDistanceSensor(state, {1.5f / kFps, 1.0f / kFps, 1.0f}, 1.0f, {0, 0, 0}, {1, 0, 0}).was_reset);
 }
 
 TEST(DistanceSensorTest, TimeScaleStretchesTheStepAndSpaceScaleDividesDistances) {
@@ -103,7 +86,6 @@ TEST(DistanceSensorTest, TimeScaleStretchesTheStepAndSpaceScaleDividesDistances)
     const SensorOutputs p = plain.Play(1.0f + k, xs[k]);
     const SensorOutputs s = slow.Play(1.0f + k, xs[k]);
     const SensorOutputs l = large.Play(1.0f + k, xs[k]);
-    EXPECT_FLOAT_EQ(s.value, p.value);
     EXPECT_FLOAT_EQ(s.velocity, p.velocity / 2.0f);
     EXPECT_FLOAT_EQ(s.acceleration, p.acceleration / 4.0f);
     EXPECT_FLOAT_EQ(l.value, p.value / 4.0f);  // a larger scale, a smaller distance
@@ -124,10 +106,6 @@ TEST(PositionSensorTest, SpeedIsNeverNegativeAndAccelerationFollowsItsChange) {
   const SensorOutputs third = EvaluatePositionSensor(state, At(3), 2.0f, {5, 5, 2});
   EXPECT_NEAR(third.velocity, 0.5f / dt, 1e-3f);
   EXPECT_LT(third.acceleration, 0.0f);
-  // Backward: nothing written, and the stored position follows the jump.
-  EXPECT_FALSE(EvaluatePositionSensor(state, At(1.5f), 1.0f, {0, 0, 0}).rates_written);
-  const SensorOutputs after = EvaluatePositionSensor(state, At(2.5f), 1.0f, {0, 0, 1});
-  EXPECT_NEAR(after.velocity, 1.0f / (2.5f / kFps - 1.5f / kFps), 1e-2f);
 }
 
 TEST(RotationSensorTest, AnglesStayInTheirRangeAndADegenerateLegIsFinite) {
@@ -154,26 +132,9 @@ TEST(RotationSensorTest, AnglesStayInTheirRangeAndADegenerateLegIsFinite) {
   }
   EXPECT_GT(past_the_range, 0);
 
-  // A right angle opening to 135 degrees in one frame; then a leg of length 0.
-  EvaluateRotationSensor(state, At(1), mid + Vec3{2, 0, 0}, mid, mid + Vec3{0, 3, 0});
-  const SensorOutputs next = EvaluateRotationSensor(state, At(2), mid + Vec3{2, 0, 0}, mid, mid + Vec3{-1, 1, 0});
-  EXPECT_NEAR(next.velocity, pi / 4.0f / (2.0f / kFps - 1.0f / kFps), 1e-3f);
+  // A leg of length 0.
   const SensorOutputs degenerate = EvaluateRotationSensor(state, At(3), mid, mid, mid + Vec3{0, 1, 0});
   EXPECT_TRUE(std::isfinite(degenerate.value) && std::isfinite(degenerate.velocity));
-}
-
-TEST(SensorAttributesTest, ChildrenAndAffectedOutputsAreAttributesOfTheTable) {
-  for (SensorKind kind : {SensorKind::kDistance, SensorKind::kPosition, SensorKind::kRotation}) {
-    const myo_core::AttributeTable& table = SensorAttributes(kind);
-    for (const myo_core::AttributeInfo& info : table)
-      for (const std::string& child : info.children) EXPECT_NE(FindAttribute(table, child), nullptr) << child;
-    ASSERT_NE(FindAttribute(table, SensorPrimaryOutput(kind)), nullptr);
-    for (const auto& [input, output] : SensorAffects(kind)) {
-      EXPECT_NE(FindAttribute(table, input), nullptr) << input;
-      ASSERT_NE(FindAttribute(table, output), nullptr) << output;
-      EXPECT_TRUE(FindAttribute(table, output)->Has(myo_core::kNotWritable)) << output;
-    }
-  }
 }
 
 }  // namespace

@@ -1,5 +1,5 @@
-// Slide on segment: build from the maps, kernel, stage, and a muscle sliding
-// on a bone that moves along its axis.
+// Slide on segment: a refused build, the kernel, the stage, and a muscle
+// sliding on a bone that moves along its axis.
 
 #include <gtest/gtest.h>
 
@@ -65,21 +65,6 @@ struct SegmentBuild {
 
 }  // namespace
 
-TEST(SlideOnSegmentBuildTest, ReferenceDirectionFollowsTheUpVectorInTheRootFrame) {
-  // A vertical bone takes (0, 0, 1) as up.
-  SegmentBuild vertical({1.0f, 2.0f, 0.0f}, {myo_test::Affine(0.0f, 0.0f, 0.0f), myo_test::Affine(0.0f, 5.0f, 0.0f)});
-  vertical.Build({{1.0f}});
-  EXPECT_EQ(vertical.group.reference_directions_, (std::vector<float>{0.0f, 0.0f, 1.0f}));
-  // A tilted bone: perpendicular to it, towards +y.
-  SegmentBuild tilted({1.0f, 2.0f, 0.0f}, {myo_test::Affine(0.0f, 0.0f, 0.0f), myo_test::Affine(3.0f, 3.0f, 0.0f)});
-  tilted.Build({{1.0f}});
-  ExpectVec(Load3(tilted.group.reference_directions_.data(), 0), {-std::sqrt(0.5f), std::sqrt(0.5f), 0.0f}, 1e-6f);
-  // A root turned a quarter about x stores the world +y as its own -z.
-  SegmentBuild turned({1.0f, 2.0f, 0.0f}, {QuarterTurnAboutX(0.0f, 0.0f, 0.0f), myo_test::Affine(4.0f, 0.0f, 0.0f)});
-  turned.Build({{1.0f}});
-  ExpectVec(Load3(turned.group.reference_directions_.data(), 0), {0.0f, 0.0f, -1.0f}, 1e-6f);
-}
-
 TEST(SlideOnSegmentBuildTest, MismatchedSegmentsBuildNothing) {
   SegmentBuild build({0.0f, 1.0f, 0.0f, 1.0f, 1.0f, 0.0f}, {myo_test::Affine(0.0f, 0.0f, 0.0f), myo_test::Affine(4.0f, 0.0f, 0.0f),
                                                             myo_test::Affine(0.0f, 0.0f, 0.0f), myo_test::Affine(0.0f, 4.0f, 0.0f)});
@@ -93,32 +78,6 @@ TEST(SlideOnSegmentBuildTest, MismatchedSegmentsBuildNothing) {
   const std::vector<float> before = build.solver.positions_;
   build.Run(0.0f);
   EXPECT_EQ(build.solver.positions_, before);
-  // A root without a tip lays out nothing.
-  build.group.matrices_ = {myo_test::Affine(0.0f, 0.0f, 0.0f)};
-  build.Build({});
-  EXPECT_TRUE(build.group.matrices_.empty());
-  EXPECT_EQ(build.solver.lambdas_.size(), 4u);
-}
-
-TEST(SlideOnSegmentKernelTest, PointsAtRestStayWithAndWithoutAWorldMatrix) {
-  // Around, on, before and beyond a bone whose root is turned.
-  const std::vector<float> points = {2.0f, 1.0f, 0.0f, 1.0f, 0.0f, 2.0f,  2.0f,  0.0f, 0.0f,
-                                     6.0f, 0.0f, 1.0f, 3.0f, -1.5f, -0.5f, -1.0f, 0.5f, 0.5f};
-  for (const bool transformed : {false, true}) {
-    SegmentBuild build(points, {QuarterTurnAboutX(0.5f, 0.0f, 0.0f), myo_test::Affine(4.0f, 0.25f, 0.0f)});
-    if (transformed) {
-      // Object space scaled by 2 and moved; the bone is given in world space.
-      build.world = myo_test::Affine(1.0f, -1.0f, 2.0f, 2.0f);
-      build.group.matrices_ = {QuarterTurnAboutX(2.0f, -1.0f, 2.0f), myo_test::Affine(9.0f, -0.5f, 2.0f)};
-    }
-    build.Build({std::vector<float>(6, 1.0f)});
-    const std::vector<float> built = build.group.closest_points_;
-    // A row exactly on its target has a zero gradient: only the compliance
-    // keeps its denominator above 0.
-    build.Run(0.0001f);
-    for (std::size_t k = 0; k < points.size(); ++k) EXPECT_NEAR(build.solver.positions_[k], points[k], 1e-5f) << k;
-    for (std::size_t k = 0; k < built.size(); ++k) EXPECT_NEAR(build.group.closest_points_[k], built[k], 1e-5f);
-  }
 }
 
 TEST(SlideOnSegmentKernelTest, TheRootsRotationCarriesTheAngleAroundTheBone) {
@@ -156,11 +115,6 @@ TEST(SlideOnSegmentKernelTest, SegmentEndsDegenerateSegmentsAndTurns) {
   ExpectVec(solve({0, 0, 0}, {4, 0, 0}, {-3, 0, 1}, 1.0f, lambda), {0.0f, 2.0f, 0.0f}, 1e-6f);
   // A segment of no length: held around its one end.
   ExpectVec(solve({-1, 0, 3}, {-1, 0, 3}, {1, 4, 3}, 1.0f, lambda), {-1.0f, 2.0f, 3.0f}, 1e-6f);
-  ExpectVec(Load3(closest, 0), {-1.0f, 0.0f, 3.0f}, 0.0f);
-  // An unweighted row neither moves the point nor writes its closest point.
-  lambda = 0.5f;
-  ExpectVec(solve({0, 0, 0}, {4, 0, 0}, {2, 5, 0}, 0.0000009f, lambda), {2.0f, 5.0f, 0.0f}, 0.0f);
-  EXPECT_EQ(lambda, 0.5f);
   ExpectVec(Load3(closest, 0), {-1.0f, 0.0f, 3.0f}, 0.0f);
   // Half a turn of +y about the diagonal (1, 1, 0), of any length, gives +x.
   const float turn[4] = {3.0f, 3.0f, 0.0f, 3.14159265f};
