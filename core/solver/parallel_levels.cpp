@@ -16,8 +16,12 @@ std::atomic<uint32_t> level_threading_minimum{128};
 // Passes still to run on one thread after a pass found the machine busy.
 std::atomic<uint32_t> held_back_passes{0};
 
-// Passes held back after a busy one: a step runs a few dozen passes.
-constexpr uint32_t kHeldBackPasses = 64;
+// Busy passes in a row: one alone may be a thread woken late.
+std::atomic<uint32_t> busy_passes{0};
+
+// Busy passes in a row that hold the next ones back, and how many.
+constexpr uint32_t kBusyPassesInARow = 3;
+constexpr uint32_t kHeldBackPasses = 16;
 
 inline void Pause() {
 #if defined(__SSE2__) || defined(_M_X64)
@@ -46,9 +50,17 @@ bool LevelPassesHeldBack() {
 }
 
 void NoteLevelPassShares(uint32_t first_thread_shares, uint32_t all_shares) {
-  // Three quarters or more on the first thread: the others hardly ran.
-  if (all_shares >= 8 && 4 * static_cast<uint64_t>(first_thread_shares) >= 3 * static_cast<uint64_t>(all_shares))
+  // The other threads solved less than a sixteenth: they hardly ran. (On an
+  // idle machine they solve far more, although shares move between threads
+  // all the time.)
+  const bool busy =
+      all_shares >= 16 && 16 * (static_cast<uint64_t>(all_shares) - first_thread_shares) < all_shares;
+  if (!busy) {
+    busy_passes.store(0, std::memory_order_relaxed);
+  } else if (busy_passes.fetch_add(1, std::memory_order_relaxed) + 1 >= kBusyPassesInARow) {
+    busy_passes.store(0, std::memory_order_relaxed);
     held_back_passes.store(kHeldBackPasses, std::memory_order_relaxed);
+  }
 }
 
 void BackOff(uint32_t& spins) {

@@ -58,10 +58,10 @@ inline bool ClaimLevelShare(LevelShareState& state, uint32_t level) {
          state.claimed.compare_exchange_strong(expected, level + 1, std::memory_order_acq_rel);
 }
 
-// A busy machine: when the first thread of a pass ended up solving most of
-// the shares itself, the others were not running, and starting them cost
-// more than it gave. The next passes then run on one thread, and a later one
-// tries again. The result is the same either way.
+// A busy machine: when the first thread of several passes in a row ended up
+// solving nearly all the shares itself, the others were not running, and
+// starting them cost more than it gave. The next passes then run on one
+// thread, and a later one tries again. The result is the same either way.
 bool LevelPassesHeldBack();
 void NoteLevelPassShares(uint32_t first_thread_shares, uint32_t all_shares);
 
