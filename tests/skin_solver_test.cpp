@@ -106,9 +106,9 @@ TEST(SkinAssemblyTest, ResistanceMapsAreClamped) {
   }
 }
 
-// StepSkin with its lanes, schedules, bounded search and side-by-side search
-// against the plain step: the same bits in Fast and in Quality, with and
-// without iterations, on one and two threads and over two and four point
+// StepSkin with its lanes, schedules, levels over the threads and bounded
+// search against the plain step: the same bits in Fast and in Quality, with
+// and without iterations, on one and two threads and over two and four point
 // blocks, with a skin world matrix, over a grid with more rows than one
 // window of the schedules and a reference that turns and moves.
 TEST(SkinStepTest, MatchesThePlainStepBitForBitOnAnyThreadCount) {
