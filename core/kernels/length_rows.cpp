@@ -2,7 +2,9 @@
 
 #include <cmath>
 
+#include "core/math/lanes.h"
 #include "core/math/vec3.h"
+#include "core/math/vector_clones.h"
 #include "core/solver/parallel_levels.h"
 
 namespace myo_core {
@@ -39,7 +41,7 @@ inline void SolveLengthRow(const LengthRow& row, float compliance, const float* 
 // lane performs the single row's operations in its order; a skipped lane
 // computes but writes nothing.
 template <uint32_t kLanes>
-void SolveLengthBatch(const LengthRow* rows, float compliance, const float* attraction, float* positions,
+MYO_LANE_INLINE void SolveLengthBatch(const LengthRow* rows, float compliance, const float* attraction, float* positions,
                       float* lambdas) {
   float pix[kLanes], piy[kLanes], piz[kLanes], pjx[kLanes], pjy[kLanes], pjz[kLanes];
   float wi[kLanes], wj[kLanes], target[kLanes], compression[kLanes], stretching[kLanes], lambda[kLanes];
@@ -82,19 +84,23 @@ void SolveLengthBatch(const LengthRow* rows, float compliance, const float* attr
   }
 }
 
+// The rows [begin, end) of one level: wide batches first, then a narrower
+// one, then single rows. Built for the wider vector units too, where the
+// processor has them: the same operations in the same order, so the same bits.
+MYO_VECTOR_CLONES void SolveLevelChunk(const LengthRow* packed, uint32_t begin, uint32_t end, float compliance,
+                                       const float* attraction, float* positions, float* lambdas) {
+  for (; begin + 16 <= end; begin += 16) SolveLengthBatch<16>(packed + begin, compliance, attraction, positions, lambdas);
+  for (; begin + 8 <= end; begin += 8) SolveLengthBatch<8>(packed + begin, compliance, attraction, positions, lambdas);
+  for (; begin < end; ++begin) SolveLengthRow(packed[begin], compliance, attraction, positions, lambdas);
+}
+
 }  // namespace
 
 void SolveLengthRows(const std::vector<LengthRow>& rows, const std::vector<uint32_t>& level_offsets,
                      float compliance, const float* attraction, float* positions, float* lambdas) {
   const LengthRow* packed = rows.data();
   ForEachLevelChunk(level_offsets, [&](uint32_t begin, uint32_t end) {
-    // Wide batches first, then a narrower one, then single rows.
-    for (; begin + 16 <= end; begin += 16)
-      SolveLengthBatch<16>(packed + begin, compliance, attraction, positions, lambdas);
-    for (; begin + 8 <= end; begin += 8)
-      SolveLengthBatch<8>(packed + begin, compliance, attraction, positions, lambdas);
-    for (; begin < end; ++begin)
-      SolveLengthRow(packed[begin], compliance, attraction, positions, lambdas);
+    SolveLevelChunk(packed, begin, end, compliance, attraction, positions, lambdas);
   });
 }
 

@@ -23,12 +23,13 @@ float SixTimesVolume(const std::vector<int32_t>& triangles, const float* positio
 
 namespace {
 
-// Volume rows over fewer triangles run on the calling thread, and so do all
-// on fewer than three threads: on two, the ordered sums on one thread and the
-// hand-overs cost more than halving the pass over the triangles saves
-// (bench/: BM_VolumeRow).
+// Volume rows over fewer triangles run on the calling thread.
 constexpr int64_t kParallelVolumeTriangles = 8192;
-constexpr int kParallelVolumeThreads = 3;
+
+// What the volume sum costs per triangle against the gradient pass, measured
+// (bench/: BM_VolumeRow): the first thread adds up the volume while the others
+// form gradients, and then takes a run of triangles this much shorter.
+constexpr double kVolumeSumCost = 0.45;
 
 constexpr uint32_t kNoCorner = UINT32_MAX;
 
@@ -41,7 +42,116 @@ void FindFirstCorners(VolumeConstraint& volume, uint32_t point_count) {
     if (v >= 0 && static_cast<uint32_t>(v) < point_count)
       volume.point_first_corners_[v] = static_cast<uint32_t>(corner);
   }
+  volume.late_triangles_team_ = 0;
 }
+
+// Triangle runs of a team: run r < team - 1 goes to thread r + 1, the last
+// run to thread 0, which first adds up the volume and so takes less.
+uint32_t RunBegin(uint32_t run, int team, uint32_t triangle_count) {
+  if (run == 0) return 0;
+  const double first_thread_share = std::max(0.0, (1.0 - kVolumeSumCost * (team - 1)) / team);
+  const double others = triangle_count * (1.0 - first_thread_share);
+  return static_cast<uint32_t>(std::min<double>(triangle_count, others * run / (team - 1)));
+}
+
+int RunOfThread(int t, int team) { return t == 0 ? team - 1 : t - 1; }
+
+// The triangles of each run with a corner whose point a run before holds,
+// ascending, closed by kNoCorner: the only ones whose parts wait.
+void ListLateTriangles(VolumeConstraint& volume, int team) {
+  const uint32_t triangle_count = static_cast<uint32_t>(volume.triangles_.size() / 3);
+  volume.late_triangles_.clear();
+  for (int run = 0; run < team; ++run) {
+    const uint32_t first = RunBegin(run, team, triangle_count), last = RunBegin(run + 1, team, triangle_count);
+    for (uint32_t tri = first; tri < last; ++tri)
+      for (uint32_t k = 0; k < 3; ++k)
+        if (volume.point_first_corners_[volume.triangles_[3 * tri + k]] < 3 * first) {
+          volume.late_triangles_.push_back(tri);
+          break;
+        }
+  }
+  volume.late_triangles_.push_back(kNoCorner);
+  volume.late_triangles_team_ = team;
+}
+
+// The gradients formed run by run over the threads of a team. A point's
+// gradient is added up, in triangle order, by the run that holds the point's
+// first triangle; what later runs add to it is listed and added after, run
+// by run, so every sum is that of the one-thread pass. The first run clears
+// the gradients before any run adds to them. A thread that finds a run not
+// yet begun solves it, so that a thread the system has set aside holds
+// nobody up.
+class GradientRuns {
+ public:
+  GradientRuns(VolumeConstraint& volume, const float* positions, int team)
+      : volume_(volume), positions_(positions), team_(team) {}
+
+  // Solves `own_run` unless another thread has taken it, then any run not
+  // yet taken; true for the thread that finished the last run, which then
+  // adds the parts that later runs listed.
+  bool Take(int own_run) {
+    bool last = ClaimLevelShare(runs_[own_run], 0) && Solve(own_run);
+    for (int run = 0; run < team_; ++run)
+      if (ClaimLevelShare(runs_[run], 0)) last = Solve(run) || last;
+    if (!last) return false;
+    float* g = volume_.gradients_.data();
+    for (int run = 1; run < team_; ++run)
+      for (const LateGradient& part : volume_.late_gradients_[run])
+        Store3(g, part.point, Load3(g, part.point) + part.gradient);
+    return true;
+  }
+
+ private:
+  // True when this was the last run to finish.
+  bool Solve(int run) {
+    if (run == 0) {
+      std::fill(volume_.gradients_.begin(), volume_.gradients_.end(), 0.0f);
+      cleared_.store(1, std::memory_order_release);
+    }
+    for (uint32_t spins = 0; cleared_.load(std::memory_order_acquire) < 1;) {
+      // Run 0 solved here is never the last to finish: this one is not.
+      if (ClaimLevelShare(runs_[0], 0)) Solve(0);
+      else BackOff(spins);
+    }
+    const std::vector<int32_t>& triangles = volume_.triangles_;
+    const uint32_t triangle_count = static_cast<uint32_t>(triangles.size() / 3);
+    const uint32_t first = RunBegin(run, team_, triangle_count), last = RunBegin(run + 1, team_, triangle_count);
+    const float* p = positions_;
+    float* g = volume_.gradients_.data();
+    const uint32_t* first_corners = volume_.point_first_corners_.data();
+    std::vector<LateGradient>& late = volume_.late_gradients_[run];
+    late.clear();
+    const std::vector<uint32_t>& late_triangles = volume_.late_triangles_;
+    const uint32_t* next_late = &*std::lower_bound(late_triangles.begin(), late_triangles.end(), first);
+    for (uint32_t tri = first; tri < last; ++tri) {
+      const int32_t* corner = triangles.data() + 3 * static_cast<std::size_t>(tri);
+      const uint32_t ia = static_cast<uint32_t>(corner[0]), ib = static_cast<uint32_t>(corner[1]),
+                     ic = static_cast<uint32_t>(corner[2]);
+      const Vec3 a = Load3(p, ia), b = Load3(p, ib), c = Load3(p, ic);
+      const Vec3 parts[3] = {Cross(b, c), Cross(c, a), Cross(a, b)};
+      if (tri != *next_late) {
+        Store3(g, ia, Load3(g, ia) + parts[0]);
+        Store3(g, ib, Load3(g, ib) + parts[1]);
+        Store3(g, ic, Load3(g, ic) + parts[2]);
+        continue;
+      }
+      ++next_late;
+      for (uint32_t k = 0; k < 3; ++k) {
+        const uint32_t point = static_cast<uint32_t>(corner[k]);
+        if (first_corners[point] < 3 * first) late.push_back({point, parts[k]});
+        else Store3(g, point, Load3(g, point) + parts[k]);
+      }
+    }
+    return finished_runs_.fetch_add(1, std::memory_order_acq_rel) + 1 == static_cast<uint32_t>(team_);
+  }
+
+  VolumeConstraint& volume_;
+  const float* positions_;
+  const int team_;
+  LevelShareState runs_[kMaxLevelThreads];
+  std::atomic<uint32_t> cleared_{0};
+  std::atomic<uint32_t> finished_runs_{0};
+};
 
 // The row on one thread: one pass over the triangles forms the volume sum
 // and the gradient together (a x b serves both).
@@ -87,78 +197,38 @@ void SolveVolumeConstraint(VolumeConstraint& volume, float compliance, std::vect
   const int threads = triangle_count >= kParallelVolumeTriangles && !omp_in_parallel()
                           ? std::min(omp_get_max_threads(), kMaxLevelThreads)
                           : 1;
-  if (threads < kParallelVolumeThreads) {
+  if (threads < 2) {
     SolveOnOneThread(volume, compliance, positions, lambdas);
     return;
   }
   // A table filled by hand finds its first corners on its first solve.
   if (volume.point_first_corners_.size() != point_count) FindFirstCorners(volume, point_count);
 
-  // Each thread takes a run of triangles in order. A point's gradient is
-  // added up by the thread whose run holds the point's first triangle, in
-  // triangle order; what later runs add to it is listed and added after, run
-  // by run. The volume sum and the weighted norm are added in order by one
-  // thread. So every sum is that of the one-thread pass.
-  float* p = positions.data();
+  if (volume.late_triangles_team_ != threads) ListLateTriangles(volume, threads);
+
+  // The first thread adds up the volume over every triangle while the others
+  // each take a run of triangles and form gradients; it then takes the last
+  // run. The thread that finishes the last run adds the weighted norm in
+  // point order: it holds most of the gradients.
   volume.gradients_.resize(positions.size());
-  volume.terms_.resize(triangle_count);
   if (volume.late_gradients_.size() < static_cast<std::size_t>(threads)) volume.late_gradients_.resize(threads);
-  float* g = volume.gradients_.data();
-  float* terms = volume.terms_.data();
-  const int32_t* corners = triangles.data();
-  const uint32_t* first_corners = volume.point_first_corners_.data();
+  GradientRuns pass(volume, positions.data(), threads);
+  float* p = positions.data();
+  const float* g = volume.gradients_.data();
   const std::vector<float>& w = volume.inverse_masses_;
   const uint32_t weighted = std::min(point_count, static_cast<uint32_t>(w.size()));
-
-  LevelShareState shares[kMaxLevelThreads];
-  std::atomic<uint32_t> summed{0};
-  float delta = 0.0f;
+  std::atomic<uint32_t> added_up{0}, summed{0};
+  float six_volume = 0.0f, delta = 0.0f;
   bool moves = false;
 #pragma omp parallel num_threads(threads)
   {
-    const int t = omp_get_thread_num(), team = omp_get_num_threads();
-    // Gradients start at 0, each thread clearing a run of points; every
-    // thread waits for all runs to be clear before adding to any.
-    uint32_t point_first = 0, point_last = 0;
-    LevelShare(0, point_count, t, team, point_first, point_last);
-    std::fill(g + 3 * static_cast<std::size_t>(point_first), g + 3 * static_cast<std::size_t>(point_last), 0.0f);
-    shares[t].claimed.store(1, std::memory_order_release);
-    for (int u = 0; u < team; ++u)
-      for (uint32_t spins = 0; shares[u].claimed.load(std::memory_order_acquire) < 1;) BackOff(spins);
-
-    uint32_t first = 0, last = 0;
-    LevelShare(0, triangle_count, t, team, first, last);
-    std::vector<LateGradient>& late = volume.late_gradients_[t];
-    late.clear();
-    const uint32_t first_corner = 3 * first;
-    for (uint32_t tri = first; tri < last; ++tri) {
-      const int32_t* corner = corners + 3 * static_cast<std::size_t>(tri);
-      const uint32_t ia = static_cast<uint32_t>(corner[0]), ib = static_cast<uint32_t>(corner[1]),
-                     ic = static_cast<uint32_t>(corner[2]);
-      const Vec3 a = Load3(p, ia), b = Load3(p, ib), c = Load3(p, ic);
-      const Vec3 ab = Cross(a, b);
-      terms[tri] = Dot(ab, c);
-      const Vec3 bc = Cross(b, c), ca = Cross(c, a);
-      if (first_corners[ia] >= first_corner) Store3(g, ia, Load3(g, ia) + bc);
-      else late.push_back({ia, bc});
-      if (first_corners[ib] >= first_corner) Store3(g, ib, Load3(g, ib) + ca);
-      else late.push_back({ib, ca});
-      if (first_corners[ic] >= first_corner) Store3(g, ic, Load3(g, ic) + ab);
-      else late.push_back({ic, ab});
-    }
-    shares[t].finished.store(1, std::memory_order_release);
-
+    const int t = omp_get_thread_num();
     if (t == 0) {
-      // The volume sum run after run, each as soon as its thread is done.
-      float six_volume = 0.0f;
-      for (int u = 0; u < team; ++u) {
-        for (uint32_t spins = 0; shares[u].finished.load(std::memory_order_acquire) < 1;) BackOff(spins);
-        LevelShare(0, triangle_count, u, team, first, last);
-        for (uint32_t tri = first; tri < last; ++tri) six_volume += terms[tri];
-      }
-      for (int u = 1; u < team; ++u)
-        for (const LateGradient& part : volume.late_gradients_[u])
-          Store3(g, part.point, Load3(g, part.point) + part.gradient);
+      six_volume = SixTimesVolume(triangles, p);
+      added_up.store(1, std::memory_order_release);
+    }
+    if (pass.Take(RunOfThread(t, threads))) {
+      for (uint32_t spins = 0; added_up.load(std::memory_order_acquire) < 1;) BackOff(spins);
       const float violation = six_volume - volume.rest_volume_ * volume.volume_ratio_;
       moves = !(std::fabs(violation) < kEpsilon);
       if (moves) {
@@ -173,11 +243,11 @@ void SolveVolumeConstraint(VolumeConstraint& volume, float compliance, std::vect
     } else {
       for (uint32_t spins = 0; summed.load(std::memory_order_acquire) < 1;) BackOff(spins);
     }
-
     if (moves) {
+      uint32_t first = 0, last = 0;
+      LevelShare(0, weighted, t, threads, first, last);
       const float preservation = volume.volume_preservation_;
-      for (uint32_t i = point_first; i < std::min(point_last, weighted); ++i)
-        Store3(p, i, Load3(p, i) + Load3(g, i) * (delta * w[i] * preservation));
+      for (uint32_t i = first; i < last; ++i) Store3(p, i, Load3(p, i) + Load3(g, i) * (delta * w[i] * preservation));
     }
   }
 }
@@ -189,7 +259,6 @@ void BuildVolumeConstraint(const std::vector<int32_t>& triangles, const std::vec
   volume.triangles_ = triangles;
   volume.rest_volume_ = SixTimesVolume(triangles, positions.data());
   volume.gradients_.assign(3 * static_cast<std::size_t>(point_count), 0.0f);
-  volume.terms_.assign(triangles.size() / 3, 0.0f);
   FindFirstCorners(volume, point_count);
 }
 

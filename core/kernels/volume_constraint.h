@@ -26,10 +26,13 @@ struct VolumeConstraint : ConstraintGroup {
   // The first corner (3 t + k) of each point in triangle order, so that the
   // threads know which of them adds up a point's gradient.
   std::vector<uint32_t> point_first_corners_;  // N
+  // Triangles of the threads' runs with a point that an earlier run adds
+  // up, for a team of late_triangles_team_ threads (0: none listed).
+  std::vector<uint32_t> late_triangles_;
+  int late_triangles_team_ = 0;
   // Scratch of the kernel, owned so that a step allocates nothing once sized.
-  std::vector<float> gradients_;                       // 3N, gradient of each point
-  std::vector<float> terms_;                           // T, volume term of each triangle
-  std::vector<std::vector<LateGradient>> late_gradients_;  // per thread: parts for points of earlier runs
+  std::vector<float> gradients_;                           // 3N, gradient of each point
+  std::vector<std::vector<LateGradient>> late_gradients_;  // per run: parts for points of earlier runs
 };
 
 // Six times the signed volume: sum over triangles of (a x b) . c.
@@ -37,10 +40,11 @@ float SixTimesVolume(const std::vector<int32_t>& triangles, const float* positio
 
 // C = V - rest ratio, with V the sum above. Gradient per point: the sum of
 // the cross products of the two other corners of its triangles. The solver's
-// compliance; the displacement alone is scaled by the preservation. Large
-// meshes share the triangles out over the threads; the gradients and the
-// two sums (volume and weighted gradient norm) are added in triangle and
-// point order all the same, so the result is that of one thread.
+// compliance; the displacement alone is scaled by the preservation. On
+// large meshes one thread adds up the volume while the others form the
+// gradients; the gradients and the two sums (volume and weighted gradient
+// norm) are added in triangle and point order all the same, so the result
+// is that of one thread.
 void SolveVolumeConstraint(VolumeConstraint& volume, float compliance, std::vector<float>& positions,
                            std::vector<float>& lambdas);
 
