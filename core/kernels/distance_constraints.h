@@ -36,28 +36,13 @@ struct DistanceConstraints : ConstraintGroup {
   uint32_t RowCount() const { return static_cast<uint32_t>(rest_lengths_.size()); }
 };
 
-// C = |p_b - p_a| - rest rest_multiplier, gradient n = (p_b - p_a) / |p_b - p_a|
-// for b and -n for a. The violation alone is scaled by k, the compression
-// resistance when C < 0 and the stretching one otherwise; the compliance is
-// the solver's. An end whose own weight is below 1e-6 stays in place.
+// One row in table order: SolveLengthRow from a to b with the target
+// rest * rest_multiplier and the solver's compliance.
 inline void SolveDistanceConstraint(uint32_t row, uint32_t a, uint32_t b, float w_a, float w_b, float compliance,
                                     float rest, float rest_multiplier, float compression, float stretching,
                                     float* positions, float* lambdas) {
-  const float w = w_a + w_b;
-  if (w < kEpsilon) return;
-  const Vec3 pa = Load3(positions, a);
-  const Vec3 d = Load3(positions, b) - pa;
-  const float length = Length(d);
-  const Vec3 n = NormalizeSafe(d, length);
-  const float c = length - rest * rest_multiplier;
-  const float k = c < 0.0f ? compression : stretching;
-
-  const float lambda = lambdas[row];
-  const float delta = (-(k * c) - lambda * compliance) /
-                      (n.x * (n.x * w) + n.y * w * n.y + n.z * w * n.z + compliance);
-  lambdas[row] = lambda + delta;
-  if (w_a >= kEpsilon) Store3(positions, a, pa - n * (delta * w_a));
-  if (w_b >= kEpsilon) Store3(positions, b, Load3(positions, b) + n * (delta * w_b));
+  SolveLengthRow(row, a, b, w_a, w_b, rest * rest_multiplier, compression, stretching, compliance, positions,
+                 lambdas);
 }
 
 // The resistance a row runs with: the edge's weight times the frame's

@@ -62,29 +62,6 @@ inline float ActivatedRestLength(Vec3 rest, Vec3 fiber, float activation, float 
   return Length(c);
 }
 
-// C = |p_j - p_i| - target, gradient n = (p_j - p_i) / |p_j - p_i| for j and
-// -n for i. The violation alone is scaled by k, the compression resistance
-// when C < 0 and the stretching one otherwise; the compliance is the solver's.
-inline void SolveEdgeRow(uint32_t lambda_row, uint32_t i, uint32_t j, float w_i, float w_j, float compliance,
-                         float target, float compression, float stretching, float* positions, float* lambdas) {
-  const float w = w_i + w_j;
-  if (w < kEpsilon) return;
-  const Vec3 pi = Load3(positions, i);
-  const Vec3 pj = Load3(positions, j);
-  const Vec3 d = pj - pi;
-  const float length = Length(d);
-  const Vec3 n = NormalizeSafe(d, length);
-  const float violation = length - target;
-  const float k = violation < 0.0f ? compression : stretching;
-
-  float& lambda = lambdas[lambda_row];
-  const float delta = (-(k * violation) - lambda * compliance) /
-                      (n.x * w * n.x + n.y * w * n.y + n.z * w * n.z + compliance);
-  lambda += delta;
-  if (w_i >= kEpsilon) Store3(positions, i, pi - n * (delta * w_i));
-  if (w_j >= kEpsilon) Store3(positions, j, Load3(positions, j) + n * (delta * w_j));
-}
-
 // One edge row with its activation formed on the call.
 inline void SolveEdgeConstraint(uint32_t lambda_row, uint32_t edge, uint32_t i, uint32_t j, float w_i, float w_j,
                                 float compliance, float activation, float rest_activation,
@@ -93,7 +70,7 @@ inline void SolveEdgeConstraint(uint32_t lambda_row, uint32_t edge, uint32_t i, 
                                 float* lambdas) {
   const float target = ActivatedRestLength(Load3(rest_vectors, edge), Load3(fibers, edge), activation,
                                            rest_activation, rest_length_multiplier);
-  SolveEdgeRow(lambda_row, i, j, w_i, w_j, compliance, target, compression, stretching, positions, lambdas);
+  SolveLengthRow(lambda_row, i, j, w_i, w_j, target, compression, stretching, compliance, positions, lambdas);
 }
 
 // Orders the rows for solving (see RowSchedule); run after the tables change.

@@ -16,24 +16,12 @@ inline bool BothAttracted(const float* attraction, uint32_t i, uint32_t j) {
   return attraction != nullptr && !(attraction[i] < 1.0f) && !(attraction[j] < 1.0f);
 }
 
-// One row, as SolveLengthRows describes.
-inline void SolveLengthRow(const LengthRow& row, float compliance, const float* attraction, float* positions,
+// One packed row, unless both its ends sit on their attraction targets.
+inline void SolvePackedRow(const LengthRow& row, float compliance, const float* attraction, float* positions,
                            float* lambdas) {
-  const float w_i = row.w_i, w_j = row.w_j;
-  const float weight = w_i + w_j;
-  if (weight < kEpsilon || BothAttracted(attraction, row.i, row.j)) return;
-  const Vec3 pi = Load3(positions, row.i);
-  const Vec3 d = Load3(positions, row.j) - pi;
-  const float length = Length(d);
-  const Vec3 n = NormalizeSafe(d, length);
-  const float violation = length - row.target;
-  const float k = violation < 0.0f ? row.compression : row.stretching;
-  float& lambda = lambdas[row.lambda_row];
-  const float delta = (-(k * violation) - lambda * compliance) /
-                      (n.x * weight * n.x + n.y * weight * n.y + n.z * weight * n.z + compliance);
-  lambda += delta;
-  if (w_i >= kEpsilon) Store3(positions, row.i, pi - n * (delta * w_i));
-  if (w_j >= kEpsilon) Store3(positions, row.j, Load3(positions, row.j) + n * (delta * w_j));
+  if (BothAttracted(attraction, row.i, row.j)) return;
+  SolveLengthRow(row.lambda_row, row.i, row.j, row.w_i, row.w_j, row.target, row.compression, row.stretching,
+                 compliance, positions, lambdas);
 }
 
 // SolveLengthRow over kLanes rows that share no point, written lane by lane
@@ -91,7 +79,7 @@ MYO_VECTOR_CLONES void SolveLevelChunk(const LengthRow* packed, uint32_t begin, 
                                        const float* attraction, float* positions, float* lambdas) {
   for (; begin + 16 <= end; begin += 16) SolveLengthBatch<16>(packed + begin, compliance, attraction, positions, lambdas);
   for (; begin + 8 <= end; begin += 8) SolveLengthBatch<8>(packed + begin, compliance, attraction, positions, lambdas);
-  for (; begin < end; ++begin) SolveLengthRow(packed[begin], compliance, attraction, positions, lambdas);
+  for (; begin < end; ++begin) SolvePackedRow(packed[begin], compliance, attraction, positions, lambdas);
 }
 
 }  // namespace

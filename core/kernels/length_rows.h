@@ -8,6 +8,8 @@
 #include <cstdint>
 #include <vector>
 
+#include "core/math/vec3.h"
+
 namespace myo_core {
 
 // What one row needs during a step, packed in solving order.
@@ -20,15 +22,34 @@ struct LengthRow {
   float w_i, w_j;       // weights of the ends, copied so that a row reads them in sequence
 };
 
-// Runs every row of `rows` once, in the order of the schedule whose levels
-// are `level_offsets`; the same result as running them one by one:
-//   C = |p_j - p_i| - target, n = (p_j - p_i) / |p_j - p_i|, k = compression
-//   when C < 0 else stretching, delta = (-(k C) - lambda compliance) /
-//   (n.x w n.x + n.y w n.y + n.z w n.z + compliance) with w = w_i + w_j; the
-//   ends move by -n delta w_i and n delta w_j, each only when its own weight
-//   is at least 1e-6 (w_i, w_j: the row's copies of the weights of its ends).
-//   A row whose weights sum below 1e-6 is skipped, and so
-//   is one whose two ends are both at `attraction` 1 or more, when given (N).
+// One row: C = |p_j - p_i| - target, gradient n = (p_j - p_i) / |p_j - p_i|
+// for j and -n for i. The violation alone is scaled by k, the compression
+// resistance when C < 0 and the stretching one otherwise. An end whose own
+// weight is below 1e-6 stays in place; a row whose weights sum below 1e-6 is
+// skipped.
+inline void SolveLengthRow(uint32_t lambda_row, uint32_t i, uint32_t j, float w_i, float w_j, float target,
+                           float compression, float stretching, float compliance, float* positions,
+                           float* lambdas) {
+  const float w = w_i + w_j;
+  if (w < kEpsilon) return;
+  const Vec3 pi = Load3(positions, i);
+  const Vec3 d = Load3(positions, j) - pi;
+  const float length = Length(d);
+  const Vec3 n = NormalizeSafe(d, length);
+  const float violation = length - target;
+  const float k = violation < 0.0f ? compression : stretching;
+  float& lambda = lambdas[lambda_row];
+  const float delta = (-(k * violation) - lambda * compliance) /
+                      (n.x * w * n.x + n.y * w * n.y + n.z * w * n.z + compliance);
+  lambda += delta;
+  if (w_i >= kEpsilon) Store3(positions, i, pi - n * (delta * w_i));
+  if (w_j >= kEpsilon) Store3(positions, j, Load3(positions, j) + n * (delta * w_j));
+}
+
+// Runs every row of `rows` once (SolveLengthRow with the row's values), in
+// the order of the schedule whose levels are `level_offsets`; the same result
+// as running them one by one. A row whose two ends are both at `attraction`
+// 1 or more, when given (N), is skipped.
 void SolveLengthRows(const std::vector<LengthRow>& rows, const std::vector<uint32_t>& level_offsets,
                      float compliance, const float* attraction, float* positions, float* lambdas);
 
