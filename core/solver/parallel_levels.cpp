@@ -11,7 +11,7 @@ namespace myo_core {
 
 namespace {
 
-std::atomic<uint32_t> level_threading_minimum{128};
+std::atomic<uint32_t> level_threading_minimum{64};
 
 // Passes still to run on one thread after a pass found the machine busy.
 std::atomic<uint32_t> held_back_passes{0};
@@ -37,7 +37,8 @@ void SetLevelThreadingMinimum(uint32_t rows) { level_threading_minimum.store(row
 
 int LevelPassThreads(uint32_t largest_level, uint32_t rows) {
   const uint64_t minimum = LevelThreadingMinimum();
-  if (omp_in_parallel() || largest_level < minimum || rows < 512 * minimum) return 1;
+  if (omp_in_parallel() || largest_level < minimum || rows < std::min<uint64_t>(kLevelPassRows, 1024 * minimum))
+    return 1;
   return std::min(omp_get_max_threads(), kMaxLevelThreads);
 }
 

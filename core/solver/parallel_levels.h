@@ -25,8 +25,8 @@ constexpr int64_t kParallelPrepareRows = 65536;
 // Most threads a level pass runs on; a larger team is cut to this size.
 constexpr int kMaxLevelThreads = 64;
 
-// The least number of rows of a level that is shared out over the threads:
-// on fewer, the hand-over between threads costs more than the rows it
+// The least number of rows of a level that is shared out over the threads,
+// 64: on fewer, the hand-over between threads costs more than the rows it
 // shares. Smaller levels in a row run together on one thread, and a pass
 // with no larger level runs on the calling thread alone. Tests lower it so
 // that small tables take the threaded path; the result is the same either
@@ -34,12 +34,15 @@ constexpr int kMaxLevelThreads = 64;
 uint32_t LevelThreadingMinimum();
 void SetLevelThreadingMinimum(uint32_t rows);
 
+// The least number of rows of a pass that opens threads: starting and
+// joining threads, which waits for a thread the system has not run yet on a
+// busy machine, is worth it only on large tables.
+constexpr uint32_t kLevelPassRows = 65536;
+
 // Threads a pass runs on: 1 when no level reaches the minimum
 // (`largest_level` rows is the largest) or when the pass holds fewer than
-// 512 times the minimum rows in all (`rows`): starting and joining threads,
-// which waits for a thread the system has not run yet on a busy machine, is
-// worth it only on large tables. Else omp_get_max_threads() up to
-// kMaxLevelThreads.
+// kLevelPassRows rows in all (`rows`; fewer when tests lower the minimum).
+// Else omp_get_max_threads() up to kMaxLevelThreads.
 int LevelPassThreads(uint32_t largest_level, uint32_t rows);
 
 // The share of one thread in every level: `claimed` counts the levels whose
