@@ -45,16 +45,16 @@ void FindFirstCorners(VolumeConstraint& volume, uint32_t point_count) {
   volume.late_triangles_team_ = 0;
 }
 
-// Triangle runs of a team: run r < team - 1 goes to thread r + 1, the last
-// run to thread 0, which first adds up the volume and so takes less.
+// Triangle runs of a team, run t for thread t: the first thread adds up the
+// volume first and so takes a shorter run.
 uint32_t RunBegin(uint32_t run, int team, uint32_t triangle_count) {
   if (run == 0) return 0;
-  const double first_thread_share = std::max(0.0, (1.0 - kVolumeSumCost * (team - 1)) / team);
-  const double others = triangle_count * (1.0 - first_thread_share);
-  return static_cast<uint32_t>(std::min<double>(triangle_count, others * run / (team - 1)));
+  if (static_cast<int>(run) >= team) return triangle_count;
+  const double first_share = std::max(0.0, (1.0 - kVolumeSumCost * (team - 1)) / team);
+  const double first_run = triangle_count * first_share;
+  return static_cast<uint32_t>(first_run + (triangle_count - first_run) * (run - 1) / (team - 1));
 }
 
-int RunOfThread(int t, int team) { return t == 0 ? team - 1 : t - 1; }
 
 // The triangles of each run with a corner whose point a run before holds,
 // ascending, closed by kNoCorner: the only ones whose parts wait.
@@ -77,8 +77,8 @@ void ListLateTriangles(VolumeConstraint& volume, int team) {
 // The gradients formed run by run over the threads of a team. A point's
 // gradient is added up, in triangle order, by the run that holds the point's
 // first triangle; what later runs add to it is listed and added after, run
-// by run, so every sum is that of the one-thread pass. The first run clears
-// the gradients before any run adds to them. A thread that finds a run not
+// by run, so every sum is that of the one-thread pass. The first run to
+// start clears the gradients before any run adds to them. A thread that finds a run not
 // yet begun solves it, so that a thread the system has set aside holds
 // nobody up.
 class GradientRuns {
@@ -104,15 +104,13 @@ class GradientRuns {
  private:
   // True when this was the last run to finish.
   bool Solve(int run) {
-    if (run == 0) {
+    // The first run to start clears the gradients; the others wait for it.
+    uint32_t unclaimed = 0;
+    if (clearing_.compare_exchange_strong(unclaimed, 1, std::memory_order_acq_rel)) {
       std::fill(volume_.gradients_.begin(), volume_.gradients_.end(), 0.0f);
       cleared_.store(1, std::memory_order_release);
     }
-    for (uint32_t spins = 0; cleared_.load(std::memory_order_acquire) < 1;) {
-      // Run 0 solved here is never the last to finish: this one is not.
-      if (ClaimLevelShare(runs_[0], 0)) Solve(0);
-      else BackOff(spins);
-    }
+    for (uint32_t spins = 0; cleared_.load(std::memory_order_acquire) < 1;) BackOff(spins);
     const std::vector<int32_t>& triangles = volume_.triangles_;
     const uint32_t triangle_count = static_cast<uint32_t>(triangles.size() / 3);
     const uint32_t first = RunBegin(run, team_, triangle_count), last = RunBegin(run + 1, team_, triangle_count);
@@ -149,7 +147,7 @@ class GradientRuns {
   const float* positions_;
   const int team_;
   LevelShareState runs_[kMaxLevelThreads];
-  std::atomic<uint32_t> cleared_{0};
+  std::atomic<uint32_t> clearing_{0}, cleared_{0};
   std::atomic<uint32_t> finished_runs_{0};
 };
 
@@ -207,9 +205,9 @@ void SolveVolumeConstraint(VolumeConstraint& volume, float compliance, std::vect
   if (volume.late_triangles_team_ != threads) ListLateTriangles(volume, threads);
 
   // The first thread adds up the volume over every triangle while the others
-  // each take a run of triangles and form gradients; it then takes the last
-  // run. The thread that finishes the last run adds the weighted norm in
-  // point order: it holds most of the gradients.
+  // each take a run of triangles and form gradients; it then takes the first,
+  // shorter run. The thread that finishes the last run adds the weighted norm
+  // in point order.
   volume.gradients_.resize(positions.size());
   if (volume.late_gradients_.size() < static_cast<std::size_t>(threads)) volume.late_gradients_.resize(threads);
   GradientRuns pass(volume, positions.data(), threads);
@@ -227,7 +225,7 @@ void SolveVolumeConstraint(VolumeConstraint& volume, float compliance, std::vect
       six_volume = SixTimesVolume(triangles, p);
       added_up.store(1, std::memory_order_release);
     }
-    if (pass.Take(RunOfThread(t, threads))) {
+    if (pass.Take(t)) {
       for (uint32_t spins = 0; added_up.load(std::memory_order_acquire) < 1;) BackOff(spins);
       const float violation = six_volume - volume.rest_volume_ * volume.volume_ratio_;
       moves = !(std::fabs(violation) < kEpsilon);
