@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "core/solver/solver_stages.h"
+#include "support/solver_runs.h"
 
 using namespace myo_core;
 
@@ -79,4 +80,41 @@ TEST(DampingTest, ZeroRigidAndInertiaLoss) {
   // No masses at all: the inertia loss is skipped as well.
   ApplyDamping(velocities, positions, std::vector<float>{}, weights, 0.0f, 0.5f);
   EXPECT_EQ(velocities[5], 6.0f * 0.75f);
+}
+
+// Bodies large enough to share the per-point passes and the damping's sums
+// out over the threads: the bits of one thread, for any number of them.
+TEST(DampingTest, LargeBodiesGiveTheBitsOfOneThread) {
+  const uint32_t n = 70000;
+  std::vector<float> positions(3 * n), previous(3 * n), velocities(3 * n), masses(n), weights(n);
+  for (uint32_t i = 0; i < n; ++i) {
+    for (uint32_t k = 0; k < 3; ++k) {
+      positions[3 * i + k] = std::sin(0.37f * static_cast<float>(3 * i + k)) * 5.0f;
+      previous[3 * i + k] = positions[3 * i + k] - 0.01f * std::cos(0.11f * static_cast<float>(i + k));
+      velocities[3 * i + k] = std::cos(0.23f * static_cast<float>(3 * i + k));
+    }
+    masses[i] = 0.5f + static_cast<float>(i % 7) * 0.25f;
+    weights[i] = static_cast<float>(i % 4) * 0.25f;
+  }
+  weights.resize(n - 10);  // points past the map keep their velocity
+  Matrix moved = TranslationMatrix(0.3f, -0.2f, 0.1f);
+  moved[1] = 0.05f;
+  const float gravity[3] = {0.0f, -9.8f, 0.0f};
+  const auto run = [&](int threads, std::vector<float>& p, std::vector<float>& q, std::vector<float>& v) {
+    myo_test::ScopedThreads team(threads);
+    p = positions, q = previous, v = velocities;
+    ApplyAttenuation(p, q, moved, IdentityMatrix(), 0.5f);
+    ApplyDamping(v, p, masses, weights, 0.7f, 0.1f);
+    PredictPositions(p, v, gravity, 1.0f / 24.0f);
+    UpdateVelocities(1.0f / 24.0f, p, q, v);
+  };
+  std::vector<float> p1, q1, v1;
+  run(1, p1, q1, v1);
+  ASSERT_FALSE(myo_test::SameBits(v1, velocities));
+  for (int threads = 2; threads <= 3; ++threads) {
+    std::vector<float> p, q, v;
+    run(threads, p, q, v);
+    EXPECT_TRUE(myo_test::SameBits(p, p1) && myo_test::SameBits(q, q1) && myo_test::SameBits(v, v1))
+        << threads << " threads";
+  }
 }
