@@ -55,7 +55,6 @@ uint32_t RunBegin(uint32_t run, int team, uint32_t triangle_count) {
   return static_cast<uint32_t>(first_run + (triangle_count - first_run) * (run - 1) / (team - 1));
 }
 
-
 // The triangles of each run with a corner whose point a run before holds,
 // ascending, closed by kNoCorner: the only ones whose parts wait.
 void ListLateTriangles(VolumeConstraint& volume, int team) {
@@ -78,9 +77,9 @@ void ListLateTriangles(VolumeConstraint& volume, int team) {
 // gradient is added up, in triangle order, by the run that holds the point's
 // first triangle; what later runs add to it is listed and added after, run
 // by run, so every sum is that of the one-thread pass. The first run to
-// start clears the gradients before any run adds to them. A thread that finds a run not
-// yet begun solves it, so that a thread the system has set aside holds
-// nobody up.
+// start clears the gradients before any run adds to them. A thread that
+// finds a run not yet begun solves it, so that a thread the system has set
+// aside, or one the team did not get, holds nobody up.
 class GradientRuns {
  public:
   GradientRuns(VolumeConstraint& volume, const float* positions, int team)
@@ -243,7 +242,7 @@ void SolveVolumeConstraint(VolumeConstraint& volume, float compliance, std::vect
     }
     if (moves) {
       uint32_t first = 0, last = 0;
-      LevelShare(0, weighted, t, threads, first, last);
+      LevelShare(0, weighted, t, omp_get_num_threads(), first, last);
       const float preservation = volume.volume_preservation_;
       for (uint32_t i = first; i < last; ++i) Store3(p, i, Load3(p, i) + Load3(g, i) * (delta * w[i] * preservation));
     }
