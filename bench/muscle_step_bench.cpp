@@ -7,6 +7,7 @@
 // of rows by themselves.
 
 #include <benchmark/benchmark.h>
+#include <omp.h>
 
 #include "bench/support/loop_clock.h"
 #include "bench/support/thread_runs.h"
@@ -14,6 +15,7 @@
 #include <chrono>
 #include <cmath>
 #include <string>
+#include <tuple>
 #include <utility>
 #include <map>
 #include <memory>
@@ -49,13 +51,15 @@ std::size_t SolverBytes(const myo_core::MuscleSolver& s) {
 
 enum class Shape { kSpindle, kCubeSphere, kGrid };
 
-// One assembled muscle per shape and size, kept across benchmark runs. The
-// spindle and the grid carry shape rows and tendons at their ends; the
-// cube-sphere only edges and volume.
-myo_scenes::MuscleScene& SceneWithPoints(uint32_t points, Shape shape = Shape::kSpindle) {
-  static std::map<std::pair<Shape, uint32_t>, std::unique_ptr<myo_scenes::MuscleScene>> scenes;
-  auto& scene = scenes[{shape, points}];
+// One assembled muscle per shape, size and thread count, kept across
+// benchmark runs, built on that many threads as a run on them builds it
+// (0: as many as the process has). The spindle and the grid carry shape rows
+// and tendons at their ends; the cube-sphere only edges and volume.
+myo_scenes::MuscleScene& SceneWithPoints(uint32_t points, Shape shape = Shape::kSpindle, int threads = 0) {
+  static std::map<std::tuple<Shape, uint32_t, int>, std::unique_ptr<myo_scenes::MuscleScene>> scenes;
+  auto& scene = scenes[{shape, points, threads}];
   if (!scene) {
+    const myo_bench::OmpThreads team(threads > 0 ? threads : omp_get_max_threads());
     scene = std::make_unique<myo_scenes::MuscleScene>();
     myo_scenes::MuscleSetupOptions options;
     if (shape != Shape::kCubeSphere) {
@@ -75,8 +79,8 @@ myo_scenes::MuscleScene& SceneWithPoints(uint32_t points, Shape shape = Shape::k
 
 // The frame the step benchmarks run: a little activation and damping on the
 // spindle and grid; the cube-sphere as it is.
-myo_core::MuscleSolver& SteppedSolver(uint32_t points, Shape shape) {
-  myo_core::MuscleSolver& solver = SceneWithPoints(points, shape).solver;
+myo_core::MuscleSolver& SteppedSolver(uint32_t points, Shape shape, int threads) {
+  myo_core::MuscleSolver& solver = SceneWithPoints(points, shape, threads).solver;
   myo_scenes::FrameSettings frame;
   if (shape != Shape::kCubeSphere) {
     frame.activation = 0.3f;
@@ -92,7 +96,7 @@ template <Shape kShape, bool kVolume>
 void BM_Step(benchmark::State& state) {
   const uint32_t points = static_cast<uint32_t>(state.range(0));
   const int threads = static_cast<int>(state.range(1));
-  myo_core::MuscleSolver& solver = SteppedSolver(points, kShape);
+  myo_core::MuscleSolver& solver = SteppedSolver(points, kShape, threads);
   const myo_bench::OmpThreads team(threads);
   const myo_bench::LoopClock clock;
   for (auto _ : state) {

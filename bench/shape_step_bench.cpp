@@ -48,13 +48,15 @@ myo_scenes::ShapeSetupOptions BenchOptions(uint32_t cells, bool with_collider) {
   return options;
 }
 
-// One assembled shape per grid size and collider, kept across runs, with the
+// One assembled shape per grid size, collider and thread count, kept across
+// runs and built on that many threads as a run on them builds it, with the
 // frame's scalars set: gravity pulls it onto the collider, the targets are
 // the rest shape.
-myo_scenes::ShapeScene& ShapeWithCells(uint32_t cells, bool with_collider) {
-  static std::map<std::tuple<uint32_t, bool>, std::unique_ptr<myo_scenes::ShapeScene>> scenes;
-  auto& scene = scenes[{cells, with_collider}];
+myo_scenes::ShapeScene& ShapeWithCells(uint32_t cells, bool with_collider, int threads) {
+  static std::map<std::tuple<uint32_t, bool, int>, std::unique_ptr<myo_scenes::ShapeScene>> scenes;
+  auto& scene = scenes[{cells, with_collider, threads}];
   if (!scene) {
+    const myo_bench::OmpThreads team(threads);
     scene = std::make_unique<myo_scenes::ShapeScene>();
     std::string error;
     myo_scenes::AssembleShape(BenchOptions(cells, with_collider), *scene, error);
@@ -110,7 +112,7 @@ void BM_ShapeStep(benchmark::State& state) {
   const int threads = static_cast<int>(state.range(1));
   const bool with_collider = state.range(2) != 0;
   const InfoLogLevel log_level;
-  myo_core::SimshapeSolver& solver = ShapeWithCells(cells, with_collider).solver;
+  myo_core::SimshapeSolver& solver = ShapeWithCells(cells, with_collider, threads).solver;
   double ns = 0.0;
   {
     const myo_bench::OmpThreads team(threads);

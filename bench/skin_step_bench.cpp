@@ -13,6 +13,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <tuple>
 #include <utility>
 
 #include "bench/support/loop_clock.h"
@@ -21,13 +22,15 @@
 
 namespace {
 
-// One assembled skin per grid size and kind of maps, kept across benchmark
-// runs: the blended maps above, or the maps as a new node has them (hard 1,
-// soft, slide and shape preservation 0).
-myo_scenes::SkinScene& SkinWithCells(uint32_t cells, bool default_maps = false) {
-  static std::map<std::pair<uint32_t, bool>, std::unique_ptr<myo_scenes::SkinScene>> scenes;
-  auto& scene = scenes[{cells, default_maps}];
+// One assembled skin per grid size, kind of maps and thread count, kept
+// across benchmark runs and built on that many threads as a run on them
+// builds it (0: as many as the process has): the blended maps above, or the
+// maps as a new node has them (hard 1, soft, slide and shape preservation 0).
+myo_scenes::SkinScene& SkinWithCells(uint32_t cells, bool default_maps = false, int threads = 0) {
+  static std::map<std::tuple<uint32_t, bool, int>, std::unique_ptr<myo_scenes::SkinScene>> scenes;
+  auto& scene = scenes[{cells, default_maps, threads}];
   if (!scene) {
+    const myo_bench::OmpThreads team(threads > 0 ? threads : omp_get_max_threads());
     scene = std::make_unique<myo_scenes::SkinScene>();
     myo_scenes::SkinSetupOptions options;
     options.cells = cells;
@@ -52,7 +55,7 @@ myo_scenes::SkinScene& SkinWithCells(uint32_t cells, bool default_maps = false) 
 void BM_SkinStep(benchmark::State& state) {
   const uint32_t cells = static_cast<uint32_t>(state.range(0));
   const int threads = static_cast<int>(state.range(1));
-  myo_core::SkinSolver& solver = SkinWithCells(cells).solver;
+  myo_core::SkinSolver& solver = SkinWithCells(cells, false, threads).solver;
   const myo_bench::OmpThreads team(threads);
   const myo_bench::LoopClock clock;
   for (auto _ : state) {
