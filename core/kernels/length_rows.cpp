@@ -29,8 +29,8 @@ inline void SolvePackedRow(const LengthRow& row, float compliance, const float* 
 // lane performs the single row's operations in its order; a skipped lane
 // computes but writes nothing.
 template <uint32_t kLanes>
-MYO_LANE_INLINE void SolveLengthBatch(const LengthRow* rows, float compliance, const float* attraction, float* positions,
-                      float* lambdas) {
+MYO_LANE_INLINE void SolveLengthBatch(const LengthRow* rows, float compliance, const float* attraction,
+                                      float* positions, float* lambdas) {
   float pix[kLanes], piy[kLanes], piz[kLanes], pjx[kLanes], pjy[kLanes], pjz[kLanes];
   float wi[kLanes], wj[kLanes], target[kLanes], compression[kLanes], stretching[kLanes], lambda[kLanes];
   for (uint32_t l = 0; l < kLanes; ++l) {
@@ -77,8 +77,10 @@ MYO_LANE_INLINE void SolveLengthBatch(const LengthRow* rows, float compliance, c
 // processor has them: the same operations in the same order, so the same bits.
 MYO_VECTOR_CLONES void SolveLevelChunk(const LengthRow* packed, uint32_t begin, uint32_t end, float compliance,
                                        const float* attraction, float* positions, float* lambdas) {
-  for (; begin + 16 <= end; begin += 16) SolveLengthBatch<16>(packed + begin, compliance, attraction, positions, lambdas);
-  for (; begin + 8 <= end; begin += 8) SolveLengthBatch<8>(packed + begin, compliance, attraction, positions, lambdas);
+  for (; begin + 16 <= end; begin += 16)
+    SolveLengthBatch<16>(packed + begin, compliance, attraction, positions, lambdas);
+  for (; begin + 8 <= end; begin += 8)
+    SolveLengthBatch<8>(packed + begin, compliance, attraction, positions, lambdas);
   for (; begin < end; ++begin) SolvePackedRow(packed[begin], compliance, attraction, positions, lambdas);
 }
 

@@ -35,10 +35,9 @@ uint32_t LevelThreadingMinimum() { return level_threading_minimum.load(std::memo
 
 void SetLevelThreadingMinimum(uint32_t rows) { level_threading_minimum.store(rows, std::memory_order_relaxed); }
 
-int LevelPassThreads(uint32_t largest_level, uint32_t rows) {
+int LevelPassThreads(uint32_t rows) {
   const uint64_t minimum = LevelThreadingMinimum();
-  if (omp_in_parallel() || largest_level < minimum || rows < std::min<uint64_t>(kLevelPassRows, 1024 * minimum))
-    return 1;
+  if (omp_in_parallel() || rows < std::min<uint64_t>(kLevelPassRows, 1024 * minimum)) return 1;
   return std::min(omp_get_max_threads(), kMaxLevelThreads);
 }
 

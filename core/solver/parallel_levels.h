@@ -39,11 +39,11 @@ void SetLevelThreadingMinimum(uint32_t rows);
 // busy machine, is worth it only on large tables.
 constexpr uint32_t kLevelPassRows = 65536;
 
-// Threads a pass runs on: 1 when no level reaches the minimum
-// (`largest_level` rows is the largest) or when the pass holds fewer than
-// kLevelPassRows rows in all (`rows`; fewer when tests lower the minimum).
-// Else omp_get_max_threads() up to kMaxLevelThreads.
-int LevelPassThreads(uint32_t largest_level, uint32_t rows);
+// Threads a pass of `rows` rows may run on: 1 inside a parallel region or
+// below kLevelPassRows rows (fewer when tests lower the minimum), else
+// omp_get_max_threads() up to kMaxLevelThreads. It runs on them only when a
+// level reaches the minimum.
+int LevelPassThreads(uint32_t rows);
 
 // The share of one thread in every level: `claimed` counts the levels whose
 // share has been taken, by the thread or by another, and `finished` those
@@ -94,11 +94,15 @@ void ForEachLevelChunk(const std::vector<uint32_t>& level_offsets, ChunkPass&& c
   if (level_offsets.size() < 2) return;
   const uint32_t levels = static_cast<uint32_t>(level_offsets.size() - 1);
   const uint32_t minimum = LevelThreadingMinimum();
-  uint32_t largest = 0;
-  for (uint32_t level = 0; level < levels; ++level)
-    largest = std::max(largest, level_offsets[level + 1] - level_offsets[level]);
-  const int threads =
-      LevelPassesHeldBack() ? 1 : LevelPassThreads(largest, level_offsets.back() - level_offsets.front());
+  int threads = LevelPassesHeldBack() ? 1 : LevelPassThreads(level_offsets.back() - level_offsets.front());
+  // A pass that could open threads looks for a level to share, up to the
+  // first one.
+  if (threads > 1) {
+    bool shared_level = false;
+    for (uint32_t level = 0; level < levels && !shared_level; ++level)
+      shared_level = level_offsets[level + 1] - level_offsets[level] >= minimum;
+    if (!shared_level) threads = 1;
+  }
   const auto solve_levels = [&](uint32_t first_level, uint32_t last_level) {
     for (uint32_t level = first_level; level < last_level; ++level)
       if (level_offsets[level] < level_offsets[level + 1]) chunk_pass(level_offsets[level], level_offsets[level + 1]);
