@@ -22,16 +22,6 @@ void PrepareSlidingTriangles(UberConstraints& uber) {
   PrepareSearchTriangles(uber.sliding_triangles_, uber.reference_triangles_.size() / 3, uber.sliding_search_);
 }
 
-uint32_t PrepareSlidingSearch(std::size_t point_count, UberConstraints& uber) {
-  return PrepareSlidingSearch(point_count, SearchInput(uber), SearchOutput(uber), uber.sliding_search_);
-}
-
-void SearchSlidingPoints(bool has_transform, const float* positions, const Matrix& world_matrix, uint32_t longest,
-                         UberConstraints& uber) {
-  SearchSlidingPoints(SearchInput(uber), SearchOutput(uber), has_transform, positions, world_matrix, longest,
-                      uber.sliding_search_);
-}
-
 void UpdateSlidingPoints(bool has_transform, const std::vector<float>& positions, const Matrix& world_matrix,
                          UberConstraints& uber) {
   RunSlidingSearch(SearchInput(uber), SearchOutput(uber), has_transform, positions, world_matrix,

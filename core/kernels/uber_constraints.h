@@ -139,19 +139,6 @@ void PrepareSlidingTriangles(UberConstraints& uber);
 void UpdateSlidingPoints(bool has_transform, const std::vector<float>& positions, const Matrix& world_matrix,
                          UberConstraints& uber);
 
-// UpdateSlidingPoints in two parts, for a caller that runs the search in a
-// parallel region of its own beside other work. PrepareSlidingSearch marks
-// all point_count points inactive and prepares the candidate triangles; it
-// returns the length of the longest list of a point that searches, 0 when
-// there is nothing to search. SearchSlidingPoints is the search itself with
-// that length (its scratch is sized by it), a loop shared out over the
-// threads of the enclosing parallel region, every one of which must call it
-// (outside a region, one thread runs it all); it ends with the threads'
-// barrier. positions: 3N, read only.
-uint32_t PrepareSlidingSearch(std::size_t point_count, UberConstraints& uber);
-void SearchSlidingPoints(bool has_transform, const float* positions, const Matrix& world_matrix, uint32_t longest,
-                         UberConstraints& uber);
-
 // The edges of all candidate triangles, each as (smaller, larger), sorted
 // and without repeats, flattened into sliding_edges (two values a pair).
 // reference_triangles: 3G.
