@@ -3,6 +3,7 @@
 #include <cmath>
 #include <vector>
 
+#include "core/kernels/constraint_state_fields.h"
 #include "core/kernels/volume_constraint.h"
 #include "core/muscle/mesh_volume.h"
 #include "scenes/muscle_meshes.h"
@@ -115,4 +116,41 @@ TEST(VolumeTest, ThreadedRowGivesTheBitsOfOnePass) {
     EXPECT_TRUE(myo_test::SameBits(threaded, plain)) << threads << " threads";
     EXPECT_TRUE(myo_test::SameBits(lambdas, plain_lambdas)) << threads << " threads";
   }
+}
+
+// A row restored from a checkpoint over one built from other triangles of
+// the same points: what the threads derive from the triangles is derived
+// again, so the row gives the bits of the restored one.
+TEST(VolumeTest, ARestoredRowDerivesItsThreadsTablesAgain) {
+  const myo_core::PolygonMesh sphere = myo_scenes::MakeCubeSphere(40, 3.0f);
+  std::vector<int32_t> forward, backward;
+  for (std::size_t q = 0; q < sphere.vertex_counts.size(); ++q) {
+    const int32_t* v = sphere.vertices.data() + 4 * q;
+    forward.insert(forward.end(), {v[0], v[1], v[2], v[0], v[2], v[3]});
+  }
+  for (std::size_t t = forward.size() / 3; t-- > 0;)
+    backward.insert(backward.end(), {forward[3 * t + 1], forward[3 * t + 2], forward[3 * t]});
+  const uint32_t n = static_cast<uint32_t>(sphere.points.size() / 3);
+  std::vector<float> start = sphere.points;
+  for (std::size_t k = 0; k < start.size(); ++k) start[k] *= 1.0f + 0.05f * std::sin(static_cast<float>(k) * 0.29f);
+
+  myo_test::ScopedThreads team(2);
+  std::vector<float> lambdas;
+  VolumeConstraint restored, saved;
+  BuildVolumeConstraint(forward, sphere.points, n, lambdas, restored);
+  std::vector<float> scratch = start;
+  SolveVolumeConstraint(restored, 1e-4f, scratch, lambdas);  // derives its tables from `forward`
+  std::vector<float> saved_lambdas;
+  BuildVolumeConstraint(backward, sphere.points, n, saved_lambdas, saved);
+  saved.volume_ratio_ = 1.1f;
+  StateWriter writer;
+  VolumeConstraintFields(writer, saved);
+  StateReader reader(writer.bytes());
+  VolumeConstraintFields(reader, restored);
+  ASSERT_TRUE(reader.Finish()) << reader.error();
+
+  std::vector<float> plain = start, plain_lambdas(1, 0.0f), threaded = start, threaded_lambdas(1, 0.0f);
+  myo_test::PlainVolumeRow(saved, 1e-4f, plain, plain_lambdas);
+  SolveVolumeConstraint(restored, 1e-4f, threaded, threaded_lambdas);
+  EXPECT_TRUE(myo_test::SameBits(threaded, plain));
 }

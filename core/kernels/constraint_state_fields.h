@@ -145,6 +145,11 @@ void VolumeConstraintFields(Archive& a, ArchiveRecord<Archive, VolumeConstraint>
   a.Value(v.volume_preservation_);
   a.Value(v.volume_ratio_);
   a.Array(v.triangles_);
+  // What the threaded row derives from the triangles is derived again.
+  if constexpr (Archive::kLoading) {
+    v.point_first_corners_.clear();
+    v.late_triangles_team_ = 0;
+  }
 }
 
 template <class Archive>
