@@ -124,8 +124,8 @@ class SceneRun {
     if (!tables_->values().empty() && !myo_io::WriteFileAtomically(Path("values.csv"), tables_->values(), error))
       return RunResult::kFailed;
     const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
-    if (!myo_io::WriteFileAtomically(Path("summary.json"), Summary(seconds).dump(2, ' ', false, nlohmann::json::error_handler_t::replace) + "\n", error))
-      return RunResult::kFailed;
+    const std::string summary = Summary(seconds).dump(2, ' ', false, nlohmann::json::error_handler_t::replace);
+    if (!myo_io::WriteFileAtomically(Path("summary.json"), summary + "\n", error)) return RunResult::kFailed;
     if (viewer_ && !viewer_->Commit(error)) return RunResult::kFailed;
     RemoveCheckpoints(options_.output_directory);
     return RunResult::kDone;

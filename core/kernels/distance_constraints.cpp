@@ -62,8 +62,8 @@ void BuildDistanceConstraints(DistanceConstraints& group, const std::vector<int3
     starts[e] = edge_vertices[2 * e];
     ends[e] = edge_vertices[2 * e + 1];
   }
-  RowSchedule schedule =
-      BuildRowSchedule({&starts, &ends}, static_cast<uint32_t>(positions.size() / 3), RowScheduleWindowFor(omp_get_max_threads()));
+  RowSchedule schedule = BuildRowSchedule({&starts, &ends}, static_cast<uint32_t>(positions.size() / 3),
+                                          RowScheduleWindowFor(omp_get_max_threads()));
   group.schedule_ = std::move(schedule.order);
   group.schedule_levels_ = std::move(schedule.level_offsets);
 }

@@ -62,8 +62,9 @@ void BuildShapeConstraints(ShapeConstraints& group, const std::vector<float>& po
     }
   }
   ReserveLambdaRows(lambdas, group.RowCount());
-  RowSchedule schedule = BuildRowSchedule({&group.first_points_, &group.centre_points_, &group.third_points_},
-                                         static_cast<uint32_t>(weights.size()), RowScheduleWindowFor(omp_get_max_threads()));
+  RowSchedule schedule =
+      BuildRowSchedule({&group.first_points_, &group.centre_points_, &group.third_points_},
+                       static_cast<uint32_t>(weights.size()), RowScheduleWindowFor(omp_get_max_threads()));
   group.schedule_ = std::move(schedule.order);
   group.schedule_levels_ = std::move(schedule.level_offsets);
 }

@@ -53,8 +53,8 @@ bool OpenState(const std::string& file, std::string& error) {
   const uint64_t size = Get<uint64_t>(file, 16);
   const uint64_t held = file.size() - kStateHeaderSize;
   if (size != held) {
-    error = (held < size ? "truncated: " : "lengthened: ") + std::to_string(held) + " bytes of state where its header announces " +
-            std::to_string(size);
+    error = (held < size ? "truncated: " : "lengthened: ") + std::to_string(held) +
+            " bytes of state where its header announces " + std::to_string(size);
     return false;
   }
   const uint32_t checksum = Get<uint32_t>(file, 12);
