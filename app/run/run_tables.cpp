@@ -43,7 +43,10 @@ RunTables::RunTables(const std::vector<std::unique_ptr<NodeRunner>>& runners)
     : runners_(runners), figures_("frame,node,stepped,evaluate_ms,iterations,volume_ratio,max_speed\n") {
   std::string header;
   for (const auto& runner : runners_)
-    for (const std::string& output : runner->ValueOutputs()) header += "," + runner->node().name + "." + output;
+    for (const std::string& output : runner->ValueOutputs()) {
+      value_columns_.emplace_back(runner.get(), output);
+      header += "," + runner->node().name + "." + output;
+    }
   if (!header.empty()) values_ = "frame" + header + "\n";
 }
 
@@ -67,8 +70,7 @@ void RunTables::Record(double frame, const NodeRunner& runner) {
 void RunTables::RecordValues(double frame) {
   if (values_.empty()) return;
   values_ += FrameTag(frame);
-  for (const auto& runner : runners_)
-    for (const std::string& output : runner->ValueOutputs()) values_ += "," + Csv(runner->OutputValue(output));
+  for (const auto& [runner, output] : value_columns_) values_ += "," + Csv(runner->OutputValue(output));
   values_ += "\n";
 }
 

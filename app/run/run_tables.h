@@ -9,6 +9,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "app/run/node_runner.h"
@@ -54,6 +55,8 @@ class RunTables {
   static void StateFields(Archive& archive, Self& self);
 
   const std::vector<std::unique_ptr<NodeRunner>>& runners_;
+  // The columns of values.csv after the frame: a node and one of its outputs.
+  std::vector<std::pair<const NodeRunner*, std::string>> value_columns_;
   std::string figures_;
   std::string values_;
   std::map<std::string, NodeTotals> totals_;
