@@ -41,7 +41,7 @@ bool AtomicFile::Open(const std::string& path, std::string& error) {
 bool AtomicFile::OpenResumable(const std::string& path, uint64_t keep_bytes, std::string& error) {
   Discard();
   path_ = path;
-  temporary_path_ = path + ".partial.resume";
+  temporary_path_ = ResumableFilePath(path);
   file_ = std::fopen(temporary_path_.c_str(), keep_bytes == 0 ? "wb" : "r+b");
   if (file_ == nullptr) {
     error = SystemError(temporary_path_, keep_bytes == 0 ? "write" : "open the file to go on with");

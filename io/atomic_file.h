@@ -21,7 +21,7 @@ class AtomicFile {
   // Opens the temporary file for `path`. False with a message naming the path.
   bool Open(const std::string& path, std::string& error);
   // Opens a file that a later process may go on with: its temporary file is
-  // "<path>.partial.resume", and it stays when the writer is destroyed
+  // ResumableFilePath(path), and it stays when the writer is destroyed
   // without Commit. `keep_bytes` 0 starts it anew; otherwise the file must
   // hold at least that many bytes, is cut to them and goes on from there.
   bool OpenResumable(const std::string& path, uint64_t keep_bytes, std::string& error);
@@ -44,6 +44,10 @@ class AtomicFile {
   uint64_t size_ = 0;
   bool resumable_ = false;  // destroyed without Commit, the temporary file stays
 };
+
+// The temporary file of a resumable writer of `path`, and its ending.
+constexpr const char* kResumableSuffix = ".partial.resume";
+inline std::string ResumableFilePath(const std::string& path) { return path + kResumableSuffix; }
 
 // Writes `contents` to `path` atomically.
 bool WriteFileAtomically(const std::string& path, const std::string& contents, std::string& error);

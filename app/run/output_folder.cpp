@@ -39,7 +39,7 @@ bool IsTemporaryFile(const fs::path& file) { return file.filename().string().fin
 
 bool IsResumableFile(const fs::path& file) {
   const std::string name = file.filename().string();
-  const std::string ending = ".partial.resume";
+  const std::string ending = myo_io::kResumableSuffix;
   return name.size() > ending.size() && name.compare(name.size() - ending.size(), ending.size(), ending) == 0;
 }
 
@@ -86,6 +86,17 @@ bool PlanInsideTheFolder(const std::string& folder_text, const OutputPlan& plan,
   return true;
 }
 
+// Removes the temporary files of interrupted writes in `parents`, those a
+// resumed run goes on with excepted when `keep_resumable`.
+void RemoveTemporaryFiles(const std::set<fs::path>& parents, bool keep_resumable) {
+  std::error_code ec;
+  for (const fs::path& parent : parents)
+    for (const fs::directory_entry& entry : fs::directory_iterator(parent, ec))
+      if (entry.is_regular_file() && IsTemporaryFile(entry.path()) &&
+          !(keep_resumable && IsResumableFile(entry.path())))
+        fs::remove(entry.path(), ec);
+}
+
 // Removes what the last run listed, the folders it leaves empty and the
 // temporary files of interrupted writes beside them.
 bool RemoveLastRun(const fs::path& folder, std::string& error) {
@@ -101,11 +112,9 @@ bool RemoveLastRun(const fs::path& folder, std::string& error) {
       return false;
     }
   }
-  for (const fs::path& parent : parents) {
-    for (const fs::directory_entry& entry : fs::directory_iterator(parent, ec))
-      if (entry.is_regular_file() && IsTemporaryFile(entry.path())) fs::remove(entry.path(), ec);
+  RemoveTemporaryFiles(parents, false);
+  for (const fs::path& parent : parents)
     if (parent != folder && fs::is_directory(parent) && fs::is_empty(parent, ec)) fs::remove(parent, ec);
-  }
   fs::remove(folder / kManifestName, ec);
   return true;
 }
@@ -155,10 +164,7 @@ bool ResumeOutputFolder(const std::string& folder_text, const OutputPlan& plan, 
       parents.insert((folder / path).parent_path());
       if (listed.count(path) == 0) paths.push_back(path);
     }
-  for (const fs::path& parent : parents)
-    for (const fs::directory_entry& entry : fs::directory_iterator(parent, ec))
-      if (entry.is_regular_file() && IsTemporaryFile(entry.path()) && !IsResumableFile(entry.path()))
-        fs::remove(entry.path(), ec);
+  RemoveTemporaryFiles(parents, true);
   return WriteManifestAndFolders(folder, paths, plan, error);
 }
 

@@ -228,7 +228,7 @@ class SceneRun {
   bool StreamsReady(std::string& reason) const {
     std::error_code ec;
     auto holds = [&](const std::string& name, uint64_t bytes) {
-      const std::string path = Path(name) + ".partial.resume";
+      const std::string path = myo_io::ResumableFilePath(Path(name));
       if (bytes == 0 || (fs::is_regular_file(path, ec) && fs::file_size(path, ec) >= bytes)) return true;
       reason = path + " is missing or shorter than at the checkpoint";
       return false;
