@@ -1,13 +1,12 @@
 #include "app/run/run_checkpoint.h"
 
 #include <algorithm>
-#include <cctype>
-#include <cstdlib>
 #include <filesystem>
 
 #include "app/run/scene_run.h"
 #include "core/state/state_envelope.h"
 #include "io/atomic_file.h"
+#include "io/number_text.h"
 
 namespace myo_app {
 
@@ -24,10 +23,11 @@ bool CheckpointFrame(const std::string& name, long long& frame) {
   if (name.size() <= prefix.size() + suffix.size() || name.compare(0, prefix.size(), prefix) != 0 ||
       name.compare(name.size() - suffix.size(), suffix.size(), suffix) != 0)
     return false;
-  const std::string digits = name.substr(prefix.size(), name.size() - prefix.size() - suffix.size());
-  char* end = nullptr;
-  frame = std::strtoll(digits.c_str(), &end, 10);
-  return end != nullptr && *end == '\0' && (std::isdigit(static_cast<unsigned char>(digits[0])) || digits[0] == '-');
+  long parsed = 0;
+  if (!myo_io::ParseIntText(name.substr(prefix.size(), name.size() - prefix.size() - suffix.size()), parsed))
+    return false;
+  frame = parsed;
+  return true;
 }
 
 }  // namespace
