@@ -60,9 +60,10 @@ std::string FindThreeJs() {
 bool ViewerWriter::Open(const std::string& path, const Scene& scene, std::string& reason, bool resumable,
                         ViewerProgress from) {
   scene_ = &scene;
+  // A resumed page has its head, three.js inlined, in the file already.
   const std::string three_path = FindThreeJs();
   std::string three;
-  if (three_path.empty() || !myo_io::ReadFileText(three_path, three) || three.empty()) {
+  if (three_path.empty() || (from.bytes == 0 && (!myo_io::ReadFileText(three_path, three) || three.empty()))) {
     reason = "viewer.html not written: three.js not found (looked for " + std::string(kThreeJsFiles[0]) +
              "); install it with \"apt-get install libjs-three\", or pass --no-viewer";
     return false;
