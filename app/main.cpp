@@ -270,8 +270,7 @@ int Main(int argc, char** argv) {
   options.run.checkpoint_every = checkpoint_every.value_or(resume ? myo_app::kDefaultCheckpointInterval : 0u);
   options.quiet = quiet;
   options.progress_bar = !quiet && !no_progress && myo_app::StandardErrorIsTerminal();
-  std::vector<myo_app::SceneOutcome> outcomes;
-  return myo_app::RunSceneBatch(options, outcomes);
+  return myo_app::RunSceneBatch(options);
 }
 
 }  // namespace

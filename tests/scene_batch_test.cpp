@@ -58,7 +58,7 @@ TEST(SceneBatchPlan, OneSceneKeepsItsFolderSeveralGetOneFolderEachUnderTheRoot) 
   SceneBatch batch = Plan(one);
   ASSERT_EQ(batch.jobs.size(), 1u);
   EXPECT_EQ(batch.jobs[0].output, "myoforge-out/arm");
-  EXPECT_FALSE(batch.several());
+  EXPECT_TRUE(batch.root.empty());
   one.output = "results";
   EXPECT_EQ(Plan(one).jobs[0].output, "results");
   // The scheduler's index does not pick among one scene named alone.

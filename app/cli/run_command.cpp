@@ -70,8 +70,9 @@ SceneOutcome RunOne(const RunCommandOptions& options, const SceneJob& job) {
   return outcome;
 }
 
-}  // namespace
-
+// runs.json's text: the scenes in order with their folder, exit code,
+// result ("done", "invalid scene", "failed", "interrupted", "not run"),
+// error and seconds, and the counts.
 std::string RunsSummaryText(const std::vector<SceneOutcome>& outcomes) {
   nlohmann::json runs = nlohmann::json::array();
   std::size_t done = 0, failed = 0;
@@ -92,9 +93,11 @@ std::string RunsSummaryText(const std::vector<SceneOutcome>& outcomes) {
   return summary.dump(2, ' ', false, nlohmann::json::error_handler_t::replace) + "\n";
 }
 
-int RunSceneBatch(const RunCommandOptions& options, std::vector<SceneOutcome>& outcomes) {
+}  // namespace
+
+int RunSceneBatch(const RunCommandOptions& options) {
   const std::vector<SceneJob>& jobs = options.batch.jobs;
-  outcomes.clear();
+  std::vector<SceneOutcome> outcomes;
   for (const SceneJob& job : jobs) outcomes.push_back({&job, -1, "", 0.0});
   const bool several = jobs.size() > 1;
   for (std::size_t i = 0; i < jobs.size(); ++i) {

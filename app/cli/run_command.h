@@ -34,14 +34,9 @@ struct SceneOutcome {
 // next scene still runs; an interruption stops the call. Returns the exit
 // code of the call: the one of a single scene, and for several the highest
 // of theirs (0 when all succeeded, 130 when interrupted).
-int RunSceneBatch(const RunCommandOptions& options, std::vector<SceneOutcome>& outcomes);
+int RunSceneBatch(const RunCommandOptions& options);
 
 // The file that holds every outcome of a call that ran several scenes.
 inline constexpr const char* kRunsFileName = "runs.json";
-
-// runs.json's text: the scenes in order with their folder, exit code,
-// result ("done", "invalid scene", "failed", "interrupted", "not run"),
-// error and seconds, and the counts.
-std::string RunsSummaryText(const std::vector<SceneOutcome>& outcomes);
 
 }  // namespace myo_app

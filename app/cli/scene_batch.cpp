@@ -94,7 +94,6 @@ bool PlanSceneBatch(const SceneBatchRequest& request, SceneBatch& batch, std::st
     error = "no scene given: name scene files or a list of them (--list)";
     return false;
   }
-  batch.listed = scenes.size();
   const bool several = scenes.size() > 1 || !request.list_file.empty();
   std::optional<std::size_t> chosen;
   SceneBatchRequest effective = request;

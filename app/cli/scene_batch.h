@@ -36,8 +36,6 @@ struct SceneJob {
 struct SceneBatch {
   std::vector<SceneJob> jobs;  // the scenes to play, in order
   std::string root;            // the folder above the scenes' folders; empty for a single scene
-  std::size_t listed = 0;      // scenes named in all
-  bool several() const { return !root.empty(); }
 };
 
 // Reads a list file: one scene file per line; blank lines and lines starting
