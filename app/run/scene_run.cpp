@@ -179,48 +179,66 @@ class SceneRun {
       return true;
     }
     for (std::size_t k = 0; k < files.size(); ++k) {
-      const CheckpointFile& file = files[k];
-      std::string bytes, reason;
-      if (!myo_io::ReadFileText(file.path, bytes)) {
-        reason = "cannot be read";
-      } else if (myo_core::OpenState(bytes, reason)) {
-        myo_core::StateReader reader(bytes.data() + myo_core::kStateHeaderSize,
-                                     bytes.size() - myo_core::kStateHeaderSize);
-        CheckpointHead head;
-        CheckpointHeadFields(reader, head);
-        if (reader.ok()) {
-          const std::string changed = FingerprintDifference(head.fingerprint, fingerprint_);
-          if (!changed.empty()) {
-            error = file.path + ": the checkpoint belongs to another state of the scene: " + changed +
-                    "; run without --resume to start again";
-            return false;
-          }
-          if (head.format != static_cast<int32_t>(options_.format)) {
-            error = file.path + ": the run before the checkpoint wrote " +
-                    (head.format == static_cast<int32_t>(OutputFormat::kPc2) ? "point caches (-f pc2)" : "OBJ frames") +
-                    "; go on with the same format, or run without --resume to start again";
-            return false;
-          }
-          if (head.frame != file.frame)
-            reader.Fail("the checkpoint holds frame " + std::to_string(head.frame) + ", not the frame of its name");
-          CreateRunners();
-          RunStateFields(reader, *this);
-          reader.Finish();
-          if (reader.ok() && StreamsReady(reason)) {
-            resumed = head.frame;
-            myo_core::LogInfo("Going on from the checkpoint of frame " + std::to_string(head.frame) + " (" +
-                              file.path + ").");
-            return true;
-          }
-        }
-        if (reason.empty()) reason = reader.error();
+      std::string reason;
+      switch (LoadCheckpoint(files[k], reason, error)) {
+        case CheckpointUse::kUsable:
+          resumed = files[k].frame;
+          myo_core::LogInfo("Going on from the checkpoint of frame " + std::to_string(files[k].frame) + " (" +
+                            files[k].path + ").");
+          return true;
+        case CheckpointUse::kStop: return false;
+        case CheckpointUse::kPassedOver: break;
       }
-      myo_core::LogWarning(file.path + ": checkpoint refused: " + reason +
+      myo_core::LogWarning(files[k].path + ": checkpoint refused: " + reason +
                            (k + 1 < files.size() ? "; trying the one before it" : ""));
     }
     error = options_.output_directory + ": no usable checkpoint (" + std::to_string(files.size()) +
             " refused); run without --resume to start again";
     return false;
+  }
+
+  enum class CheckpointUse { kUsable, kPassedOver, kStop };
+
+  // Loads `file` into fresh runners. kPassedOver with `reason` for a file
+  // that is damaged, holds another frame than its name or lacks its streams;
+  // kStop with `error` for a checkpoint of a changed scene or another format.
+  CheckpointUse LoadCheckpoint(const CheckpointFile& file, std::string& reason, std::string& error) {
+    std::string bytes;
+    if (!myo_io::ReadFileText(file.path, bytes)) {
+      reason = "cannot be read";
+      return CheckpointUse::kPassedOver;
+    }
+    if (!myo_core::OpenState(bytes, reason)) return CheckpointUse::kPassedOver;
+    myo_core::StateReader reader(bytes.data() + myo_core::kStateHeaderSize, bytes.size() - myo_core::kStateHeaderSize);
+    CheckpointHead head;
+    CheckpointHeadFields(reader, head);
+    if (reader.ok()) {
+      const std::string changed = FingerprintDifference(head.fingerprint, fingerprint_);
+      if (!changed.empty()) {
+        error = file.path + ": the checkpoint belongs to another state of the scene: " + changed +
+                "; run without --resume to start again";
+        return CheckpointUse::kStop;
+      }
+      if (head.format != static_cast<int32_t>(options_.format)) {
+        error = file.path + ": the run before the checkpoint wrote " +
+                (head.format == static_cast<int32_t>(OutputFormat::kPc2) ? "point caches (-f pc2)" : "OBJ frames") +
+                "; go on with the same format, or run without --resume to start again";
+        return CheckpointUse::kStop;
+      }
+      if (head.frame != file.frame)
+        reader.Fail("the checkpoint holds frame " + std::to_string(head.frame) + ", not the frame of its name");
+    }
+    if (!reader.ok()) {
+      reason = reader.error();
+      return CheckpointUse::kPassedOver;
+    }
+    CreateRunners();
+    RunStateFields(reader, *this);
+    if (!reader.Finish()) {
+      reason = reader.error();
+      return CheckpointUse::kPassedOver;
+    }
+    return StreamsReady(reason) ? CheckpointUse::kUsable : CheckpointUse::kPassedOver;
   }
 
   // The point caches and the page of a checkpoint are still there, at least
@@ -243,6 +261,31 @@ class SceneRun {
     return !resume_viewer_ || holds("viewer.html", resume_viewer_->bytes);
   }
 
+  // How far the point caches (samples written per node, 0 for none) and
+  // the page had come at a checkpoint.
+  struct StreamProgress {
+    std::vector<uint32_t> samples;
+    bool viewer = false;
+    ViewerProgress page;
+  };
+
+  template <class Archive>
+  static void StreamProgressFields(Archive& a, myo_core::ArchiveRecord<Archive, StreamProgress>& progress) {
+    a.Array(progress.samples);
+    a.Value(progress.viewer);
+    a.Value(progress.page.bytes);
+    a.Value(progress.page.frames);
+  }
+
+  StreamProgress Progress() const {
+    StreamProgress progress;
+    for (const auto& cache : caches_) progress.samples.push_back(cache ? cache->written() : 0);
+    progress.samples.resize(runners_.size(), 0);
+    progress.viewer = static_cast<bool>(viewer_);
+    if (viewer_) progress.page = viewer_->progress();
+    return progress;
+  }
+
   // The run's own state in a checkpoint, after its head: its tables, how far
   // its point caches and page have come, then every node.
   template <class Archive, class Self>
@@ -250,25 +293,15 @@ class SceneRun {
     a.Section("run");
     myo_core::ObjectState(a, *self.tables_);
     if constexpr (Archive::kLoading) {
-      a.Array(self.resume_samples_);
-      bool viewer = false;
-      ViewerProgress progress;
-      a.Value(viewer);
-      a.Value(progress.bytes);
-      a.Value(progress.frames);
-      self.resume_viewer_ = viewer ? std::optional<ViewerProgress>(progress) : std::nullopt;
+      StreamProgress progress;
+      StreamProgressFields(a, progress);
+      self.resume_samples_ = std::move(progress.samples);
+      self.resume_viewer_ = progress.viewer ? std::optional<ViewerProgress>(progress.page) : std::nullopt;
       if (a.ok() && self.resume_samples_.size() != self.runners_.size())
         a.Fail("the checkpoint's run had " + std::to_string(self.resume_samples_.size()) + " nodes, the scene " +
                std::to_string(self.runners_.size()));
     } else {
-      std::vector<uint32_t> samples;
-      for (const auto& cache : self.caches_) samples.push_back(cache ? cache->written() : 0);
-      samples.resize(self.runners_.size(), 0);
-      a.Array(samples);
-      const ViewerProgress progress = self.viewer_ ? self.viewer_->progress() : ViewerProgress();
-      a.Value(static_cast<bool>(self.viewer_));
-      a.Value(progress.bytes);
-      a.Value(progress.frames);
+      StreamProgressFields(a, self.Progress());
     }
     for (const auto& runner : self.runners_) myo_core::ObjectState(a, *runner);
   }
