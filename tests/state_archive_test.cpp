@@ -131,7 +131,8 @@ TEST(StateEnvelope, RefusesOtherFilesVersionsTruncationAndDamageWithTheReason) {
   EXPECT_EQ(refusal(damaged), "damaged: its checksum does not match its contents");
   std::string later = file;
   later[8] = 7;
-  EXPECT_EQ(refusal(later), "format version 7; this myoforge reads version 1");
+  EXPECT_EQ(refusal(later),
+            "format version 7; this myoforge reads version " + std::to_string(myo_core::kStateFormatVersion));
 }
 
 TEST(StateChecksum, Crc32AndFnv1aGiveTheirKnownValuesInPiecesOrWhole) {

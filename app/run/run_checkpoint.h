@@ -51,7 +51,6 @@ void RemoveCheckpoints(const std::string& output_folder);
 
 // What a checkpoint says of the run it belongs to, ahead of the states.
 struct CheckpointHead {
-  std::string scene;            // the scene file, for messages
   long long frame = 0;          // the last frame done
   int32_t format = 0;           // OutputFormat of the run
   SceneFingerprint fingerprint;
@@ -60,7 +59,6 @@ struct CheckpointHead {
 template <class Archive>
 void CheckpointHeadFields(Archive& a, myo_core::ArchiveRecord<Archive, CheckpointHead>& head) {
   a.Section("myoforge checkpoint");
-  a.Text(head.scene);
   a.Value(head.frame);
   a.Value(head.format);
   SceneFingerprintFields(a, head.fingerprint);

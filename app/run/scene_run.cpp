@@ -315,7 +315,6 @@ class SceneRun {
     myo_core::StateWriter writer;
     writer.Reserve(checkpoint_bytes_ + checkpoint_bytes_ / 16);
     CheckpointHead head;
-    head.scene = scene_.path;
     head.frame = frame;
     head.format = static_cast<int32_t>(options_.format);
     head.fingerprint = fingerprint_;

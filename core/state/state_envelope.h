@@ -11,7 +11,7 @@
 namespace myo_core {
 
 // Raised whenever the layout of any saved record changes.
-constexpr uint32_t kStateFormatVersion = 1;
+constexpr uint32_t kStateFormatVersion = 2;
 
 // Header size in bytes: tag 8, version 4, checksum 4, size 8.
 constexpr std::size_t kStateHeaderSize = 24;
