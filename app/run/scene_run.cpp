@@ -82,20 +82,18 @@ class SceneRun {
     const auto begin = std::chrono::steady_clock::now();
     const Timeline& t = scene_.timeline;
     // Every output is named and its place checked before the first frame.
-    std::optional<long long> resumed;  // the last frame of the checkpoint the run goes on from
-    if (options_.resume && !FindResumePoint(resumed, error)) return RunResult::kFailed;
-    resumed_from_ = resumed;
+    if (options_.resume && !FindResumePoint(resumed_from_, error)) return RunResult::kFailed;
     resume_seconds_ = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
-    if (resumed) {
+    if (resumed_from_) {
       if (!ResumeOutputFolder(options_.output_directory, Plan(), error)) return RunResult::kFailed;
     } else {
       if (!PrepareOutputFolder(options_.output_directory, Plan(), error)) return RunResult::kFailed;
       CreateRunners();
     }
     if (!OpenOutputs(error)) return RunResult::kFailed;
-    OpenViewer(resumed.has_value());
+    OpenViewer();
 
-    const long long first = resumed ? *resumed + 1 : static_cast<long long>(t.preroll);
+    const long long first = resumed_from_ ? *resumed_from_ + 1 : static_cast<long long>(t.preroll);
     const std::size_t total = static_cast<std::size_t>(t.end - t.preroll) + 1;
     std::size_t done = static_cast<std::size_t>(first - static_cast<long long>(t.preroll));
     RunMeshes meshes(scene_, Outputs());
@@ -153,14 +151,18 @@ class SceneRun {
     tables_ = std::make_unique<RunTables>(runners_);
   }
 
+  // Point caches and the page go to files a later run can go on with when
+  // the run writes checkpoints or goes on from one.
+  bool ResumableStreams() const { return options_.checkpoint_every > 0 || resumed_from_.has_value(); }
+
   // The page is a help, not a result: without three.js the run goes on. A
   // resumed run goes on with the page of the run before the checkpoint, and
   // writes none when that run wrote none.
-  void OpenViewer(bool resumed) {
-    if (!options_.viewer || (resumed && !resume_viewer_)) return;
+  void OpenViewer() {
+    if (!options_.viewer || (resumed_from_ && !resume_viewer_)) return;
     viewer_ = std::make_unique<ViewerWriter>();
     std::string reason;
-    if (viewer_->Open(Path("viewer.html"), scene_, reason, options_.checkpoint_every > 0 || resumed,
+    if (viewer_->Open(Path("viewer.html"), scene_, reason, ResumableStreams(),
                       resume_viewer_.value_or(ViewerProgress())))
       return;
     myo_core::LogWarning(reason);
@@ -412,7 +414,7 @@ class SceneRun {
       const uint32_t samples = static_cast<uint32_t>(t.end - t.start) + 1;
       const std::size_t i = caches_.size();
       const bool opened =
-          options_.checkpoint_every > 0 || !resume_samples_.empty()
+          ResumableStreams()
               ? cache->OpenResumable(Path(node.name + ".pc2"), points, static_cast<float>(t.start), samples,
                                      i < resume_samples_.size() ? resume_samples_[i] : 0, error)
               : cache->Open(Path(node.name + ".pc2"), points, static_cast<float>(t.start), samples, error);
@@ -564,7 +566,7 @@ class SceneRun {
   // progress, none when that run wrote no page.
   std::vector<uint32_t> resume_samples_;
   std::optional<ViewerProgress> resume_viewer_;
-  // For the summary.
+  // The last frame of the checkpoint the run goes on from.
   std::optional<long long> resumed_from_;
   double resume_seconds_ = 0.0;  // finding and loading the checkpoint
   std::size_t checkpoints_written_ = 0;
