@@ -20,7 +20,6 @@ void PrepareDistanceRows(DistanceConstraints& group) {
     LengthRow& row = group.frame_rows_[k];
     row.i = group.edge_vertices_a_[e];
     row.j = group.edge_vertices_b_[e];
-    row.lambda_row = group.lambda_base_ + static_cast<uint32_t>(k);
     row.target = group.rest_lengths_[e] * group.rest_length_multiplier_;
     row.compression = DistanceResistance(group.compression_weights_[e], group.compression_multiplier_);
     row.stretching = DistanceResistance(group.stretching_weights_[e], group.stretching_multiplier_);
@@ -31,7 +30,8 @@ void PrepareDistanceRows(DistanceConstraints& group) {
 
 void SolveDistanceRows(const DistanceConstraints& group, float compliance, float* positions, float* lambdas,
                        const float* attraction) {
-  SolveLengthRows(group.frame_rows_, group.schedule_levels_, compliance, attraction, positions, lambdas);
+  SolveLengthRows(group.frame_rows_, group.schedule_levels_, compliance, attraction, positions,
+                  lambdas + group.lambda_base_);
 }
 
 void BuildDistanceConstraints(DistanceConstraints& group, const std::vector<int32_t>& edge_vertices,

@@ -27,7 +27,6 @@ void PrepareEdgeRows(EdgeConstraints& edges, float rest_activation) {
     LengthRow& row = edges.frame_rows_[k];
     row.i = static_cast<uint32_t>(edges.edge_start_[e]);
     row.j = static_cast<uint32_t>(edges.edge_end_[e]);
-    row.lambda_row = edges.lambda_base_ + static_cast<uint32_t>(k);
     row.target = ActivatedRestLength(Load3(edges.rest_vectors_.data(), e), Load3(edges.edge_fibers_.data(), e),
                                      edges.activation_, rest_activation, edges.rest_length_multiplier_);
     row.compression = std::min(1.0f, edges.edge_compression_[e] * edges.compression_multiplier_);
@@ -38,7 +37,8 @@ void PrepareEdgeRows(EdgeConstraints& edges, float rest_activation) {
 }
 
 void SolveEdgeRows(const EdgeConstraints& edges, float compliance, float* positions, float* lambdas) {
-  SolveLengthRows(edges.frame_rows_, edges.schedule_levels_, compliance, nullptr, positions, lambdas);
+  SolveLengthRows(edges.frame_rows_, edges.schedule_levels_, compliance, nullptr, positions,
+                  lambdas + edges.lambda_base_);
 }
 
 }  // namespace myo_core

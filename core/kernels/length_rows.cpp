@@ -16,18 +16,20 @@ inline bool BothAttracted(const float* attraction, uint32_t i, uint32_t j) {
   return attraction != nullptr && !(attraction[i] < 1.0f) && !(attraction[j] < 1.0f);
 }
 
-// One packed row, unless both its ends sit on their attraction targets.
+// One packed row with its multiplier, unless both its ends sit on their
+// attraction targets.
 inline void SolvePackedRow(const LengthRow& row, float compliance, const float* attraction, float* positions,
-                           float* lambdas) {
+                           float* lambda) {
   if (BothAttracted(attraction, row.i, row.j)) return;
-  SolveLengthRow(row.lambda_row, row.i, row.j, row.w_i, row.w_j, row.target, row.compression, row.stretching,
-                 compliance, positions, lambdas);
+  SolveLengthRow(0, row.i, row.j, row.w_i, row.w_j, row.target, row.compression, row.stretching, compliance,
+                 positions, lambda);
 }
 
 // SolveLengthRow over kLanes rows that share no point, written lane by lane
 // so that the compiler can keep each operation in vector registers. Every
 // lane performs the single row's operations in its order; a skipped lane
 // computes but writes nothing.
+// lambdas[l] is the multiplier of rows[l].
 template <uint32_t kLanes>
 MYO_LANE_INLINE void SolveLengthBatch(const LengthRow* rows, float compliance, const float* attraction,
                                       float* positions, float* lambdas) {
@@ -46,7 +48,7 @@ MYO_LANE_INLINE void SolveLengthBatch(const LengthRow* rows, float compliance, c
     target[l] = row.target;
     compression[l] = row.compression;
     stretching[l] = row.stretching;
-    lambda[l] = lambdas[row.lambda_row];
+    lambda[l] = lambdas[l];
   }
   float nx[kLanes], ny[kLanes], nz[kLanes], delta[kLanes];
   for (uint32_t l = 0; l < kLanes; ++l) {
@@ -66,7 +68,7 @@ MYO_LANE_INLINE void SolveLengthBatch(const LengthRow* rows, float compliance, c
     const LengthRow& row = rows[l];
     if (wi[l] + wj[l] < kEpsilon || BothAttracted(attraction, row.i, row.j)) continue;
     const Vec3 n{nx[l], ny[l], nz[l]};
-    lambdas[row.lambda_row] = lambda[l] + delta[l];
+    lambdas[l] = lambda[l] + delta[l];
     if (wi[l] >= kEpsilon) Store3(positions, row.i, Vec3{pix[l], piy[l], piz[l]} - n * (delta[l] * wi[l]));
     if (wj[l] >= kEpsilon) Store3(positions, row.j, Load3(positions, row.j) + n * (delta[l] * wj[l]));
   }
@@ -76,21 +78,22 @@ MYO_LANE_INLINE void SolveLengthBatch(const LengthRow* rows, float compliance, c
 // one, then single rows. Built for the wider vector units too, where the
 // processor has them: the same operations in the same order, so the same bits.
 MYO_VECTOR_CLONES void SolveLevelChunk(const LengthRow* packed, uint32_t begin, uint32_t end, float compliance,
-                                       const float* attraction, float* positions, float* lambdas) {
+                                       const float* attraction, float* positions, float* row_lambdas) {
   for (; begin + 16 <= end; begin += 16)
-    SolveLengthBatch<16>(packed + begin, compliance, attraction, positions, lambdas);
+    SolveLengthBatch<16>(packed + begin, compliance, attraction, positions, row_lambdas + begin);
   for (; begin + 8 <= end; begin += 8)
-    SolveLengthBatch<8>(packed + begin, compliance, attraction, positions, lambdas);
-  for (; begin < end; ++begin) SolvePackedRow(packed[begin], compliance, attraction, positions, lambdas);
+    SolveLengthBatch<8>(packed + begin, compliance, attraction, positions, row_lambdas + begin);
+  for (; begin < end; ++begin)
+    SolvePackedRow(packed[begin], compliance, attraction, positions, row_lambdas + begin);
 }
 
 }  // namespace
 
 void SolveLengthRows(const std::vector<LengthRow>& rows, const std::vector<uint32_t>& level_offsets,
-                     float compliance, const float* attraction, float* positions, float* lambdas) {
+                     float compliance, const float* attraction, float* positions, float* row_lambdas) {
   const LengthRow* packed = rows.data();
   ForEachLevelChunk(level_offsets, [&](uint32_t begin, uint32_t end) {
-    SolveLevelChunk(packed, begin, end, compliance, attraction, positions, lambdas);
+    SolveLevelChunk(packed, begin, end, compliance, attraction, positions, row_lambdas);
   });
 }
 

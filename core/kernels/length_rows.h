@@ -15,7 +15,6 @@ namespace myo_core {
 // What one row needs during a step, packed in solving order.
 struct LengthRow {
   uint32_t i, j;        // end points
-  uint32_t lambda_row;  // the row's multiplier
   float target;         // target length of this step
   float compression;    // resistance when shorter than the target, at most 1
   float stretching;     // resistance when longer
@@ -48,9 +47,11 @@ inline void SolveLengthRow(uint32_t lambda_row, uint32_t i, uint32_t j, float w_
 
 // Runs every row of `rows` once (SolveLengthRow with the row's values), in
 // the order of the schedule whose levels are `level_offsets`; the same result
-// as running them one by one. A row whose two ends are both at `attraction`
-// 1 or more, when given (N), is skipped.
+// as running them one by one. The row at place k has its multiplier at
+// row_lambdas[k], so that the rows walk their multipliers in sequence. A row
+// whose two ends are both at `attraction` 1 or more, when given (N), is
+// skipped.
 void SolveLengthRows(const std::vector<LengthRow>& rows, const std::vector<uint32_t>& level_offsets,
-                     float compliance, const float* attraction, float* positions, float* lambdas);
+                     float compliance, const float* attraction, float* positions, float* row_lambdas);
 
 }  // namespace myo_core

@@ -81,7 +81,6 @@ void PrepareShapeRows(ShapeConstraints& shape) {
     row.a = static_cast<uint32_t>(shape.first_points_[r]);
     row.b = static_cast<uint32_t>(shape.centre_points_[r]);
     row.c = static_cast<uint32_t>(shape.third_points_[r]);
-    row.lambda_row = shape.lambda_base_ + static_cast<uint32_t>(k);
     row.rest = shape.rest_distances_[r];
   }
 }
@@ -90,12 +89,13 @@ void SolveShapeRows(const ShapeConstraints& shape, float* positions, float* lamb
   if (shape.disabled_) return;
   const float* w = shape.inverse_masses_.data();
   const ShapeRow* rows = shape.frame_rows_.data();
+  float* row_lambdas = lambdas + shape.lambda_base_;  // the row at place k has row_lambdas[k]
   const float compliance = shape.group_compliance_;
   ForEachLevelChunk(shape.schedule_levels_, [&](uint32_t begin, uint32_t end) {
     for (uint32_t k = begin; k < end; ++k) {
       const ShapeRow& row = rows[k];
-      SolveShapeConstraint(row.lambda_row, row.a, row.b, row.c, w[row.a], w[row.b], w[row.c], compliance, row.rest,
-                           positions, lambdas);
+      SolveShapeConstraint(k, row.a, row.b, row.c, w[row.a], w[row.b], w[row.c], compliance, row.rest, positions,
+                           row_lambdas);
     }
   });
 }

@@ -13,9 +13,8 @@ namespace myo_core {
 
 // What one shape row needs during a step, packed in solving order.
 struct ShapeRow {
-  uint32_t a, b, c;     // first, centre and third point
-  uint32_t lambda_row;  // the row's multiplier
-  float rest;           // centre to centroid at rest
+  uint32_t a, b, c;  // first, centre and third point
+  float rest;        // centre to centroid at rest
 };
 
 struct ShapeConstraints : ConstraintGroup {
