@@ -47,6 +47,54 @@ TEST(ShapeAttractionTest, ForceActivationAndRemapGiveTheAttraction) {
   EXPECT_EQ(AttractionOf(3.0f, 0.0f, 0, 2.0f), 1.0f);
 }
 
+// Steps keep the remap of points whose value did not change; whatever
+// changes between them (activations, forces, the multiplier, the mode, the
+// point count), every point's attraction is that of a solver computing it
+// for the first time.
+TEST(ShapeAttractionTest, ReusedRemapsMatchAFreshComputationAfterEveryChange) {
+  SimshapeSolver solver;
+  const auto fresh = [&solver] {
+    SimshapeSolver other;
+    other.point_count_ = solver.point_count_;
+    other.attract_forces_ = solver.attract_forces_;
+    other.activations_ = solver.activations_;
+    other.attraction_multiplier_ = solver.attraction_multiplier_;
+    other.attraction_remap_mode_ = solver.attraction_remap_mode_;
+    ComputeAttraction(other);
+    return other.attraction_;
+  };
+  solver.point_count_ = 40;
+  for (uint32_t i = 0; i < 40; ++i) {
+    solver.attract_forces_.push_back(0.025f * static_cast<float>(i));
+    solver.activations_.push_back(i % 3 == 0 ? 0.0f : 0.5f);
+  }
+  const auto step_matches = [&](const char* what) {
+    ComputeAttraction(solver);
+    EXPECT_EQ(solver.attraction_, fresh()) << what;
+  };
+  step_matches("first step");
+  step_matches("nothing changed");
+  for (uint32_t i = 0; i < 40; i += 4) solver.activations_[i] = 0.9f;
+  step_matches("some activations");
+  solver.attract_forces_[7] = 0.0f;
+  solver.attract_forces_[8] = -0.0f;
+  step_matches("two forces, one to -0");
+  solver.attraction_multiplier_ = 0.5f;
+  step_matches("multiplier");
+  solver.attraction_remap_mode_ = 2;
+  step_matches("square root");
+  solver.attraction_remap_mode_ = 0;
+  step_matches("linear");
+  solver.attraction_remap_mode_ = 3;
+  step_matches("cube root again");
+  solver.attraction_remap_mode_ = 1;
+  step_matches("logarithm");
+  solver.point_count_ = 20;
+  solver.attract_forces_.resize(20);
+  solver.activations_.resize(20);
+  step_matches("fewer points");
+}
+
 TEST(ShapeAttractionTest, ApplyAttractionBlendsTowardsTheTargetsInObjectSpace) {
   SimshapeSolver solver;
   solver.point_count_ = 3;

@@ -1,6 +1,7 @@
 #include "core/shape/simshape_solver.h"
 
 #include <cmath>
+#include <cstring>
 
 #include "core/solver/parallel_levels.h"
 #include "core/solver/solver_stages.h"
@@ -28,6 +29,16 @@ void ComputeAttraction(SimshapeSolver& solver) {
   const uint32_t n = solver.point_count_;
   if (solver.attract_forces_.size() < n || solver.activations_.size() < n) return;
   solver.attraction_.resize(n);
+  const int32_t mode = solver.attraction_remap_mode_;
+  const bool remapped = mode >= 1 && mode <= 3;
+  SimshapeSolver::AttractionRemapMemo& memo = solver.attraction_remap_memo_;
+  if (remapped && (memo.remap_mode != mode || memo.value_bits.size() != n || memo.remapped.size() != n)) {
+    // No pair may answer for another mode: the bits of NaN are never those of
+    // a clamped value, so every point is remapped afresh.
+    memo.value_bits.assign(n, 0x7fc00000u);
+    memo.remapped.assign(n, 0.0f);
+    memo.remap_mode = mode;
+  }
   // Each point's attraction is its own: the points are shared out over the
   // threads (a logarithm or a power per point is worth it).
 #pragma omp parallel for schedule(static) if (n >= kParallelPrepareRows)
@@ -36,7 +47,17 @@ void ComputeAttraction(SimshapeSolver& solver) {
     a = a > 0.0f ? a : 0.0f;
     if (a > 1.0f) a = 1.0f;
     a = std::min(1.0f, (1.0f - a) * solver.activations_[i] + a);
-    solver.attraction_[i] = Remap(a, solver.attraction_remap_mode_);
+    if (!remapped) {
+      solver.attraction_[i] = a;
+      continue;
+    }
+    uint32_t bits;
+    std::memcpy(&bits, &a, sizeof bits);
+    if (memo.value_bits[i] != bits) {
+      memo.remapped[i] = Remap(a, mode);
+      memo.value_bits[i] = bits;
+    }
+    solver.attraction_[i] = memo.remapped[i];
   }
 }
 

@@ -40,6 +40,17 @@ struct SimshapeSolver : SolverData, MusclePatchesData {
   float attraction_multiplier_ = 1.0f; // "attractionMultiplier"
   int32_t attraction_remap_mode_ = 3;  // "attractionRemapMode": 0 linear, 1 log, 2 square root, 3 cube root
 
+  // The remap of each point's last value before the remap: a point whose
+  // value has not changed takes its remap from here (a power or a logarithm
+  // per point is the attraction's whole cost, and painted forces and
+  // activations mostly hold still). Each pair is the remap of its own value
+  // in `remap_mode`, so it never goes stale; not part of a saved state.
+  struct AttractionRemapMemo {
+    std::vector<uint32_t> value_bits;  // N, bits of the value before the remap
+    std::vector<float> remapped;       // N, its remap
+    int32_t remap_mode = -1;           // the mode of every pair; -1: no pairs
+  } attraction_remap_memo_;
+
   // The points cut into one block per thread at assembly, for the collision rows.
   PointBlocks point_blocks_;
   bool compute_collisions_ = true;  // "computeCollisions"
