@@ -44,6 +44,7 @@ struct EdgeConstraints : ConstraintGroup {
   std::vector<uint32_t> schedule_;          // E, solving order (ScheduleEdgeRows)
   std::vector<uint32_t> schedule_levels_;   // levels + 1, ranges of independent rows in schedule_
   std::vector<LengthRow> frame_rows_;       // E, per-step values in solving order (PrepareEdgeRows)
+  std::vector<float> frame_targets_;        // E, scratch of PrepareEdgeRows: target lengths in table order
 
   uint32_t RowCount() const { return static_cast<uint32_t>(edge_start_.size()); }
 };
