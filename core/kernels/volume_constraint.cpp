@@ -23,9 +23,6 @@ float SixTimesVolume(const std::vector<int32_t>& triangles, const float* positio
 
 namespace {
 
-// Volume rows over fewer triangles run on the calling thread.
-constexpr int64_t kParallelVolumeTriangles = 8192;
-
 // What the volume sum costs per triangle against the gradient pass, measured
 // (bench/: BM_VolumeRow): the first thread adds up the volume while the others
 // form gradients, and then takes a run of triangles this much shorter.
@@ -191,9 +188,8 @@ void SolveVolumeConstraint(VolumeConstraint& volume, float compliance, std::vect
   const std::vector<int32_t>& triangles = volume.triangles_;
   const uint32_t triangle_count = static_cast<uint32_t>(triangles.size() / 3);
   const uint32_t point_count = static_cast<uint32_t>(positions.size() / 3);
-  const int threads = triangle_count >= kParallelVolumeTriangles && !omp_in_parallel()
-                          ? std::min(omp_get_max_threads(), kMaxLevelThreads)
-                          : 1;
+  // Like a level pass: smaller rows cost more in hand-overs than they share.
+  const int threads = LevelPassThreads(triangle_count);
   if (threads < 2) {
     SolveOnOneThread(volume, compliance, positions, lambdas);
     return;
