@@ -53,24 +53,18 @@ TEST(ShapeAttractionTest, ForceActivationAndRemapGiveTheAttraction) {
 // for the first time.
 TEST(ShapeAttractionTest, ReusedRemapsMatchAFreshComputationAfterEveryChange) {
   SimshapeSolver solver;
-  const auto fresh = [&solver] {
-    SimshapeSolver other;
-    other.point_count_ = solver.point_count_;
-    other.attract_forces_ = solver.attract_forces_;
-    other.activations_ = solver.activations_;
-    other.attraction_multiplier_ = solver.attraction_multiplier_;
-    other.attraction_remap_mode_ = solver.attraction_remap_mode_;
-    ComputeAttraction(other);
-    return other.attraction_;
-  };
   solver.point_count_ = 40;
   for (uint32_t i = 0; i < 40; ++i) {
     solver.attract_forces_.push_back(0.025f * static_cast<float>(i));
     solver.activations_.push_back(i % 3 == 0 ? 0.0f : 0.5f);
   }
-  const auto step_matches = [&](const char* what) {
+  const auto step_matches = [&solver](const std::string& what) {
     ComputeAttraction(solver);
-    EXPECT_EQ(solver.attraction_, fresh()) << what;
+    std::vector<float> fresh;
+    for (uint32_t i = 0; i < solver.point_count_; ++i)
+      fresh.push_back(AttractionOf(solver.attract_forces_[i], solver.activations_[i], solver.attraction_remap_mode_,
+                                   solver.attraction_multiplier_));
+    EXPECT_EQ(solver.attraction_, fresh) << what;
   };
   step_matches("first step");
   step_matches("nothing changed");
@@ -81,14 +75,11 @@ TEST(ShapeAttractionTest, ReusedRemapsMatchAFreshComputationAfterEveryChange) {
   step_matches("two forces, one to -0");
   solver.attraction_multiplier_ = 0.5f;
   step_matches("multiplier");
-  solver.attraction_remap_mode_ = 2;
-  step_matches("square root");
-  solver.attraction_remap_mode_ = 0;
-  step_matches("linear");
-  solver.attraction_remap_mode_ = 3;
-  step_matches("cube root again");
-  solver.attraction_remap_mode_ = 1;
-  step_matches("logarithm");
+  // Square root, linear, the cube root again, logarithm.
+  for (int32_t mode : {2, 0, 3, 1}) {
+    solver.attraction_remap_mode_ = mode;
+    step_matches("mode " + std::to_string(mode));
+  }
   solver.point_count_ = 20;
   solver.attract_forces_.resize(20);
   solver.activations_.resize(20);
