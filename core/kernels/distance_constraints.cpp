@@ -12,8 +12,6 @@ void PrepareDistanceRows(DistanceConstraints& group) {
   if (group.schedule_.size() != rows || group.schedule_levels_.size() < 2)
     TableOrderSchedule(rows, group.schedule_, group.schedule_levels_);
   group.frame_rows_.resize(rows);
-  // Each row's multiplier sits at its place in the solving order, so that
-  // the row loop walks the multipliers in sequence.
 #pragma omp parallel for schedule(static) if (rows >= kParallelPrepareRows)
   for (int64_t k = 0; k < static_cast<int64_t>(rows); ++k) {
     const uint32_t e = group.schedule_[k];
